@@ -1,0 +1,35 @@
+# How everything here is compiled: C++20, nothing exported unless it says so, warnings are errors.
+option(KELMARA_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1")
+set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
+
+find_package(Threads REQUIRED)
+
+if(KELMARA_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# Flags of our own code; what is built from Debian's sources keeps its own.
+add_library(kelmara_build_options INTERFACE)
+target_compile_options(kelmara_build_options INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wundef
+  -Wno-unknown-pragmas)
+target_include_directories(kelmara_build_options INTERFACE "${CMAKE_SOURCE_DIR}")
+target_link_libraries(kelmara_build_options INTERFACE Threads::Threads)
+
+# For what uses the C++ library's strings, so for everything but the library itself: GCC 12 sees overlaps and
+# overruns in them that are not there.
+add_library(kelmara_host_options INTERFACE)
+target_compile_options(kelmara_host_options INTERFACE -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow)
+target_link_libraries(kelmara_host_options INTERFACE kelmara_build_options)

@@ -1,0 +1,3 @@
+namespace kelmara_placeholder {
+int nothing;
+}

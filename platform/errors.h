@@ -1,0 +1,55 @@
+#pragma once
+// Result codes of the machine, each typed once and used by name.
+//
+// The small positive numbers are what registry calls return and GetLastError tells. The negative ones are
+// COM's; they are spelled as `long`, because 0x8007000E is an unsigned number at this word size.
+
+#include <platform/types.h>
+
+inline constexpr long ERROR_SUCCESS = 0;
+inline constexpr long NO_ERROR = 0;
+inline constexpr long ERROR_INVALID_FUNCTION = 1;
+inline constexpr long ERROR_FILE_NOT_FOUND = 2;
+inline constexpr long ERROR_PATH_NOT_FOUND = 3;
+inline constexpr long ERROR_TOO_MANY_OPEN_FILES = 4;
+inline constexpr long ERROR_ACCESS_DENIED = 5;
+inline constexpr long ERROR_INVALID_HANDLE = 6;
+inline constexpr long ERROR_NOT_ENOUGH_MEMORY = 8;
+inline constexpr long ERROR_BAD_FORMAT = 11;
+inline constexpr long ERROR_INVALID_DATA = 13;
+inline constexpr long ERROR_OUTOFMEMORY = 14;
+inline constexpr long ERROR_INVALID_DRIVE = 15;
+inline constexpr long ERROR_WRITE_FAULT = 29;
+inline constexpr long ERROR_READ_FAULT = 30;
+inline constexpr long ERROR_INVALID_PARAMETER = 87;
+inline constexpr long ERROR_DISK_FULL = 112;
+inline constexpr long ERROR_CALL_NOT_IMPLEMENTED = 120;
+inline constexpr long ERROR_INSUFFICIENT_BUFFER = 122;
+inline constexpr long ERROR_INVALID_NAME = 123;
+inline constexpr long ERROR_MOD_NOT_FOUND = 126;
+inline constexpr long ERROR_PROC_NOT_FOUND = 127;
+inline constexpr long ERROR_BAD_PATHNAME = 161;
+inline constexpr long ERROR_ALREADY_EXISTS = 183;
+inline constexpr long ERROR_BAD_EXE_FORMAT = 193;
+inline constexpr long ERROR_FILENAME_EXCED_RANGE = 206;
+inline constexpr long ERROR_MORE_DATA = 234;
+inline constexpr long ERROR_NO_MORE_ITEMS = 259;
+inline constexpr long ERROR_NOT_OWNER = 288;
+inline constexpr long ERROR_INVALID_ADDRESS = 487;
+inline constexpr long ERROR_BADDB = 1009;
+inline constexpr long ERROR_BADKEY = 1010;
+inline constexpr long ERROR_CANTOPEN = 1011;
+inline constexpr long ERROR_KEY_DELETED = 1018;
+inline constexpr long ERROR_DLL_INIT_FAILED = 1114;
+inline constexpr long ERROR_MAPPED_ALIGNMENT = 1132;
+inline constexpr long ERROR_REVISION_MISMATCH = 1306;
+inline constexpr long ERROR_FILE_CORRUPT = 1392;
+inline constexpr long ERROR_COMMITMENT_LIMIT = 1455;
+inline constexpr long ERROR_TOO_MANY_HANDLES = 1816; // no quota left for another handle
+
+inline constexpr long S_OK = 0;
+inline constexpr long E_NOTIMPL = static_cast<long>(0x80004001u);
+inline constexpr long E_NOINTERFACE = static_cast<long>(0x80004002u);
+inline constexpr long E_UNEXPECTED = static_cast<long>(0x8000FFFFu);
+inline constexpr long E_OUTOFMEMORY = static_cast<long>(0x8007000Eu);
+inline constexpr long E_INVALIDARG = static_cast<long>(0x80070057u);

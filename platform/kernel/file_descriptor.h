@@ -1,0 +1,45 @@
+#pragma once
+// A descriptor of the host that closes itself, and the host's file lock without its interruptions.
+
+#include <cerrno>
+#include <sys/file.h>
+#include <unistd.h>
+#include <utility>
+
+class FileDescriptor {
+  public:
+    explicit FileDescriptor(int descriptor = -1) : descriptor_(descriptor) {}
+    FileDescriptor(FileDescriptor &&other) noexcept : descriptor_(other.Give()) {}
+    FileDescriptor &operator=(FileDescriptor &&other) noexcept {
+        if (this != &other) {
+            Close();
+            descriptor_ = other.Give();
+        }
+        return *this;
+    }
+    ~FileDescriptor() { Close(); }
+
+    explicit operator bool() const { return descriptor_ >= 0; }
+    int Get() const { return descriptor_; }
+    int Give() { return std::exchange(descriptor_, -1); }
+
+    /// Leaves errno alone.
+    void Close() {
+        const int kept = errno;
+        if (descriptor_ >= 0) close(descriptor_);
+        descriptor_ = -1;
+        errno = kept;
+    }
+
+  private:
+    int descriptor_;
+};
+
+/// flock that a signal does not interrupt; true when it was done.
+inline bool Lock_File(int descriptor, int operation) {
+    int result;
+    do {
+        result = flock(descriptor, operation);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}

@@ -1,0 +1,78 @@
+#pragma once
+// What stands behind a handle, and the process's table of open handles.
+//
+// An object lives as long as a handle to it is open or a call is under way on it. Slots and the table's
+// chunks are never given back to the heap, so that a stale handle can be looked at safely; it is refused.
+
+#include <platform/types.h>
+
+#include <atomic>
+#include <utility>
+
+enum class ObjectKind : unsigned char { Mutex = 1, Mapping = 2, RegistryKey = 3 };
+
+/// Base of everything that a handle can name. Counted by the handles to it and by whoever else holds it.
+/// Aligned so that the kind fits into the low bits of its address.
+class alignas(16) KernelObject {
+  public:
+    explicit KernelObject(ObjectKind kind) : kind_(kind) {}
+    KernelObject(const KernelObject &) = delete;
+    KernelObject &operator=(const KernelObject &) = delete;
+
+    ObjectKind Kind() const { return kind_; }
+
+    void Retain() { references_.fetch_add(1, std::memory_order_relaxed); }
+    /// False when the last holder has let go already and the object is on its way out.
+    bool Retain_If_Alive();
+    void Release();
+
+  protected:
+    virtual ~KernelObject() = default;
+    /// Runs when the last holder lets go. The default deletes the object.
+    virtual void Last_Released() { delete this; }
+
+  private:
+    std::atomic<unsigned> references_{1};
+    const ObjectKind kind_;
+};
+
+struct HandleSlot {
+    // Bit 31: open. Below it: calls under way, plus one while it is open. At 0 the object is let go and the
+    // slot goes back to the free ones.
+    std::atomic<unsigned> state{0};
+    std::atomic<std::uintptr_t> object{0}; // address and kind of the object, read in one go
+    HandleSlot *next_free = nullptr;
+    unsigned index = 0;
+};
+
+/// A call under way on a handle: while it lives the object cannot go. Empty when the handle is not open, or
+/// names an object of another kind.
+class HandleUse {
+  public:
+    HandleUse(const void *handle, ObjectKind kind);
+    ~HandleUse();
+    HandleUse(const HandleUse &) = delete;
+    HandleUse &operator=(const HandleUse &) = delete;
+
+    explicit operator bool() const { return object_ != nullptr; }
+    template <class Object>
+    Object &As() const {
+        return static_cast<Object &>(*object_);
+    }
+
+  private:
+    HandleSlot *slot_ = nullptr;
+    KernelObject *object_ = nullptr;
+};
+
+/// A new handle to `object`, which takes over the caller's hold of it. Null, with the hold let go and
+/// ERROR_TOO_MANY_HANDLES, when the table is full.
+HANDLE Open_Handle(KernelObject *object);
+
+/// Closes a handle to an object of that kind; false when it is no such handle. Calls under way on it finish.
+bool Close_Handle_Of_Kind(const void *handle, ObjectKind kind);
+bool Close_Any_Handle(const void *handle);
+
+/// The object without holding on to it, for kinds whose objects are never given back to the heap: null when
+/// the handle is not open or of another kind.
+KernelObject *Peek_Handle(const void *handle, ObjectKind kind);

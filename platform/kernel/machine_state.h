@@ -1,0 +1,23 @@
+#pragma once
+// The machine of this process, for the rest of the platform: folders, settings, and where it changed.
+
+#include <platform/machine.h>
+
+#include <string>
+
+/// Counts the machines that this process has entered. What is kept of a machine is thrown away when the
+/// number has moved on.
+unsigned Machine_Serial();
+
+/// The machine's folder; empty when it cannot be had (Machine_Folder says why).
+std::string Machine_Folder_Path();
+
+/// Folder of the machine's shared memory, private to its owner; not made by this call. Empty as above.
+std::string Shared_Memory_Folder_Path();
+
+/// Makes a folder for its owner alone, or checks that it is one: no link, and of this user. A code of
+/// errors.h.
+long Make_Private_Folder(const std::string &path);
+
+/// A line for whoever looks after the machine, on standard error: "kelmara machine: ...".
+void Report_Machine_Trouble(const std::string &text);

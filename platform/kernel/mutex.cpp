@@ -1,0 +1,251 @@
+// Mutexes: a robust, recursive lock of the host in a block that the processes of the machine share.
+//
+// The host's kernel keeps the list of robust locks that each thread holds, and marks them when the thread or
+// its process ends; the next waiter is told and puts the lock in order. Should it end before that, the one
+// after it is told the same.
+//
+// Waiting and releasing are the fast path of every shared table, so an object here is never given back to the
+// heap: it is put aside and used again. A release can therefore look at the object behind a handle without
+// counting itself in. What must not happen is that the shared page goes away under a lock that a thread of
+// this process still owns, with the kernel's list leading through it. An object whose last handle closes
+// while it is owned here lingers until its owner lets go or has ended.
+
+#include <platform/kernel/named_objects.h>
+
+#include <platform/kernel.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <mutex>
+#include <pthread.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constinit thread_local char this_thread = 0; // its address is the thread's identity within the process
+
+class MutexObject final : public NamedObject {
+  public:
+    MutexObject() : NamedObject(ObjectKind::Mutex) {}
+
+    DWORD Wait(DWORD milliseconds);
+    BOOL Release_By_Owner();
+
+    static NamedObject *Make(std::unique_ptr<SharedBlock> block);
+    static void Sweep_Lingering();
+
+  private:
+    ~MutexObject() override = default;
+    void Last_Released() override;
+    void Take(std::unique_ptr<SharedBlock> block, pthread_mutex_t *lock);
+    void Put_Aside();
+    bool Owned_In_This_Process() const;
+    void Finish_If_Lingering();
+
+    std::unique_ptr<SharedBlock> block_;
+    pthread_mutex_t *lock_ = nullptr; // in the block
+    // Written by the owner alone. Another thread reads it only to find that it is not the owner.
+    std::atomic<const char *> owner_{nullptr};
+    unsigned depth_ = 0;
+    std::atomic<bool> lingering_{false};
+};
+
+struct Shelf {
+    std::mutex lock;
+    std::vector<MutexObject *> aside;     // to be used again
+    std::vector<MutexObject *> lingering; // closed, but owned by a thread of this process when last seen
+};
+
+Shelf &The_Shelf() {
+    static Shelf *shelf = new Shelf;
+    return *shelf;
+}
+
+void Prepare_Lock(void *contents) {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutex_init(static_cast<pthread_mutex_t *>(contents), &attributes);
+    pthread_mutexattr_destroy(&attributes);
+}
+
+timespec Deadline_After(DWORD milliseconds) {
+    timespec at;
+    clock_gettime(CLOCK_MONOTONIC, &at);
+    at.tv_sec += milliseconds / 1000;
+    at.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000;
+    if (at.tv_nsec >= 1000000000) {
+        at.tv_nsec -= 1000000000;
+        ++at.tv_sec;
+    }
+    return at;
+}
+
+int Lock(pthread_mutex_t *lock, DWORD milliseconds) {
+    const int tried = pthread_mutex_trylock(lock);
+    if (tried != EBUSY) return tried;
+    if (milliseconds == 0) return ETIMEDOUT;
+    if (milliseconds == INFINITE) return pthread_mutex_lock(lock);
+    const timespec deadline = Deadline_After(milliseconds);
+    return pthread_mutex_clocklock(lock, CLOCK_MONOTONIC, &deadline);
+}
+
+DWORD MutexObject::Wait(DWORD milliseconds) {
+    const int result = Lock(lock_, milliseconds);
+    switch (result) {
+    case 0:
+        if (owner_.load(std::memory_order_relaxed) == &this_thread) {
+            ++depth_;
+        } else {
+            owner_.store(&this_thread, std::memory_order_relaxed);
+            depth_ = 1;
+        }
+        return WAIT_OBJECT_0;
+    case EOWNERDEAD:
+        pthread_mutex_consistent(lock_);
+        owner_.store(&this_thread, std::memory_order_relaxed);
+        depth_ = 1;
+        return WAIT_ABANDONED;
+    case ETIMEDOUT:
+        return WAIT_TIMEOUT;
+    default:
+        SetLastError(ERROR_INVALID_HANDLE);
+        return WAIT_FAILED;
+    }
+}
+
+BOOL MutexObject::Release_By_Owner() {
+    if (owner_.load(std::memory_order_relaxed) != &this_thread) {
+        SetLastError(ERROR_NOT_OWNER);
+        return FALSE;
+    }
+    // From the unlock on, nothing of the shared page may be touched.
+    const bool last = --depth_ == 0;
+    if (last) owner_.store(nullptr, std::memory_order_relaxed);
+    if (pthread_mutex_unlock(lock_) != 0) {
+        owner_.store(nullptr, std::memory_order_relaxed);
+        SetLastError(ERROR_NOT_OWNER);
+        return FALSE;
+    }
+    if (last && lingering_.load(std::memory_order_acquire)) Finish_If_Lingering();
+    return TRUE;
+}
+
+// The lock's word holds the number of the thread that owns it, of whatever process.
+bool MutexObject::Owned_In_This_Process() const {
+    constexpr unsigned Thread_Mask = 0x3FFFFFFF;
+    const int word = __atomic_load_n(&lock_->__data.__lock, __ATOMIC_SEQ_CST);
+    const unsigned thread = static_cast<unsigned>(word) & Thread_Mask;
+    if (thread == 0) return false;
+    char path[64];
+    std::snprintf(path, sizeof path, "/proc/self/task/%u", thread);
+    return access(path, F_OK) == 0;
+}
+
+NamedObject *MutexObject::Make(std::unique_ptr<SharedBlock> block) {
+    auto *lock = static_cast<pthread_mutex_t *>(block->Contents());
+    if (!lock || block->Size() < sizeof(pthread_mutex_t)) return nullptr;
+    Shelf &shelf = The_Shelf();
+    MutexObject *object = nullptr;
+    {
+        std::lock_guard guard(shelf.lock);
+        if (!shelf.aside.empty()) {
+            object = shelf.aside.back();
+            shelf.aside.pop_back();
+        }
+    }
+    if (object)
+        object->Retain();
+    else
+        object = new MutexObject;
+    object->Take(std::move(block), lock);
+    return object;
+}
+
+void MutexObject::Take(std::unique_ptr<SharedBlock> block, pthread_mutex_t *lock) {
+    block_ = std::move(block);
+    lock_ = lock;
+    owner_.store(nullptr, std::memory_order_relaxed);
+    depth_ = 0;
+    lingering_.store(false, std::memory_order_relaxed);
+}
+
+void MutexObject::Last_Released() {
+    Forget_Name();
+    Shelf &shelf = The_Shelf();
+    std::unique_lock guard(shelf.lock);
+    lingering_.store(true, std::memory_order_seq_cst);
+    shelf.lingering.push_back(this);
+    guard.unlock();
+    Finish_If_Lingering();
+}
+
+// Only what is in the list is finished, and only once: two threads may come to it at the same time.
+void MutexObject::Finish_If_Lingering() {
+    Shelf &shelf = The_Shelf();
+    std::unique_lock guard(shelf.lock);
+    for (std::size_t i = 0; i < shelf.lingering.size(); ++i) {
+        if (shelf.lingering[i] != this) continue;
+        if (Owned_In_This_Process()) return;
+        shelf.lingering.erase(shelf.lingering.begin() + static_cast<std::ptrdiff_t>(i));
+        lingering_.store(false, std::memory_order_relaxed);
+        std::unique_ptr<SharedBlock> block = std::move(block_);
+        lock_ = nullptr;
+        owner_.store(nullptr, std::memory_order_relaxed);
+        shelf.aside.push_back(this);
+        guard.unlock();
+        return; // the block goes here, outside the shelf's lock
+    }
+}
+
+// Objects whose owner ended without a release.
+void MutexObject::Sweep_Lingering() {
+    std::vector<MutexObject *> waiting;
+    {
+        Shelf &shelf = The_Shelf();
+        std::lock_guard guard(shelf.lock);
+        waiting = shelf.lingering;
+    }
+    for (MutexObject *object : waiting) object->Finish_If_Lingering();
+}
+
+} // namespace
+
+extern "C" {
+
+HANDLE CreateMutexA(const SECURITY_ATTRIBUTES *, BOOL initial_owner, LPCSTR name) {
+    MutexObject::Sweep_Lingering();
+    bool fresh = false;
+    const HANDLE handle =
+        NamedObjects::Open(ObjectKind::Mutex, SharedBlockKind::Mutex, name, sizeof(pthread_mutex_t),
+                           Prepare_Lock, MutexObject::Make, &fresh);
+    if (handle && fresh && initial_owner) {
+        const DWORD kept = GetLastError();
+        WaitForSingleObject(handle, INFINITE);
+        SetLastError(kept);
+    }
+    return handle;
+}
+
+DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
+    HandleUse use(handle, ObjectKind::Mutex);
+    if (!use) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return WAIT_FAILED;
+    }
+    return use.As<MutexObject>().Wait(milliseconds);
+}
+
+BOOL ReleaseMutex(HANDLE mutex) {
+    auto *object = static_cast<MutexObject *>(Peek_Handle(mutex, ObjectKind::Mutex));
+    if (!object) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return FALSE;
+    }
+    return object->Release_By_Owner();
+}
+}

@@ -1,0 +1,235 @@
+#include <platform/kernel/shared_block.h>
+
+#include <platform/errors.h>
+#include <platform/kernel/file_descriptor.h>
+#include <platform/kernel/machine_state.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <mutex>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <utility>
+
+namespace {
+
+constexpr char Magic[8] = {'K', 'M', 'S', 'H', 'A', 'R', 'E', 'D'};
+constexpr std::size_t Longest_Name = sizeof(SharedBlockHeader::name) - 1;
+
+// The machine's lock of names: threads of this process keep each other out by the mutex, processes by the
+// file. The kernel takes the file's lock back from a process that is killed.
+class NamesLock {
+  public:
+    explicit NamesLock(const std::string &path)
+        : guard_(Process_Lock()), file_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600)) {
+        held_ = file_.Get() >= 0 && Lock_File(file_.Get(), LOCK_EX);
+    }
+    bool Held() const { return held_; }
+
+  private:
+    static std::mutex &Process_Lock() {
+        static std::mutex *lock = new std::mutex;
+        return *lock;
+    }
+    std::lock_guard<std::mutex> guard_;
+    FileDescriptor file_;
+    bool held_ = false;
+};
+
+// File names keep what is readable of the name; the rest goes as %XX. A long one ends in a number made of all
+// its characters, and the header's full name decides.
+std::string File_Name_Of(const std::string &name) {
+    std::string file = "block-";
+    for (const unsigned char c : name) {
+        const bool plain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                           c == '-' || c == '_';
+        char escaped[4] = {static_cast<char>(c), 0, 0, 0};
+        if (!plain) std::snprintf(escaped, sizeof escaped, "%%%02X", c);
+        file += escaped;
+    }
+    if (file.size() <= 200) return file;
+    unsigned long long number = 14695981039346656037ull;
+    for (const unsigned char c : name) number = (number ^ c) * 1099511628211ull;
+    char tail[20];
+    std::snprintf(tail, sizeof tail, "~%016llx", number);
+    return file.substr(0, 180) + tail;
+}
+
+long Error_Of_Errno(int code) {
+    switch (code) {
+    case EMFILE:
+    case ENFILE:
+        return ERROR_TOO_MANY_OPEN_FILES;
+    case ENOSPC:
+    case ENOMEM:
+        return ERROR_COMMITMENT_LIMIT;
+    default:
+        return ERROR_ACCESS_DENIED;
+    }
+}
+
+bool Reserve(int descriptor, std::uint32_t size) {
+    const off_t bytes = static_cast<off_t>(Shared_Block_Contents_Offset) + size;
+    if (ftruncate(descriptor, bytes) != 0) return false;
+    const int error = posix_fallocate(descriptor, 0, bytes);
+    errno = error;
+    return error == 0;
+}
+
+void *Map(int descriptor, std::uint32_t size) {
+    void *contents =
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, Shared_Block_Contents_Offset);
+    return contents == MAP_FAILED ? nullptr : contents;
+}
+
+bool Write_Header(int descriptor, SharedBlockKind kind, const std::string &name, std::uint32_t size) {
+    SharedBlockHeader header = {};
+    std::memcpy(header.magic, Magic, sizeof Magic);
+    header.layout_version = Shared_Block_Layout_Version;
+    header.word_size = sizeof(void *);
+    header.kind = static_cast<std::uint32_t>(kind);
+    header.size = size;
+    std::memcpy(header.name, name.data(), name.size());
+    return pwrite(descriptor, &header, sizeof header, 0) == static_cast<ssize_t>(sizeof header);
+}
+
+// What is wrong with a block that somebody holds; NO_ERROR when it can be shared.
+long Check_Header(int descriptor, SharedBlockKind kind, const std::string &name, std::uint32_t &size) {
+    SharedBlockHeader header = {};
+    struct stat status;
+    if (pread(descriptor, &header, sizeof header, 0) != static_cast<ssize_t>(sizeof header) ||
+        fstat(descriptor, &status) != 0 || std::memcmp(header.magic, Magic, sizeof Magic) != 0) {
+        return ERROR_FILE_CORRUPT;
+    }
+    if (header.layout_version != Shared_Block_Layout_Version || header.word_size != sizeof(void *)) {
+        return ERROR_REVISION_MISMATCH;
+    }
+    if (header.name[Longest_Name] != 0 || name != header.name) return ERROR_FILE_CORRUPT;
+    if (header.kind != static_cast<std::uint32_t>(kind)) return ERROR_INVALID_HANDLE;
+    if (header.size == 0 || status.st_size < static_cast<off_t>(Shared_Block_Contents_Offset) + header.size) {
+        return ERROR_FILE_CORRUPT;
+    }
+    size = header.size;
+    return NO_ERROR;
+}
+
+// True when another holder is alive. When none is, the caller alone holds the file from then on.
+bool Somebody_Holds(int descriptor) {
+    return !Lock_File(descriptor, LOCK_EX | LOCK_NB);
+}
+
+} // namespace
+
+SharedBlock::SharedBlock(int descriptor, std::string path, std::string lock_path, std::uint32_t size)
+    : descriptor_(descriptor), path_(std::move(path)), lock_path_(std::move(lock_path)), size_(size) {}
+
+SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &name, std::uint32_t size,
+                                      void (*prepare)(void *contents)) {
+    Opened opened;
+    if (name.empty() || name.size() > Longest_Name || size == 0) {
+        opened.error = ERROR_INVALID_PARAMETER;
+        return opened;
+    }
+    const std::string machine = Machine_Folder_Path();
+    const std::string folder = Shared_Memory_Folder_Path();
+    if (machine.empty()) {
+        opened.error = ERROR_PATH_NOT_FOUND;
+        return opened;
+    }
+    const std::string lock_path = machine + "/names.lock";
+    const std::string path = folder + "/" + File_Name_Of(name);
+
+    NamesLock names(lock_path);
+    if (!names.Held()) {
+        opened.error = ERROR_ACCESS_DENIED;
+        return opened;
+    }
+    if ((opened.error = Make_Private_Folder(folder)) != NO_ERROR) return opened;
+
+    FileDescriptor existing(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    if (existing.Get() < 0 && errno != ENOENT) {
+        opened.error = Error_Of_Errno(errno);
+        return opened;
+    }
+    if (existing.Get() >= 0 && Somebody_Holds(existing.Get())) {
+        if ((opened.error = Check_Header(existing.Get(), kind, name, size)) != NO_ERROR) return opened;
+        if (!Lock_File(existing.Get(), LOCK_SH)) {
+            opened.error = ERROR_ACCESS_DENIED;
+            return opened;
+        }
+        opened.block.reset(new SharedBlock(existing.Give(), path, lock_path, size));
+        return opened;
+    }
+
+    // Nobody holds it: what lies there was left by the killed.
+    unlink(path.c_str());
+    FileDescriptor fresh(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (fresh.Get() < 0) {
+        opened.error = Error_Of_Errno(errno);
+        return opened;
+    }
+    if (!Reserve(fresh.Get(), size) || !Write_Header(fresh.Get(), kind, name, size) ||
+        !Lock_File(fresh.Get(), LOCK_SH)) {
+        opened.error = Error_Of_Errno(errno);
+        unlink(path.c_str());
+        return opened;
+    }
+    opened.block.reset(new SharedBlock(fresh.Give(), path, lock_path, size));
+    opened.fresh = true;
+    if (prepare) {
+        void *contents = opened.block->Contents();
+        if (!contents) {
+            // Not by the destructor: it would wait for the lock that is held here.
+            unlink(path.c_str());
+            opened.block->lock_path_.clear();
+            opened.block.reset();
+            opened.fresh = false;
+            opened.error = ERROR_COMMITMENT_LIMIT;
+            return opened;
+        }
+        prepare(contents);
+    }
+    return opened;
+}
+
+SharedBlock::Opened SharedBlock::Make_Private(std::uint32_t size, void (*prepare)(void *contents)) {
+    Opened opened;
+    FileDescriptor descriptor(memfd_create("kelmara-private-block", MFD_CLOEXEC));
+    if (!descriptor || size == 0 || !Reserve(descriptor.Get(), size)) {
+        opened.error = size == 0 ? ERROR_INVALID_PARAMETER : Error_Of_Errno(errno);
+        return opened;
+    }
+    std::unique_ptr<SharedBlock> block(new SharedBlock(descriptor.Give(), {}, {}, size));
+    if (prepare) {
+        if (!block->Contents()) {
+            opened.error = ERROR_COMMITMENT_LIMIT;
+            return opened;
+        }
+        prepare(block->Contents());
+    }
+    opened.block = std::move(block);
+    opened.fresh = true;
+    return opened;
+}
+
+SharedBlock::~SharedBlock() {
+    if (contents_) munmap(contents_, size_);
+    if (lock_path_.empty()) {
+        close(descriptor_);
+        return;
+    }
+    NamesLock names(lock_path_);
+    // The file goes with its last holder, and the folder with its last file.
+    if (names.Held() && !Somebody_Holds(descriptor_)) {
+        unlink(path_.c_str());
+        rmdir(path_.substr(0, path_.rfind('/')).c_str());
+    }
+    close(descriptor_);
+}
+
+void *SharedBlock::Contents() {
+    if (!contents_) contents_ = Map(descriptor_, size_);
+    return contents_;
+}

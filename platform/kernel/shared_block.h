@@ -1,0 +1,65 @@
+#pragma once
+// A named block of memory that the processes of one machine share.
+//
+// Blocks live in the host's shared memory, in a folder of the machine's own, one file each: a page of header,
+// then the contents. Every process that has a block open holds a shared lock on its file, which the kernel
+// takes back however the process ends; whoever opens a file that nobody holds throws it away and makes a
+// fresh one. So a name vanishes with its last holder, and nothing of it outlives a restart of the host.
+// Opening and letting go happen under one lock of the whole machine.
+
+#include <platform/types.h>
+
+#include <memory>
+#include <string>
+
+/// First page of every block's file. The layout is frozen for a given magic and layout version.
+struct SharedBlockHeader {
+    char magic[8];                // offset 0, "KMSHARED"
+    std::uint32_t layout_version; // offset 8
+    std::uint32_t word_size;      // offset 12, bytes of a pointer of the maker
+    std::uint32_t kind;           // offset 16, a SharedBlockKind
+    std::uint32_t size;           // offset 20, bytes of the contents
+    char name[264];               // offset 24, terminated
+};
+static_assert(offsetof(SharedBlockHeader, layout_version) == 8 && offsetof(SharedBlockHeader, size) == 20);
+static_assert(offsetof(SharedBlockHeader, name) == 24 && sizeof(SharedBlockHeader) == 288);
+
+inline constexpr std::uint32_t Shared_Block_Layout_Version = 1;
+inline constexpr std::uint32_t Shared_Block_Contents_Offset = 4096;
+
+enum class SharedBlockKind : std::uint32_t { Mutex = 1, Mapping = 2, Internal = 3 };
+
+class SharedBlock {
+  public:
+    struct Opened {
+        std::unique_ptr<SharedBlock> block; // null on failure
+        bool fresh = false;                 // made by this call: contents are zero but for what `prepare` did
+        long error = 0;                     // a code of errors.h on failure
+    };
+
+    /// Opens the block of that name or makes one of `size` bytes. `prepare` runs on fresh contents before any
+    /// other process can see them. A block that exists keeps its own size. Kinds share one space of names.
+    static Opened Open(SharedBlockKind kind, const std::string &name, std::uint32_t size,
+                       void (*prepare)(void *contents) = nullptr);
+
+    /// A block without a name, of this process alone.
+    static Opened Make_Private(std::uint32_t size, void (*prepare)(void *contents) = nullptr);
+
+    ~SharedBlock();
+    SharedBlock(const SharedBlock &) = delete;
+    SharedBlock &operator=(const SharedBlock &) = delete;
+
+    /// Contents mapped for the block's lifetime; null when that fails.
+    void *Contents();
+    std::uint32_t Size() const { return size_; }
+    int Descriptor() const { return descriptor_; }
+
+  private:
+    SharedBlock(int descriptor, std::string path, std::string lock_path, std::uint32_t size);
+
+    int descriptor_;
+    std::string path_;      // empty for a private block
+    std::string lock_path_; // the machine's lock of names that guards it
+    std::uint32_t size_;
+    void *contents_ = nullptr;
+};

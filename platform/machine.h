@@ -1,0 +1,56 @@
+#pragma once
+// The machine itself: where it lives, its settings, and what a host or a test may lay hands on.
+//
+// A machine is a folder of the host. The environment's KELMARA_MACHINE names it; without it
+// $XDG_DATA_HOME/kelmara (~/.local/share/kelmara) serves. It is made at first need, readable by its owner
+// alone, and a folder that belongs to somebody else is refused. Processes with the same folder are on the
+// same machine. Texts handed out are the machine's own and stay valid until the process enters another one.
+// All calls may be made from any thread, except Enter_Machine and the installing of handlers: those belong
+// before the threads.
+
+#include <platform/types.h>
+
+extern "C" {
+
+/// The machine's folder as a host path, made if it is not there. Null when it cannot be made or is refused;
+/// the reason stands on standard error.
+PLATFORM_API const char *Machine_Folder();
+
+/// From here on this process is on the machine in that folder, made if need be. Handles to named objects
+/// that it holds keep to the old machine. False and no change when the folder cannot be had.
+PLATFORM_API bool Enter_Machine(const char *folder);
+
+/// Deletes the machine in that folder with everything that it has. Nobody may be on it any more, this process
+/// included: what it still holds of the machine dies. False and no change for a folder that is no machine of
+/// this user.
+PLATFORM_API bool Remove_Machine(const char *folder);
+
+/// A setting of `machine.conf`, lines of "name = value" with "#" before remarks; names without regard to
+/// case. Copied to `out` with its terminator. False, and `out` untouched, when it is not set or does not fit.
+PLATFORM_API bool Get_Machine_Setting(const char *name, char *out, unsigned long size);
+
+/// Lets `value` stand for the setting in this process; null goes back to the file.
+PLATFORM_API void Override_Machine_Setting(const char *name, const char *value);
+
+/// Where a Windows path lies on the host; "c:\..." is below `drive_c` in the machine's folder, "z:\..." the
+/// host's own root. Letter case, doubled and forward slashes do not matter; relative paths count from the
+/// process's current directory. Parts that do not exist keep the spelling they are given. False with the
+/// last error set when the drive is not there or the path does not fit.
+PLATFORM_API bool Host_Path(const char *windows_path, char *out, unsigned long size);
+
+/// The way back. What lies on no other drive is on z:.
+PLATFORM_API bool Windows_Path(const char *host_path, char *out, unsigned long size);
+
+/// Answers message boxes instead of standard error; null restores that. `context` is handed through.
+using MessageBoxHandler = int (*)(HWND owner, const char *text, const char *caption, UINT style,
+                                  void *context);
+PLATFORM_API void Set_Message_Box_Handler(MessageBoxHandler handler, void *context);
+
+/// Takes what OutputDebugStringA is given; null is silence again.
+using DebugOutputSink = void (*)(const char *text, void *context);
+PLATFORM_API void Set_Debug_Output_Sink(DebugOutputSink sink, void *context);
+
+/// Handles of every kind that this process has open, registry keys among them: what a test brings back to
+/// where it was.
+PLATFORM_API unsigned long Open_Handle_Count();
+}

@@ -1,0 +1,10 @@
+#include <tests/support/second_process.h>
+
+#include <gmock/gmock.h>
+
+int main(int argc, char **argv) {
+    int exit_code = 0;
+    if (Ran_As_Second_Process(argc, argv, &exit_code)) return exit_code;
+    ::testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,34 @@
+#include <tests/support/test_machine.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+TestMachine::TestMachine() {
+    std::string pattern = std::filesystem::temp_directory_path() / "kelmara-test-XXXXXX";
+    if (!mkdtemp(pattern.data())) std::abort();
+    folder_ = pattern;
+    setenv("KELMARA_MACHINE", folder_.c_str(), 1);
+    if (!Enter_Machine(folder_.c_str())) std::abort();
+}
+
+TestMachine::~TestMachine() {
+    Remove_Machine(folder_.c_str());
+}
+
+void TestMachine::Write(const std::string &relative, const std::string &content) const {
+    std::filesystem::create_directories(std::filesystem::path(Path(relative)).parent_path());
+    std::ofstream(Path(relative), std::ios::binary) << content;
+}
+
+std::string TestMachine::Read(const std::string &relative) const {
+    std::ostringstream content;
+    content << std::ifstream(Path(relative), std::ios::binary).rdbuf();
+    return content.str();
+}
+
+void TestMachine::Set(const std::string &setting, const std::string &value) const {
+    std::ofstream(Path("machine.conf"), std::ios::app) << setting << " = " << value << "\n";
+}
