@@ -1,3 +1,23 @@
-namespace kelmara_placeholder {
-int nothing;
+// All that happens when the library is loaded, in this order and nowhere else: what a part of the library
+// sets up, and the exit routine that takes it back. Exit routines run in the reverse order, so the memory
+// binding goes first; a later release binds it anew. Nothing here allocates, prints or can fail.
+
+#include <kelmara/foundation/memory_binding.h>
+
+#include <platform/types.h>
+
+#include <cstdlib>
+
+namespace {
+
+[[gnu::constructor]] void Initialize_Library() {
+    // An exit routine that finds no room is one that does not run; the process ends all the same.
+    (void)std::atexit(Release_Memory_Library);
+}
+
+} // namespace
+
+/// The library's entry point reports success for every reason that it is called with.
+extern "C" [[gnu::visibility("default")]] BOOL DllMain(HINSTANCE, DWORD, void *) {
+    return TRUE;
 }

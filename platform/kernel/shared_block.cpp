@@ -163,34 +163,27 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
         return opened;
     }
 
-    // Nobody holds it: what lies there was left by the killed.
+    // Nobody holds it: what lies there was left by the killed. The lock comes last, so that a block whose
+    // maker is killed before it is complete is held by nobody either.
     unlink(path.c_str());
-    FileDescriptor fresh(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (fresh.Get() < 0) {
+    FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!file) {
         opened.error = Error_Of_Errno(errno);
         return opened;
     }
-    if (!Reserve(fresh.Get(), size) || !Write_Header(fresh.Get(), kind, name, size) ||
-        !Lock_File(fresh.Get(), LOCK_SH)) {
+    std::unique_ptr<SharedBlock> block(new SharedBlock(file.Give(), {}, {}, size));
+    const bool complete = Reserve(block->descriptor_, size) && (!prepare || block->Contents());
+    if (complete && prepare) prepare(block->Contents());
+    if (!complete || !Write_Header(block->descriptor_, kind, name, size) ||
+        !Lock_File(block->descriptor_, LOCK_SH)) {
         opened.error = Error_Of_Errno(errno);
         unlink(path.c_str());
         return opened;
     }
-    opened.block.reset(new SharedBlock(fresh.Give(), path, lock_path, size));
+    block->path_ = path;
+    block->lock_path_ = lock_path;
+    opened.block = std::move(block);
     opened.fresh = true;
-    if (prepare) {
-        void *contents = opened.block->Contents();
-        if (!contents) {
-            // Not by the destructor: it would wait for the lock that is held here.
-            unlink(path.c_str());
-            opened.block->lock_path_.clear();
-            opened.block.reset();
-            opened.fresh = false;
-            opened.error = ERROR_COMMITMENT_LIMIT;
-            return opened;
-        }
-        prepare(contents);
-    }
     return opened;
 }
 

@@ -1,0 +1,3 @@
+#include <kelmara/foundation/auto_deleteable_object.h>
+
+CAutoDeleteableObject::~CAutoDeleteableObject() = default;

@@ -1,0 +1,37 @@
+#include <kelmara/foundation/new_delete.h>
+
+#include <kelmara/foundation/memory.h>
+
+#include <new>
+
+void *Allocate_Object(std::size_t size) noexcept {
+    return ds_malloc(static_cast<long>(size));
+}
+
+void Release_Object(void *block) noexcept {
+    if (block) ds_free(block);
+}
+
+// The library's own; kelmara.map keeps them inside. A failed one gives null, which -fcheck-new makes the
+// compiler test for, although these cannot be declared noexcept.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpragmas"
+void *operator new(std::size_t size) {
+    return Allocate_Object(size);
+}
+void *operator new[](std::size_t size) {
+    return Allocate_Object(size);
+}
+void operator delete(void *block) noexcept {
+    Release_Object(block);
+}
+void operator delete[](void *block) noexcept {
+    Release_Object(block);
+}
+void operator delete(void *block, std::size_t) noexcept {
+    Release_Object(block);
+}
+void operator delete[](void *block, std::size_t) noexcept {
+    Release_Object(block);
+}
+#pragma GCC diagnostic pop

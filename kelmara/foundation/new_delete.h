@@ -1,0 +1,32 @@
+#pragma once
+// How objects of the library's classes are made and destroyed: through the memory services, in every module.
+//
+// The library's own global operators stay inside it, so that a program keeps the ones it has. Each exported
+// class declares KELMARA_CLASS_ALLOCATION instead: whoever makes or destroys an object of it, library or
+// program, ends in the same two routines. A failed `new` gives null and runs no constructor.
+
+#include <kelmara/api.h>
+
+/// A block for an object, null when there is no memory.
+KELMARA_API void *Allocate_Object(std::size_t size) noexcept;
+/// Gives such a block back; null is ignored.
+KELMARA_API void Release_Object(void *block) noexcept;
+
+/// Stands in the public part of a class. Placement `new` stays to be had.
+#define KELMARA_CLASS_ALLOCATION                                                                             \
+    static void *operator new(std::size_t size) noexcept {                                                   \
+        return Allocate_Object(size);                                                                        \
+    }                                                                                                        \
+    static void *operator new[](std::size_t size) noexcept {                                                 \
+        return Allocate_Object(size);                                                                        \
+    }                                                                                                        \
+    static void *operator new(std::size_t, void *place) noexcept {                                           \
+        return place;                                                                                        \
+    }                                                                                                        \
+    static void operator delete(void *block) noexcept {                                                      \
+        Release_Object(block);                                                                               \
+    }                                                                                                        \
+    static void operator delete[](void *block) noexcept {                                                    \
+        Release_Object(block);                                                                               \
+    }                                                                                                        \
+    static void operator delete(void *, void *) noexcept {}

@@ -1,0 +1,8 @@
+#pragma once
+// Everything that the library exports.
+
+#include <kelmara/foundation/auto_deleteable_object.h>
+#include <kelmara/foundation/memory.h>
+#include <kelmara/foundation/new_delete.h>
+#include <kelmara/shared_state/atom_table.h>
+#include <kelmara/shared_state/mutex_holder.h>
