@@ -3,5 +3,5 @@
 #   format.sh SOURCE_FOLDER BUILD_FOLDER
 set -euo pipefail
 cd "$1"
-find kelmara platform reference_suite tools tests benchmarks fuzz \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null |
+find . -path ./build -prune -o -path ./.git -prune -o \( -name '*.h' -o -name '*.cpp' \) -print |
     xargs clang-format --dry-run -Werror
