@@ -98,8 +98,8 @@ PLATFORM_API FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 PLATFORM_API HMODULE GetModuleHandleA(LPCSTR name);
 
 /// The module's Windows path, at most `size` bytes with its terminator; cut and terminated when it does not
-/// fit, and then `size` is the result and ERROR_INSUFFICIENT_BUFFER the last error. Otherwise the length; 0 on
-/// failure. Null module: the program.
+/// fit, and then `size` is the result and ERROR_INSUFFICIENT_BUFFER the last error. Otherwise the length; 0
+/// on failure. Null module: the program.
 PLATFORM_API DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size);
 
 /// Takes back one load; with the last, `DllMain(module, 0, null)` runs and the module goes. FALSE and

@@ -25,10 +25,10 @@ PLATFORM_API bool Enter_Machine(const char *folder);
 /// this user.
 PLATFORM_API bool Remove_Machine(const char *folder);
 
-/// A setting of `machine.conf`, lines of "name = value" with "#" before remarks, at a line's start or behind a
-/// blank; names without regard to case, the last line of a name counts. Copied to `out` with its terminator.
-/// False, and `out` untouched, when it is not set or does not fit. Other lines are skipped, and reported once;
-/// a file of more than a megabyte is left aside.
+/// A setting of `machine.conf`, lines of "name = value" with "#" before remarks, at a line's start or behind
+/// a blank; names without regard to case, the last line of a name counts. Copied to `out` with its
+/// terminator. False, and `out` untouched, when it is not set or does not fit. Other lines are skipped, and
+/// reported once; a file of more than a megabyte is left aside.
 PLATFORM_API bool Get_Machine_Setting(const char *name, char *out, unsigned long size);
 
 /// Lets `value` stand for the setting in this process; null goes back to the file.
