@@ -21,6 +21,7 @@ inline constexpr long ERROR_OUTOFMEMORY = 14;
 inline constexpr long ERROR_INVALID_DRIVE = 15;
 inline constexpr long ERROR_WRITE_FAULT = 29;
 inline constexpr long ERROR_READ_FAULT = 30;
+inline constexpr long ERROR_BAD_NETPATH = 53;
 inline constexpr long ERROR_INVALID_PARAMETER = 87;
 inline constexpr long ERROR_DISK_FULL = 112;
 inline constexpr long ERROR_CALL_NOT_IMPLEMENTED = 120;
