@@ -2,6 +2,7 @@
 // Everything that the library exports.
 
 #include <kelmara/foundation/auto_deleteable_object.h>
+#include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>
 #include <kelmara/foundation/new_delete.h>
 #include <kelmara/foundation/pattern_string.h>
