@@ -155,21 +155,20 @@ long CAtomTable::Attach_To_Block() {
     m_Mapping = mapping;
     m_Header = static_cast<AtomTableHeader *>(view);
     m_Records = reinterpret_cast<AtomRecord *>(static_cast<char *>(view) + sizeof(AtomTableHeader));
-    if (error == NO_ERROR)
-        Make_Fresh();
-    else if (m_Records[0].Reserved)
-        Repair();
+    if (error == NO_ERROR || m_Records[Last_Slot].Slot != Last_Slot) Make_Fresh();
+    if (m_Records[0].Reserved) Repair();
     return 0;
 }
 
-// The block is zero-filled when it comes here.
+// The block is zero-filled when it comes here, but for what a process wrote that was killed at this work. The
+// last record's number says that it is done.
 void CAtomTable::Make_Fresh() {
     m_Header->Head = None;
     m_Header->Tail = None;
-    for (long i = 0; i < Atom_Capacity; ++i) {
-        m_Header->FreeSlots[i] = i;
-        m_Records[i].Slot = i;
-    }
+    for (long i = 0; i < Atom_Capacity; ++i) m_Header->FreeSlots[i] = i;
+    for (long i = 0; i < Last_Slot; ++i) m_Records[i].Slot = i;
+    End_Step();
+    m_Records[Last_Slot].Slot = Last_Slot;
 }
 
 // Makes everything anew that follows from the chain. May itself be cut short: the links that it writes lead
