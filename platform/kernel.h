@@ -106,6 +106,23 @@ PLATFORM_API DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size);
 /// ERROR_MOD_NOT_FOUND for what LoadLibraryA did not load, or no longer holds.
 PLATFORM_API BOOL FreeLibrary(HMODULE module);
 
+// --- wide and narrow text ---------------------------------------------------------------------------------
+
+inline constexpr UINT CP_ACP = 0; // the default code page, which is 1252
+
+/// Both convert `length` characters, a terminator among them being like any other, or with -1 all up to the
+/// terminator and with it. `size` is the room in `out` in characters; with 0 nothing is written. The number
+/// of characters that the result takes. 0 and nothing written on failure: ERROR_INSUFFICIENT_BUFFER when it
+/// does not fit; ERROR_INVALID_PARAMETER for a code page other than 0 and 1252, a length of 0 or below -1, a
+/// size below 0, no text, no `out` for it, or an `out` that is the text; ERROR_INVALID_FLAGS for any flag.
+/// Every byte has its wide character and comes back as it was. What the code page does not have becomes the
+/// first byte of `replacement`, '?' when that is null, and `*replaced` tells whether that happened; it may be
+/// null.
+PLATFORM_API int WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR *text, int length, LPSTR out,
+                                     int size, LPCSTR replacement, BOOL *replaced);
+PLATFORM_API int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR text, int length, WCHAR *out,
+                                     int size);
+
 // --- the process ------------------------------------------------------------------------------------------
 
 /// Runs the exit routines and ends the process. What the host sees are the lowest 8 bits of `code`.
