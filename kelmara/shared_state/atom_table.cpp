@@ -63,8 +63,10 @@ constexpr std::size_t Bounded_Size(long size) {
 // A whole atom is the usual size, which the compiler copies in place.
 void Copy_Out(char *to, const char *from, long size) {
     if (!to) return;
-    if (size >= Atom_Data_Size) std::memcpy(to, from, Atom_Data_Size);
-    else std::memcpy(to, from, Bounded_Size(size));
+    if (size >= Atom_Data_Size)
+        std::memcpy(to, from, Atom_Data_Size);
+    else
+        std::memcpy(to, from, Bounded_Size(size));
 }
 
 // The caller's bytes may be those of an atom, handed to it by an iteration.

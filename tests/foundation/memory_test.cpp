@@ -112,7 +112,9 @@ SECOND_PROCESS(late_releaser) {
 
 TEST_F(MemoryBinding, IsMadeAnewByAReleaseAfterTheExitRoutine) {
     Install("companion_whole");
-    EXPECT_EQ(Run("late_releaser"), Outcome(0, "loaded\nInitialize\nunloaded\nloaded\nInitialize\nm_free\n"));
+    // The host ends the modules of an ending process first, and keeps them: only Initialize shows the new
+    // binding.
+    EXPECT_EQ(Run("late_releaser"), Outcome(0, "loaded\nInitialize\nunloaded\nInitialize\nm_free\n"));
 }
 
 constinit char own_block[16] = {};
