@@ -6,7 +6,9 @@
 #include <kelmara/containers/list_interface.h>
 #include <kelmara/containers/list_item.h>
 #include <kelmara/foundation/auto_deleteable_object.h>
+#include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>
 #include <kelmara/foundation/new_delete.h>
+#include <kelmara/foundation/pattern_string.h>
 #include <kelmara/shared_state/atom_table.h>
 #include <kelmara/shared_state/mutex_holder.h>

@@ -37,6 +37,7 @@ inline constexpr long ERROR_MORE_DATA = 234;
 inline constexpr long ERROR_NO_MORE_ITEMS = 259;
 inline constexpr long ERROR_NOT_OWNER = 288;
 inline constexpr long ERROR_INVALID_ADDRESS = 487;
+inline constexpr long ERROR_INVALID_FLAGS = 1004;
 inline constexpr long ERROR_BADDB = 1009;
 inline constexpr long ERROR_BADKEY = 1010;
 inline constexpr long ERROR_CANTOPEN = 1011;

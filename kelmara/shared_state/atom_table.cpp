@@ -60,9 +60,18 @@ constexpr std::size_t Bounded_Size(long size) {
     return static_cast<std::size_t>(size < Atom_Data_Size ? size : Atom_Data_Size);
 }
 
+// A whole atom is the usual size, which the compiler copies in place.
+void Copy_Out(char *to, const char *from, long size) {
+    if (!to) return;
+    if (size >= Atom_Data_Size)
+        std::memcpy(to, from, Atom_Data_Size);
+    else
+        std::memcpy(to, from, Bounded_Size(size));
+}
+
 // The caller's bytes may be those of an atom, handed to it by an iteration.
-void Copy_Bytes(char *to, const char *from, long size) {
-    if (to && from) std::memmove(to, from, Bounded_Size(size));
+void Copy_In(char *to, const char *from, long size) {
+    if (from) std::memmove(to, from, Bounded_Size(size));
 }
 
 // The atoms that the chain leads to, oldest first; how many.
@@ -224,7 +233,7 @@ long CAtomTable::New_Atom(long group, long id, const char *data, long size) {
     record.Id = id;
     record.Prev = m_Header->Tail;
     record.Next = None;
-    Copy_Bytes(record.Data, data, size);
+    Copy_In(record.Data, data, size);
     record.InUse = 1;
     End_Step();
     if (Is_Slot(record.Prev)) m_Records[record.Prev].Next = slot;
@@ -267,14 +276,14 @@ bool CAtomTable::Get_Atom_Data(long group, long id, char *buffer, long size) {
     if (!Take_Lock(lock)) return false;
     const long slot = Get_Atom_Index(group, id);
     if (slot == None) return false;
-    Copy_Bytes(buffer, m_Records[slot].Data, size);
+    Copy_Out(buffer, m_Records[slot].Data, size);
     return true;
 }
 
 bool CAtomTable::Get_Atom_Data(long slot, char *buffer, long size) {
     CMutexHolder lock;
     if (!Take_Lock(lock) || !Holds_Atom(slot)) return false;
-    Copy_Bytes(buffer, m_Records[slot].Data, size);
+    Copy_Out(buffer, m_Records[slot].Data, size);
     return true;
 }
 
@@ -283,14 +292,14 @@ bool CAtomTable::Set_Atom_Data(long group, long id, const char *data, long size)
     if (!Take_Lock(lock)) return false;
     const long slot = Get_Atom_Index(group, id);
     if (slot == None) return false;
-    Copy_Bytes(m_Records[slot].Data, data, size);
+    Copy_In(m_Records[slot].Data, data, size);
     return true;
 }
 
 bool CAtomTable::Set_Atom_Data(long slot, const char *data, long size) {
     CMutexHolder lock;
     if (!Take_Lock(lock) || !Holds_Atom(slot)) return false;
-    Copy_Bytes(m_Records[slot].Data, data, size);
+    Copy_In(m_Records[slot].Data, data, size);
     return true;
 }
 

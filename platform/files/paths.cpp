@@ -190,6 +190,12 @@ std::string Look_Up(std::string folder, const Names &names) {
     return folder;
 }
 
+// A character of code page 1252 takes 1 to 3 bytes on the host; most entries of a large folder need no more
+// than this look.
+bool Can_Have_Length(std::string_view host_name, std::size_t windows_length) {
+    return host_name.size() >= windows_length && host_name.size() <= 3 * windows_length;
+}
+
 // Behind a link ".." leads elsewhere than the path's text says.
 bool Leads_Up(const std::filesystem::path &path) {
     return std::find(path.begin(), path.end(), "..") != path.end();
@@ -255,8 +261,9 @@ std::string Find_In_Folder(const std::string &host_folder, std::string_view wind
     const Folder folder(opendir(host_folder.c_str()));
     std::string found;
     while (const dirent *entry = folder ? readdir(folder.get()) : nullptr) {
-        if (!found.empty() && found <= entry->d_name) continue;
-        if (Equal_Without_Case(Windows_Name_Of(entry->d_name), windows_name)) found = entry->d_name;
+        const std::string_view name = entry->d_name;
+        if (!Can_Have_Length(name, windows_name.size()) || (!found.empty() && found <= name)) continue;
+        if (Equal_Without_Case(Windows_Name_Of(name), windows_name)) found = name;
     }
     return found.empty() ? found : Joined(host_folder, found);
 }

@@ -5,6 +5,7 @@
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/file_descriptor.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <elf.h>
@@ -35,7 +36,8 @@ void Append_Windows_Folder(std::vector<std::string> &folders, std::string_view w
     if (Map_To_Host(windows_folder, folder) == NO_ERROR) folders.push_back(folder);
 }
 
-// The host's list of its own folders; one with ";" or "\" in it is a list of Windows folders.
+// The host's list of its own folders, where relative ones do not count; one with ";" or "\" in it is a list
+// of Windows folders.
 void Append_Path_Folders(std::vector<std::string> &folders) {
     const char *variable = std::getenv("PATH");
     std::string_view rest = variable ? variable : "";
@@ -45,17 +47,19 @@ void Append_Path_Folders(std::vector<std::string> &folders) {
         rest.remove_prefix(std::min(rest.size(), folder.size() + 1));
         if (windows)
             Append_Windows_Folder(folders, folder);
-        else if (!folder.empty())
+        else if (folder.starts_with('/'))
             folders.emplace_back(folder);
     }
 }
 
+// All absolute: a module is known to the host by the path it was loaded from.
 std::vector<std::string> Search_Order() {
     std::vector<std::string> folders;
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
     if (!error) folders.push_back(program.parent_path());
-    folders.push_back(".");
+    const auto current = std::filesystem::current_path(error);
+    if (!error) folders.push_back(current);
     for (const char *folder : System_Folders) Append_Windows_Folder(folders, folder);
     Append_Path_Folders(folders);
     return folders;

@@ -4,6 +4,7 @@
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/module_file.h>
 
+#include <algorithm>
 #include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
@@ -54,8 +55,7 @@ HMODULE Module_Of(const HostModule &host) {
 }
 
 HMODULE The_Program() {
-    static const HMODULE program = Module_Of(HostModule(dlopen(nullptr, RTLD_LAZY)));
-    return program;
+    return Module_Of(HostModule(dlopen(nullptr, RTLD_LAZY)));
 }
 
 HMODULE The_Platform() {
@@ -85,11 +85,18 @@ void *Find_Export(HMODULE module, const char *name) {
     return address && Module_Around(address) == module ? address : nullptr;
 }
 
-// Paths of all that the host has loaded, the program left out.
+// The host's own libraries carry a version behind their ending. They are no modules of the machine.
+bool Is_Host_Library(std::string_view path) {
+    return path.substr(path.rfind('/') + 1).find(".so.") != std::string_view::npos;
+}
+
+// Paths of all modules in the process, those that it was linked with too; the program is left out.
 std::vector<std::string> Loaded_Paths() {
     std::vector<std::string> paths;
     const auto take = [](dl_phdr_info *info, std::size_t, void *context) {
-        if (*info->dlpi_name) static_cast<std::vector<std::string> *>(context)->push_back(info->dlpi_name);
+        const char *path = info->dlpi_name;
+        if (*path && !Is_Host_Library(path))
+            static_cast<std::vector<std::string> *>(context)->push_back(path);
         return 0;
     };
     dl_iterate_phdr(take, &paths);

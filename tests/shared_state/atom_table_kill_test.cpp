@@ -15,6 +15,12 @@
 
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr int Kills = 100; // a process takes its time to fork with the sanitizer's memory
+#else
+constexpr int Kills = 1000;
+#endif
+
 constexpr char Table_Name[] = "KILL-ATOMS";
 constexpr char Data[] = "whole";
 
@@ -107,7 +113,7 @@ TEST_F(KilledAtomUsers, GiveUpTheLockAThousandTimesInARow) {
     const RawAtomTable raw;
     Put_Back();
     std::mt19937 random(1);
-    for (int kills = 0; kills < 1000; ++kills) {
+    for (int kills = 0; kills < Kills; ++kills) {
         const pid_t child = fork();
         if (child == 0) {
             for (;;) {
