@@ -6,6 +6,8 @@
 #include <kelmara/kelmara.h>
 
 #include <list>
+#include <random>
+#include <vector>
 
 #if __has_include(<boost/pool/pool_alloc.hpp>)
 #include <boost/pool/pool_alloc.hpp>
@@ -26,6 +28,15 @@ struct OurList {
     void Append(void *value) { list.Add(value, 0); }
     void Push(void *value) { list.Push(value, 0); }
     void *Pop() { return list.Pop(0); }
+
+    using Place = CIterator;
+    std::vector<Place> Places() {
+        std::vector<Place> places;
+        CIterator walk;
+        for (walk.Iterate(&list); walk.More(); walk.Next()) places.push_back(walk);
+        return places;
+    }
+    void Remove(Place &place) { place.Delete_Current(); }
 };
 
 template <class Allocator>
@@ -38,6 +49,14 @@ struct PeerList {
         list.pop_front();
         return value;
     }
+
+    using Place = typename std::list<void *, Allocator>::iterator;
+    std::vector<Place> Places() {
+        std::vector<Place> places;
+        for (Place place = list.begin(); place != list.end(); ++place) places.push_back(place);
+        return places;
+    }
+    void Remove(Place &place) { list.erase(place); }
 };
 
 using HeapList = PeerList<std::allocator<void *>>;
@@ -54,6 +73,14 @@ void Push_And_Pop(List &list) {
     measure::Keep(list.Pop());
 }
 
+template <class List>
+void Fill_And_Remove_At_Random(List &list) {
+    for (long number = 0; number < Entries; ++number) list.Append(Value(number));
+    std::vector<typename List::Place> places = list.Places();
+    std::shuffle(places.begin(), places.end(), std::minstd_rand(1));
+    for (auto &place : places) list.Remove(place);
+}
+
 template <class Peer>
 void Measure_Beside(const char *title, double limit) {
     measure::Heading(title);
@@ -62,6 +89,9 @@ void Measure_Beside(const char *title, double limit) {
     measure::Compare(
         "fill and drain 100,000 entries", [&] { Fill_And_Drain(ours); }, [&] { Fill_And_Drain(peer); },
         limit);
+    measure::Compare(
+        "fill, and remove the entries in random order", [&] { Fill_And_Remove_At_Random(ours); },
+        [&] { Fill_And_Remove_At_Random(peer); }, 1.0);
     for (long number = 0; number < Depth; ++number) {
         ours.Push(Value(number));
         peer.Push(Value(number));

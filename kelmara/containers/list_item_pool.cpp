@@ -10,17 +10,16 @@ constinit ListItemPoolFront ListItemPool::Front = {};
 
 namespace {
 
-struct BlockAddress {
-    unsigned long items; // where the block's items begin
-    long index;          // of its record in Pool_Blocks
-};
-
 constexpr long Bits_Per_Word = 32;
+constexpr unsigned long Page_Size = 4096;
+constexpr unsigned long Pages_Per_Leaf = 1024;
 
 constinit ItemPoolBlock *Pool_Blocks = nullptr;
 constinit long Pool_Block_Count = 0;
-// The blocks in the order of their addresses.
-constinit BlockAddress *Blocks_By_Address = nullptr;
+// The address space in pages, a leaf for 1,024 of them, and for each page the last block that lies in it, as
+// its index plus 1. A page is smaller than a block, so the block that an address lies in is the last one of
+// the address's page or of the page before.
+constinit long *Block_Map[1024] = {};
 // A bit for each block: set where Free_Top is not 0 and for the block that items go back to, because that one
 // gets them without a word. Bits that are set for nothing are cleared when a search meets them.
 constinit unsigned long *Free_Bits = nullptr;
@@ -52,41 +51,61 @@ void Set_Free_Bit(long index) {
     Free_Bits[index / Bits_Per_Word] |= 1ul << (index % Bits_Per_Word);
 }
 
-BlockAddress *First_Block_Behind(const CListItem *item) {
-    return std::upper_bound(
-        Blocks_By_Address, Blocks_By_Address + Pool_Block_Count, reinterpret_cast<unsigned long>(item),
-        [](unsigned long wanted, const BlockAddress &block) { return wanted < block.items; });
+unsigned long Page_Of(const void *address) {
+    return reinterpret_cast<unsigned long>(address) / Page_Size;
+}
+
+long *&Leaf_Of(unsigned long page) {
+    return Block_Map[page / Pages_Per_Leaf % 1024];
+}
+
+ItemPoolBlock *Last_Block_In(unsigned long page) {
+    const long *leaf = Leaf_Of(page);
+    const long number = leaf ? leaf[page % Pages_Per_Leaf] : 0;
+    return number != 0 ? Pool_Blocks + number - 1 : nullptr;
 }
 
 ItemPoolBlock *Block_Of(const CListItem *item) {
-    const BlockAddress *behind = First_Block_Behind(item);
-    if (behind == Blocks_By_Address) return nullptr;
-    ItemPoolBlock *block = Pool_Blocks + behind[-1].index;
-    return block->Holds(item) ? block : nullptr;
+    for (const unsigned long page : {Page_Of(item), Page_Of(item) - 1}) {
+        ItemPoolBlock *block = Last_Block_In(page);
+        if (block && block->Holds(item)) return block;
+    }
+    return nullptr;
+}
+
+bool Map_Block(const ItemPoolBlock &block) {
+    const unsigned long first = Page_Of(block.Items), last = Page_Of(block.Items + Items_Per_Block - 1);
+    for (unsigned long page = first; page <= last; ++page) {
+        long *&leaf = Leaf_Of(page);
+        if (!leaf) leaf = static_cast<long *>(std::calloc(Pages_Per_Leaf, sizeof(long)));
+        if (!leaf) return false;
+    }
+    for (unsigned long page = first; page <= last; ++page) {
+        long &number = Leaf_Of(page)[page % Pages_Per_Leaf];
+        if (page != last || number == 0) number = Pool_Block_Count + 1;
+    }
+    return true;
+}
+
+void Free_Block(const ItemPoolBlock &block) {
+    std::free(block.Items);
+    std::free(block.Free_Stack);
 }
 
 ItemPoolBlock Make_Block() {
-    auto *items = static_cast<CListItem *>(std::malloc(Items_Per_Block * sizeof(CListItem)));
-    auto **free_stack = static_cast<CListItem **>(std::malloc(Items_Per_Block * sizeof(CListItem *)));
-    if (!items || !free_stack) {
-        std::free(items);
-        std::free(free_stack);
+    const ItemPoolBlock block = {
+        static_cast<CListItem *>(std::malloc(Items_Per_Block * sizeof(CListItem))),
+        static_cast<CListItem **>(std::malloc(Items_Per_Block * sizeof(CListItem *))), Items_Per_Block - 1};
+    if (!block.Items || !block.Free_Stack) {
+        Free_Block(block);
         throw -1;
     }
-    for (long i = 0; i < Items_Per_Block; ++i) free_stack[i] = items + i;
-    return {items, free_stack, Items_Per_Block - 1};
-}
-
-ItemPoolBlock *Add_Record(const ItemPoolBlock &block) {
-    BlockAddress *place = First_Block_Behind(block.Items);
-    BlockAddress *end = Blocks_By_Address + Pool_Block_Count;
-    std::copy_backward(place, end, end + 1);
-    *place = {reinterpret_cast<unsigned long>(block.Items), Pool_Block_Count};
-    Set_Free_Bit(Pool_Block_Count);
-    ItemPoolBlock *record = Pool_Blocks + Pool_Block_Count;
-    *record = block;
-    ++Pool_Block_Count;
-    return record;
+    for (long i = 0; i < Items_Per_Block; ++i) block.Free_Stack[i] = block.Items + i;
+    if (!Map_Block(block)) {
+        Free_Block(block);
+        throw E_OUTOFMEMORY;
+    }
+    return block;
 }
 
 // An item in use has a null or an even address here.
@@ -129,9 +148,11 @@ void ListItemPool::Grow_Item_Pool() {
         return;
     }
     Grow_Records();
-    Grow_Table(Blocks_By_Address, Pool_Block_Count + 1);
     Grow_Free_Bits();
-    Front.Current_Pool_Block = Add_Record(Make_Block());
+    Pool_Blocks[Pool_Block_Count] = Make_Block();
+    Set_Free_Bit(Pool_Block_Count);
+    Front.Current_Pool_Block = Pool_Blocks + Pool_Block_Count;
+    ++Pool_Block_Count;
     if (!Front.Last_Return_Block) Front.Last_Return_Block = Front.Current_Pool_Block;
 }
 
@@ -149,12 +170,9 @@ void ListItemPool::Return_List_Item(CListItem *item) {
 }
 
 void ListItemPool::Free_Item_Pool() {
-    for (long i = 0; i < Pool_Block_Count; ++i) {
-        std::free(Pool_Blocks[i].Items);
-        std::free(Pool_Blocks[i].Free_Stack);
-    }
+    for (long i = 0; i < Pool_Block_Count; ++i) Free_Block(Pool_Blocks[i]);
+    for (long *&leaf : Block_Map) Free_Table(leaf);
     Free_Table(Pool_Blocks);
-    Free_Table(Blocks_By_Address);
     Free_Table(Free_Bits);
     Pool_Block_Count = 0;
     Front = {};

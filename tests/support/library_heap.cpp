@@ -27,6 +27,10 @@ void *Watched_Malloc(std::size_t size) {
     return Is_Refused() ? nullptr : Remember(std::malloc(size), size);
 }
 
+void *Watched_Calloc(std::size_t count, std::size_t size) {
+    return Is_Refused() ? nullptr : Remember(std::calloc(count, size), count * size);
+}
+
 void Forget(void *block) {
     std::erase_if(watch->live, [&](const auto &entry) { return entry.second == block; });
 }
@@ -46,6 +50,7 @@ void *Watched_Realloc(void *block, std::size_t size) {
 
 LibraryHeap::LibraryHeap()
     : malloc_("libkelmara.so", "malloc", reinterpret_cast<void *>(Watched_Malloc)),
+      calloc_("libkelmara.so", "calloc", reinterpret_cast<void *>(Watched_Calloc)),
       realloc_("libkelmara.so", "realloc", reinterpret_cast<void *>(Watched_Realloc)),
       free_("libkelmara.so", "free", reinterpret_cast<void *>(Watched_Free)) {
     watch = new Watch;

@@ -18,5 +18,5 @@ class LibraryHeap {
     static long Live_Blocks();
 
   private:
-    ReplacedImport malloc_, realloc_, free_;
+    ReplacedImport malloc_, calloc_, realloc_, free_;
 };
