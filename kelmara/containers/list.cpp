@@ -31,12 +31,6 @@ class NewBlock {
     void *m_Block;
 };
 
-// What `delete` does, without a virtual destructor.
-void Destroy(CDSList *list) {
-    list->~CDSList();
-    CDSList::operator delete(list);
-}
-
 CDSList *New_List() {
     try {
         return new CDSList;
@@ -105,7 +99,7 @@ unsigned long CDSList::AddRef() {
 unsigned long CDSList::Release() {
     if (Ref_Count == 0) return 0;
     if (--Ref_Count != 0) return Ref_Count;
-    Destroy(this);
+    Delete_List(this);
     return 0;
 }
 
@@ -439,7 +433,7 @@ CDSList *CDSList::Clone(long size) {
     for (CListItem *item = Head; item; item = item->Next) {
         if (clone->Add_Copy(item->Entry, size)) continue;
         clone->DeleteAllEntriesAsPointers(0);
-        Destroy(clone);
+        Delete_List(clone);
         return nullptr;
     }
     return clone;
@@ -450,7 +444,7 @@ CDSList *CDSList::ShallowClone() {
     if (!clone) return nullptr;
     for (CListItem *item = Head; item; item = item->Next) {
         if (clone->Add_Quietly(item->Entry)) continue;
-        Destroy(clone);
+        Delete_List(clone);
         return nullptr;
     }
     return clone;

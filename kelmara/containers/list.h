@@ -184,6 +184,14 @@ class KELMARA_API CDSList : public IListInterface {
 };
 static_assert(sizeof(CDSList) == 40);
 
+/// What `delete` does to a list made with `new` that nobody has a reference to; null is ignored. Compilers
+/// warn of `delete` itself, because the destructor is not virtual.
+inline void Delete_List(CDSList *list) {
+    if (!list) return;
+    list->~CDSList();
+    CDSList::operator delete(list);
+}
+
 // The three operations that most time goes into, inline for the usual case: a list that is exactly a CDSList,
 // neither locked nor about to be empty, and a pool block at hand. Everything else happens in the library.
 

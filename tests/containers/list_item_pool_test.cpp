@@ -116,14 +116,15 @@ TEST_F(Pool, ThrowsWhenMemoryRunsOut) {
 
 // --- beside a model of it ---------------------------------------------------------------------------------
 
-// Where blocks come to lie: close together, in any order. They are listed as they are given out.
+// Where blocks come to lie: close together, below and above those before. They are listed as they are given
+// out.
 constexpr long Most_Blocks = 64;
 char arena[Most_Blocks * Block_Bytes];
 std::vector<char *> blocks;
 
 void *Scattered_Malloc(std::size_t size) {
     if (size != Block_Bytes) return std::malloc(size);
-    const std::size_t place = blocks.size() * 37 % Most_Blocks;
+    const std::size_t place = (Most_Blocks - 1 - blocks.size()) ^ 1; // 62, 63, 60, 61 ...
     blocks.push_back(arena + place * Block_Bytes);
     return blocks.back();
 }

@@ -294,7 +294,7 @@ TEST_F(Lists, CloneAllOrNothing) {
     EXPECT_EQ(list.GetEntry(0, 0), list.GetEntry(3, 0));
     for (long n = 0; n < 3; ++n) list.Pop(0);
     clone->DeleteAllEntriesAsPointers(0);
-    for (CDSList *made : {clone, shallow}) made->AddRef(), made->Release();
+    for (CDSList *made : {clone, shallow, static_cast<CDSList *>(nullptr)}) Delete_List(made);
 
     EXPECT_EQ(list.Clone(-1), nullptr);
     for (long nth = 1; nth <= 3; ++nth) {
