@@ -8,3 +8,6 @@
 #else
 #define KELMARA_API
 #endif
+
+// Stands before a private operation of an exported class, which then stays inside the library.
+#define KELMARA_INTERNAL __attribute__((visibility("hidden")))

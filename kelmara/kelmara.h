@@ -2,7 +2,9 @@
 // Everything that the library exports.
 
 #include <kelmara/foundation/auto_deleteable_object.h>
+#include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>
 #include <kelmara/foundation/new_delete.h>
+#include <kelmara/foundation/pattern_string.h>
 #include <kelmara/shared_state/atom_table.h>
 #include <kelmara/shared_state/mutex_holder.h>
