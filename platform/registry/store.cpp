@@ -335,5 +335,5 @@ long RegistryStore::Open_Lock() {
 long RegistryStore::Why_Not_Writable() const {
     if (lock_error_) return lock_error_;
     if (block_error_) return block_error_;
-    return euidaccess(folder_.c_str(), W_OK) == 0 ? NO_ERROR : ERROR_ACCESS_DENIED;
+    return faccessat(AT_FDCWD, folder_.c_str(), W_OK, AT_EACCESS) == 0 ? NO_ERROR : ERROR_ACCESS_DENIED;
 }
