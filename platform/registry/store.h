@@ -12,10 +12,9 @@
 // does), `replica_lock_` (the replica stands still). The file's lock is held while waiting for the disk and
 // for nothing else.
 
-#include <platform/kernel/shared_block.h>
+#include <platform/registry/publication.h>
 #include <platform/registry/replica.h>
 
-#include <atomic>
 #include <mutex>
 
 class RegistryStore {
@@ -81,10 +80,9 @@ class RegistryStore {
     bool Follow(std::uint64_t published);
     long Look_At_File(std::unique_lock<std::mutex> &hold);
 
-    // The machine, its block and its lock.
+    // The machine and its lock.
     long Enter_Current_Machine();
     void Leave_Machine();
-    void Open_Block();
     long Open_Lock();
     long Why_Not_Writable() const;
 
@@ -96,7 +94,6 @@ class RegistryStore {
     bool Wants_Compaction() const;
     void Compact(std::unique_lock<std::mutex> &hold);
 
-    std::uint64_t Published() const;
     std::uint32_t Published_End() const;
     void Publish();
 
@@ -107,9 +104,8 @@ class RegistryStore {
     unsigned machine_ = 0;
     std::string folder_; // empty: the machine has none
     std::string path_;
-    std::unique_ptr<SharedBlock> block_;
-    std::atomic<std::uint64_t> *published_ = nullptr; // in the block: generation, end; 0 is unknown
-    long block_error_ = 0;
+    Publication publication_;
+    long publication_error_ = 0;
     FileDescriptor lock_file_;
     long lock_error_ = 0;
 

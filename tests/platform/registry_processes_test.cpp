@@ -112,12 +112,13 @@ TEST_F(RegistryProcesses, KeepWhatTheyHaveOpenWhenTheFileIsRewritten) {
     key.Set("counter", "0");
     for (const char *name : {"z", "a", ""}) beside.Set(name, name);
     RegDeleteKeyA(gone, "");
-    FILETIME before, after;
-    const auto Time_Of = [](HKEY of, FILETIME *time) {
-        return RegQueryInfoKeyA(of, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                nullptr, nullptr, time);
+    const auto Low_Time = [](HKEY of) {
+        FILETIME time = {};
+        EXPECT_EQ(RegQueryInfoKeyA(of, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                   nullptr, nullptr, &time),
+                  ERROR_SUCCESS);
+        return time.dwLowDateTime;
     };
-    EXPECT_EQ(Time_Of(beside, &before), ERROR_SUCCESS);
     SecondProcess peer("registry_peer"), reader("registry_reader");
     EXPECT_EQ(peer.Hear(), "ready");
     EXPECT_EQ(reader.Hear(), "ready");
@@ -136,21 +137,34 @@ TEST_F(RegistryProcesses, KeepWhatTheyHaveOpenWhenTheFileIsRewritten) {
     EXPECT_EQ(peer.Hear(), "0");
     EXPECT_EQ(key.Get("asleep meanwhile"), "asleep meanwhile");
     EXPECT_EQ(gone.Get(""), "(1018)");
-    EXPECT_THAT(TestKey("fresh").Values(), IsEmpty());
-    EXPECT_EQ(gone.Get(""), "(1018)") << "the number of a deleted key is not given out again";
     peer.Kill();
     peer.Wait();
 
+    const DWORD key_time = Low_Time(key), sub_time = Low_Time(beside);
     Compact(1);
     ASSERT_TRUE(Enter_Machine(machine.Folder().c_str()));
     const TestKey again("shared");
     EXPECT_EQ(again.Get("constant"), "constant");
     EXPECT_EQ(again.Get("filler"), filler);
     EXPECT_THAT(TestKey("shared\\sub").Values(), ElementsAre("z", "a", ""));
-    EXPECT_EQ(Time_Of(TestKey("shared\\sub"), &after), ERROR_SUCCESS);
-    EXPECT_EQ(before.dwLowDateTime, after.dwLowDateTime) << "a rewriting is no change";
+    EXPECT_EQ(Low_Time(again), key_time) << "a rewriting is no change";
+    EXPECT_EQ(Low_Time(TestKey("shared\\sub")), sub_time);
     EXPECT_THAT(again.Subkeys(), ElementsAre("Sub"));
     EXPECT_FALSE(std::filesystem::exists(machine.Path(File) + std::string(".new")));
+}
+
+TEST_F(RegistryProcesses, NeverTakeAFreshKeyForADeletedOne) {
+    TestKey("churn");
+    SecondProcess holder("registry_peer");
+    EXPECT_EQ(holder.Hear(), "ready");
+    EXPECT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "shared"), ERROR_SUCCESS);
+    Compact(1); // nothing in the file tells of the deleted key any more
+    SecondProcess maker("registry_peer");
+    EXPECT_EQ(maker.Hear(), "ready");
+    maker.Tell("set value");
+    EXPECT_EQ(maker.Hear(), "0");
+    holder.Tell("get value");
+    EXPECT_EQ(holder.Hear(), "(1018)");
 }
 
 TEST_F(RegistryProcesses, LeaveNothingOpen) {
@@ -248,7 +262,8 @@ class WriterSlot {
 
     const std::string name_, filler_;
     std::vector<int> told_; // of each name the last number that is set
-    int last_ = -1, count_ = 0;
+    int last_ = -1;
+    std::atomic<int> count_{0};
     std::mutex lock_; // of what follows
     std::unique_ptr<SecondProcess> writer_;
     bool ending_ = false;
@@ -278,7 +293,9 @@ TEST_F(RegistryProcesses, KeepEveryValueThoughKilledWhileRewriting) {
     WriterSlot writer(0, 4000);
     std::srand(11);
     for (int round = 0; round < 40; ++round) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10 + std::rand() % 20));
+        const int enough = writer.Told() + 20;
+        while (writer.Told() < enough) std::this_thread::sleep_for(1ms);
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::rand() % 20));
         writer.Kill();
     }
     writer.Kill(true);

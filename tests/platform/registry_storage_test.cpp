@@ -85,6 +85,24 @@ TEST_F(RegistryStorage, GivesBackAllThatWasSet) {
     EXPECT_EQ(status.st_mode & 0777, 0700u);
 }
 
+TEST_F(RegistryStorage, ComesBackWhenItsFolderIsDeletedUnderAProgram) {
+    const TestKey key("key");
+    key.Set("value", "value");
+    for (const char *deleted : {"registry/registry.log", "registry/registry.lock", "registry"}) {
+        std::filesystem::remove_all(machine.Path(deleted));
+        EXPECT_EQ(key.Set("set", deleted), ERROR_SUCCESS) << deleted;
+        SecondProcess peer("registry_peer"); // a fresh process reads what is stored now
+        EXPECT_EQ(peer.Hear(), "ready");
+        EXPECT_EQ(key.Get("value"), "value");
+        peer.Kill();
+        peer.Wait();
+    }
+    Reopen();
+    EXPECT_EQ(TestKey("key").Get("value"), "value");
+    EXPECT_EQ(TestKey("key").Get("set"), "registry");
+    EXPECT_THAT(TestKey("shared").Values(), IsEmpty());
+}
+
 TEST_F(RegistryStorage, LosesNoMoreThanACutOrFlippedLastRecord) {
     TestKey("key").Set("kept", "kept");
     const std::size_t before = Stored().size();
@@ -105,6 +123,7 @@ TEST_F(RegistryStorage, LosesNoMoreThanACutOrFlippedLastRecord) {
         const TestKey key("key");
         EXPECT_THAT(key.Values(), ElementsAre("kept"));
         EXPECT_EQ(key.Set("next", "next"), ERROR_SUCCESS);
+        EXPECT_EQ(Stored().size(), whole.size()) << "a writer does";
         Reopen();
         EXPECT_THAT(TestKey("key").Values(), ElementsAre("kept", "next"));
         EXPECT_EQ(TestKey("key").Get("kept"), "kept");
@@ -183,6 +202,10 @@ TEST_F(RegistryStorage, TakesNoImageOfARecordForOne) {
     }
     Store(image + whole.substr(Header_Size));
     EXPECT_EQ(TestKey("key").Get("value"), "old") << "moved records are none";
+    Store("");
+    TestKey("other");
+    Store(Stored().substr(0, Header_Size) + whole.substr(Header_Size));
+    EXPECT_THAT(TestKey("", HKEY_CURRENT_USER).Subkeys(), IsEmpty()) << "nor are those of another file";
 }
 
 TEST_F(RegistryStorage, RefusesAFileThatIsNoRegistryAndLeavesItAlone) {
