@@ -31,8 +31,22 @@ RegistryStore &RegistryStore::Of_This_Process() {
 
 RegistryStore::Reading::Reading()
     : store_(Of_This_Process()),
-      hold_(store_.replica_lock_),
+      hold_(store_.Hold_For_Reading()),
       error_(store_.Is_Current() ? NO_ERROR : store_.Look_At_File(hold_)) {}
+
+std::unique_lock<std::mutex> RegistryStore::Hold_For_Reading() {
+    if (writer_waits_.load(std::memory_order_relaxed)) {
+        std::lock_guard turn(turn_);
+    }
+    return std::unique_lock(replica_lock_);
+}
+
+void RegistryStore::Hold_Before_Readers(std::unique_lock<std::mutex> &hold) {
+    std::lock_guard turn(turn_);
+    writer_waits_.store(true, std::memory_order_relaxed);
+    hold.lock();
+    writer_waits_.store(false, std::memory_order_relaxed);
+}
 
 bool RegistryStore::Is_Current() {
     if (!publication_ || !replica_.file || machine_ != Machine_Serial()) return false;
@@ -64,12 +78,12 @@ bool RegistryStore::Follow(std::uint64_t published) {
 long RegistryStore::Look_At_File(std::unique_lock<std::mutex> &hold) {
     hold.unlock();
     std::lock_guard writers(writers_);
-    hold.lock();
+    Hold_Before_Readers(hold);
     if (const long error = Enter_Current_Machine()) return error;
     hold.unlock();
     Writing::FileLock file_lock;
     const bool locked = lock_file_ && file_lock.Take(lock_file_.Get());
-    hold.lock();
+    Hold_Before_Readers(hold);
     const long error = Settle(locked);
     if (!error && !replica_.file && locked && !Why_Not_Writable()) (void)Rewrite(hold);
     return error;
@@ -88,14 +102,18 @@ RegistryStore::Writing::FileLock::~FileLock() {
 }
 
 RegistryStore::Writing::Writing()
-    : store_(Of_This_Process()), writers_(store_.writers_), hold_(store_.replica_lock_), error_(Begin()) {}
+    : store_(Of_This_Process()),
+      writers_(store_.writers_),
+      hold_(store_.replica_lock_, std::defer_lock),
+      error_(Begin()) {}
 
 long RegistryStore::Writing::Begin() {
+    store_.Hold_Before_Readers(hold_);
     if (const long error = store_.Enter_Current_Machine()) return error;
     if (const long error = store_.Why_Not_Writable()) return error;
     hold_.unlock();
     const bool locked = file_lock_.Take(store_.lock_file_.Get());
-    hold_.lock();
+    store_.Hold_Before_Readers(hold_);
     if (!locked) return ERROR_ACCESS_DENIED;
     if (const long error = store_.Settle(true)) return error;
     if (!store_.replica_.file) return store_.Rewrite(hold_);
@@ -165,7 +183,7 @@ long RegistryStore::Rewrite(std::unique_lock<std::mutex> &hold) {
     if (written.error) return written.error;
     hold.unlock();
     const long error = Put_In_Place(path_, *written.file);
-    hold.lock();
+    Hold_Before_Readers(hold);
     if (error) return error;
     replica_.file = std::move(written.file);
     replica_.end = file_size_ = written.end;

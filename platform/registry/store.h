@@ -9,8 +9,8 @@
 // file is looked at under the lock. A writer never trusts the block about where the records end.
 //
 // Locks are taken in this order: `writers_` (one thread of this process writes), the lock file's (one process
-// does), `replica_lock_` (the replica stands still). The file's lock is held while waiting for the disk and
-// for nothing else.
+// does), `replica_lock_` (the replica stands still). The file's lock is held while waiting for the disk, and
+// at most for the one reader of this process who has the replica just then.
 
 #include <platform/registry/publication.h>
 #include <platform/registry/replica.h>
@@ -75,6 +75,10 @@ class RegistryStore {
     void Let_Go();
 
   private:
+    // The replica's lock: who is about to write goes before those who only read.
+    std::unique_lock<std::mutex> Hold_For_Reading();
+    void Hold_Before_Readers(std::unique_lock<std::mutex> &hold);
+
     // Reading.
     bool Is_Current();
     bool Follow(std::uint64_t published);
@@ -99,6 +103,8 @@ class RegistryStore {
 
     std::mutex writers_;
     std::mutex replica_lock_;
+    std::mutex turn_; // readers wait here while `writer_waits_`
+    std::atomic<bool> writer_waits_{false};
 
     // Changed by who holds both locks, so that either of them is enough to read.
     unsigned machine_ = 0;
