@@ -1,3 +1,0 @@
-#include <kelmara/foundation/auto_deleteable_object.h>
-
-CAutoDeleteableObject::~CAutoDeleteableObject() = default;
