@@ -11,3 +11,6 @@
 #define KELMARA_API
 #define KELMARA_INLINE inline
 #endif
+
+// Stands before a private operation of an exported class, which then stays inside the library.
+#define KELMARA_INTERNAL __attribute__((visibility("hidden")))

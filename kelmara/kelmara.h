@@ -2,8 +2,10 @@
 // Everything that the library exports.
 
 #include <kelmara/foundation/auto_deleteable_object.h>
+#include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>
 #include <kelmara/foundation/new_delete.h>
+#include <kelmara/foundation/pattern_string.h>
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/foundation/string_helpers.h>
 #include <kelmara/foundation/token_string.h>

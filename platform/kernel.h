@@ -78,13 +78,16 @@ inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;
 /// Loads a module by its Windows path, or by its bare name from the folders of the search order: the
 /// program's, the current one, the system's, the Windows folder, the PATH. Letter case does not matter. A
 /// name without an ending gets ".dll"; where the host has the module as `name.so` or `libname.so`, that is
-/// it. Loading again counts, and gives the same handle. Null on failure: ERROR_MOD_NOT_FOUND,
-/// ERROR_BAD_EXE_FORMAT for what is no module of this word size, ERROR_DLL_INIT_FAILED when the module's
-/// own `DllMain(module, 1, null)` said no.
+/// it. A bare name that is loaded already is that module, wherever it lies; "kernel32", "advapi32" and
+/// "user32" are the machine's own. Loading again counts, and gives the same handle. Null on failure:
+/// ERROR_MOD_NOT_FOUND, also for what a module itself needs (the debugger's sink hears what),
+/// ERROR_BAD_EXE_FORMAT for what is no module of this word size or is cut short, ERROR_DLL_INIT_FAILED when
+/// the module's own `DllMain(module, 1, null)` threw or said no; one that said no hears reason 0 at once.
+/// DllMain may load and free others, but must not wait for a thread that does.
 PLATFORM_API HMODULE LoadLibraryA(LPCSTR path);
 
 /// LoadLibraryA with flags. With LOAD_LIBRARY_AS_DATAFILE nothing of the module runs and nothing of it can
-/// be looked up: the handle says that it is there.
+/// be looked up: the handle says that it is there. With DONT_RESOLVE_DLL_REFERENCES its DllMain is not told.
 PLATFORM_API HMODULE LoadLibraryExA(LPCSTR path, HANDLE reserved, DWORD flags);
 
 /// An export of that module itself, not of what it depends on. Null and ERROR_PROC_NOT_FOUND when there is
@@ -95,11 +98,30 @@ PLATFORM_API FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 PLATFORM_API HMODULE GetModuleHandleA(LPCSTR name);
 
 /// The module's Windows path, at most `size` bytes with its terminator; cut and terminated when it does not
-/// fit, and then `size` is the result. Otherwise the length; 0 on failure. Null module: the program.
+/// fit, and then `size` is the result and ERROR_INSUFFICIENT_BUFFER the last error. Otherwise the length; 0
+/// on failure. Null module: the program.
 PLATFORM_API DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size);
 
-/// Takes back one load; with the last, `DllMain(module, 0, null)` runs and the module goes.
+/// Takes back one load; with the last, `DllMain(module, 0, null)` runs and the module goes. FALSE and
+/// ERROR_MOD_NOT_FOUND for what LoadLibraryA did not load, or no longer holds.
 PLATFORM_API BOOL FreeLibrary(HMODULE module);
+
+// --- wide and narrow text ---------------------------------------------------------------------------------
+
+inline constexpr UINT CP_ACP = 0; // the default code page, which is 1252
+
+/// Both convert `length` characters, a terminator among them being like any other, or with -1 all up to the
+/// terminator and with it. `size` is the room in `out` in characters; with 0 nothing is written. The number
+/// of characters that the result takes. 0 and nothing written on failure: ERROR_INSUFFICIENT_BUFFER when it
+/// does not fit; ERROR_INVALID_PARAMETER for a code page other than 0 and 1252, a length of 0 or below -1, a
+/// size below 0, no text, no `out` for it, or an `out` that is the text; ERROR_INVALID_FLAGS for any flag.
+/// Every byte has its wide character and comes back as it was. What the code page does not have becomes the
+/// first byte of `replacement`, '?' when that is null, and `*replaced` tells whether that happened; it may be
+/// null.
+PLATFORM_API int WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR *text, int length, LPSTR out,
+                                     int size, LPCSTR replacement, BOOL *replaced);
+PLATFORM_API int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR text, int length, WCHAR *out,
+                                     int size);
 
 // --- the process ------------------------------------------------------------------------------------------
 

@@ -25,20 +25,26 @@ PLATFORM_API bool Enter_Machine(const char *folder);
 /// this user.
 PLATFORM_API bool Remove_Machine(const char *folder);
 
-/// A setting of `machine.conf`, lines of "name = value" with "#" before remarks; names without regard to
-/// case. Copied to `out` with its terminator. False, and `out` untouched, when it is not set or does not fit.
+/// A setting of `machine.conf`, lines of "name = value" with "#" before remarks, at a line's start or behind
+/// a blank; names without regard to case, the last line of a name counts. Copied to `out` with its
+/// terminator. False, and `out` untouched, when it is not set or does not fit. Other lines are skipped, and
+/// reported once; a file of more than a megabyte is left aside.
 PLATFORM_API bool Get_Machine_Setting(const char *name, char *out, unsigned long size);
 
 /// Lets `value` stand for the setting in this process; null goes back to the file.
 PLATFORM_API void Override_Machine_Setting(const char *name, const char *value);
 
 /// Where a Windows path lies on the host; "c:\..." is below `drive_c` in the machine's folder, "z:\..." the
-/// host's own root. Letter case, doubled and forward slashes do not matter; relative paths count from the
-/// process's current directory. Parts that do not exist keep the spelling they are given. False with the
-/// last error set when the drive is not there or the path does not fit.
+/// host's own root, and "d:\..." below `drive_d` when that folder is there or machine.conf has a setting
+/// "drive_d". Letter case, doubled and forward slashes do not matter; relative paths count from the process's
+/// current directory. Parts that do not exist keep the spelling they are given. False, `out` untouched, when
+/// the path is empty or its drive is not there (ERROR_PATH_NOT_FOUND), has characters that no name can have
+/// (ERROR_INVALID_NAME), begins with two separators (ERROR_BAD_NETPATH) or does not fit
+/// (ERROR_FILENAME_EXCED_RANGE).
 PLATFORM_API bool Host_Path(const char *windows_path, char *out, unsigned long size);
 
-/// The way back. What lies on no other drive is on z:.
+/// The way back. What lies on no other drive is on z:. What code page 1252 does not have becomes '?', and so
+/// does what no Windows name can have; such a path does not lead back.
 PLATFORM_API bool Windows_Path(const char *host_path, char *out, unsigned long size);
 
 /// Answers message boxes instead of standard error; null restores that. `context` is handed through.

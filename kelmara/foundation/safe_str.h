@@ -142,7 +142,7 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
 
   protected:
     /// An empty text inside the object.
-    void Init() {
+    KELMARA_INLINE void Init() {
         Data = Inline_Buffer;
         Inline_Buffer[0] = '\0';
     }
@@ -155,11 +155,11 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
 
     bool Copy_Short_Text(const char *source);
     void Copy_Any_Text(const char *text);
-    void Reserve(std::size_t length) const;
-    const char *Reserve_Beside(const char *source, std::size_t length) const;
-    std::size_t Capacity() const;
-    bool Splice(std::size_t at, std::size_t removed, const char *inserted, std::size_t inserted_length);
-    void Take_Token(const char *start, std::size_t length);
+    KELMARA_INTERNAL void Reserve(std::size_t length) const;
+    KELMARA_INTERNAL const char *Reserve_Beside(const char *source, std::size_t length) const;
+    KELMARA_INTERNAL std::size_t Capacity() const;
+    KELMARA_INTERNAL bool Splice(std::size_t at, std::size_t removed, const char *inserted, std::size_t inserted_length);
+    KELMARA_INTERNAL void Take_Token(const char *start, std::size_t length);
 
     unsigned long Signature = 0xCAFEBABE;    // offset 4
     mutable char *Data;                      // offset 8, Inline_Buffer or Heap_Block

@@ -37,8 +37,8 @@ class KELMARA_API CTokenString : public CAutoDeleteableObject {
   private:
     friend struct TokenStringLayout;
 
-    void Skip_Leading_Spaces();
-    void Cut_Trailing_Spaces(long start, long end);
+    KELMARA_INTERNAL void Skip_Leading_Spaces();
+    KELMARA_INTERNAL void Cut_Trailing_Spaces(long start, long end);
 
     char *Text;             // offset 4, borrowed
     char Default_Delimiter; // offset 8

@@ -60,9 +60,18 @@ constexpr std::size_t Bounded_Size(long size) {
     return static_cast<std::size_t>(size < Atom_Data_Size ? size : Atom_Data_Size);
 }
 
+// A whole atom is the usual size, which the compiler copies in place.
+void Copy_Out(char *to, const char *from, long size) {
+    if (!to) return;
+    if (size >= Atom_Data_Size)
+        std::memcpy(to, from, Atom_Data_Size);
+    else
+        std::memcpy(to, from, Bounded_Size(size));
+}
+
 // The caller's bytes may be those of an atom, handed to it by an iteration.
-void Copy_Bytes(char *to, const char *from, long size) {
-    if (to && from) std::memmove(to, from, Bounded_Size(size));
+void Copy_In(char *to, const char *from, long size) {
+    if (from) std::memmove(to, from, Bounded_Size(size));
 }
 
 // The atoms that the chain leads to, oldest first; how many.
@@ -155,21 +164,20 @@ long CAtomTable::Attach_To_Block() {
     m_Mapping = mapping;
     m_Header = static_cast<AtomTableHeader *>(view);
     m_Records = reinterpret_cast<AtomRecord *>(static_cast<char *>(view) + sizeof(AtomTableHeader));
-    if (error == NO_ERROR)
-        Make_Fresh();
-    else if (m_Records[0].Reserved)
-        Repair();
+    if (error == NO_ERROR || m_Records[Last_Slot].Slot != Last_Slot) Make_Fresh();
+    if (m_Records[0].Reserved) Repair();
     return 0;
 }
 
-// The block is zero-filled when it comes here.
+// The block is zero-filled when it comes here, but for what a process wrote that was killed at this work. The
+// last record's number says that it is done.
 void CAtomTable::Make_Fresh() {
     m_Header->Head = None;
     m_Header->Tail = None;
-    for (long i = 0; i < Atom_Capacity; ++i) {
-        m_Header->FreeSlots[i] = i;
-        m_Records[i].Slot = i;
-    }
+    for (long i = 0; i < Atom_Capacity; ++i) m_Header->FreeSlots[i] = i;
+    for (long i = 0; i < Last_Slot; ++i) m_Records[i].Slot = i;
+    End_Step();
+    m_Records[Last_Slot].Slot = Last_Slot;
 }
 
 // Makes everything anew that follows from the chain. May itself be cut short: the links that it writes lead
@@ -225,7 +233,7 @@ long CAtomTable::New_Atom(long group, long id, const char *data, long size) {
     record.Id = id;
     record.Prev = m_Header->Tail;
     record.Next = None;
-    Copy_Bytes(record.Data, data, size);
+    Copy_In(record.Data, data, size);
     record.InUse = 1;
     End_Step();
     if (Is_Slot(record.Prev)) m_Records[record.Prev].Next = slot;
@@ -268,14 +276,14 @@ bool CAtomTable::Get_Atom_Data(long group, long id, char *buffer, long size) {
     if (!Take_Lock(lock)) return false;
     const long slot = Get_Atom_Index(group, id);
     if (slot == None) return false;
-    Copy_Bytes(buffer, m_Records[slot].Data, size);
+    Copy_Out(buffer, m_Records[slot].Data, size);
     return true;
 }
 
 bool CAtomTable::Get_Atom_Data(long slot, char *buffer, long size) {
     CMutexHolder lock;
     if (!Take_Lock(lock) || !Holds_Atom(slot)) return false;
-    Copy_Bytes(buffer, m_Records[slot].Data, size);
+    Copy_Out(buffer, m_Records[slot].Data, size);
     return true;
 }
 
@@ -284,14 +292,14 @@ bool CAtomTable::Set_Atom_Data(long group, long id, const char *data, long size)
     if (!Take_Lock(lock)) return false;
     const long slot = Get_Atom_Index(group, id);
     if (slot == None) return false;
-    Copy_Bytes(m_Records[slot].Data, data, size);
+    Copy_In(m_Records[slot].Data, data, size);
     return true;
 }
 
 bool CAtomTable::Set_Atom_Data(long slot, const char *data, long size) {
     CMutexHolder lock;
     if (!Take_Lock(lock) || !Holds_Atom(slot)) return false;
-    Copy_Bytes(m_Records[slot].Data, data, size);
+    Copy_In(m_Records[slot].Data, data, size);
     return true;
 }
 

@@ -89,12 +89,12 @@ class KELMARA_API CAtomTable : public CAutoDeleteableObject {
     void Release_Atom(long slot);
 
   private:
-    bool Take_Lock(CMutexHolder &lock);
-    bool Holds_Atom(long slot) const;
-    long Attach_To_Block();
-    void Make_Fresh();
-    void Repair();
-    void Detach();
+    KELMARA_INTERNAL bool Take_Lock(CMutexHolder &lock);
+    KELMARA_INTERNAL bool Holds_Atom(long slot) const;
+    KELMARA_INTERNAL long Attach_To_Block();
+    KELMARA_INTERNAL void Make_Fresh();
+    KELMARA_INTERNAL void Repair();
+    KELMARA_INTERNAL void Detach();
 
     AtomTableHeader *m_Header = nullptr;
     AtomRecord *m_Records = nullptr;

@@ -29,10 +29,10 @@ void Tell_Debugger_Of_Delay(unsigned seconds) {
     OutputDebugStringA(line);
 }
 
-bool Wait_In_Rounds(HANDLE mutex) {
+// Goes on after a first round that did not bring the lock.
+[[gnu::noinline]] bool Wait_In_Rounds(HANDLE mutex, DWORD result) {
     unsigned seconds = 0;
-    for (int failures = 0; failures < Most_Failures;) {
-        const DWORD result = WaitForSingleObject(mutex, Round_Milliseconds);
+    for (int failures = 0;; result = WaitForSingleObject(mutex, Round_Milliseconds)) {
         if (Owns_After(result)) return true;
         if (result == WAIT_TIMEOUT) {
             seconds += Round_Milliseconds / 1000;
@@ -40,16 +40,9 @@ bool Wait_In_Rounds(HANDLE mutex) {
             failures = 0;
         } else {
             Tell_Debugger_Of_Failure("");
-            ++failures;
+            if (++failures == Most_Failures) return false;
         }
     }
-    return false;
-}
-
-bool Wait_Once(HANDLE mutex, long timeout) {
-    if (Owns_After(WaitForSingleObject(mutex, static_cast<DWORD>(timeout)))) return true;
-    Tell_Debugger_Of_Failure("Non Infinite Wait ");
-    return false;
 }
 
 } // namespace
@@ -61,7 +54,15 @@ CMutexHolder::~CMutexHolder() {
 void CMutexHolder::Acquire(HANDLE mutex, long timeout) {
     if (m_Held) return;
     if (mutex) m_Mutex = mutex;
-    m_Held = timeout == Infinite ? Wait_In_Rounds(m_Mutex) : Wait_Once(m_Mutex, timeout);
+    const bool in_rounds = timeout == Infinite;
+    const DWORD result =
+        WaitForSingleObject(m_Mutex, in_rounds ? Round_Milliseconds : static_cast<DWORD>(timeout));
+    m_Held = Owns_After(result);
+    if (m_Held) return;
+    if (in_rounds)
+        m_Held = Wait_In_Rounds(m_Mutex, result);
+    else
+        Tell_Debugger_Of_Failure("Non Infinite Wait ");
 }
 
 long Get_Mutex(void *mutex, long timeout) {

@@ -6,13 +6,10 @@
 #include <mutex>
 #include <new>
 
+constinit std::atomic<HandleSlot *> handle_chunks[Most_Chunks];
+
 namespace {
 
-constexpr unsigned Slots_Per_Chunk = 1024;
-constexpr unsigned Most_Chunks = 1024;
-constexpr unsigned Open_Bit = 0x80000000u;
-
-constinit std::atomic<HandleSlot *> chunks[Most_Chunks];
 constinit std::atomic<unsigned long> open_handles{0};
 
 // Guards the free slots. They are used again first in, first out, so that a stale handle stays refused for
@@ -39,7 +36,7 @@ bool Add_Chunk() {
         chunk[i].index = chunk_count * Slots_Per_Chunk + i;
         Append_Free(&chunk[i]);
     }
-    chunks[chunk_count++].store(chunk, std::memory_order_release);
+    handle_chunks[chunk_count++].store(chunk, std::memory_order_release);
     return true;
 }
 
@@ -52,21 +49,9 @@ HandleSlot *Take_Free_Slot() {
     return slot;
 }
 
-// Handles are 4, 8, 12 and so on: slot 0 is handle 4.
 HANDLE Handle_Of(const HandleSlot &slot) {
     return reinterpret_cast<HANDLE>((slot.index + 1) * 4);
 }
-
-HandleSlot *Slot_Of(const void *handle) {
-    const auto value = reinterpret_cast<std::uintptr_t>(handle);
-    if (value == 0 || value % 4 != 0) return nullptr;
-    const std::uintptr_t index = value / 4 - 1;
-    if (index >= Slots_Per_Chunk * Most_Chunks) return nullptr;
-    HandleSlot *chunk = chunks[index / Slots_Per_Chunk].load(std::memory_order_acquire);
-    return chunk ? &chunk[index % Slots_Per_Chunk] : nullptr;
-}
-
-constexpr std::uintptr_t Kind_Mask = alignof(KernelObject) - 1;
 
 std::uintptr_t Tagged(KernelObject *object) {
     return reinterpret_cast<std::uintptr_t>(object) | static_cast<std::uintptr_t>(object->Kind());
@@ -161,13 +146,6 @@ bool Close_Any_Handle(const void *handle) {
     if (!slot || !Begin_Close(slot)) return false;
     Drop_Use(slot);
     return true;
-}
-
-KernelObject *Peek_Handle(const void *handle, ObjectKind kind) {
-    HandleSlot *slot = Slot_Of(handle);
-    if (!slot) return nullptr;
-    const std::uintptr_t object = slot->object.load(std::memory_order_acquire);
-    return Is_Of_Kind(object, kind) ? Untagged(object) : nullptr;
 }
 
 extern "C" {

@@ -73,6 +73,32 @@ HANDLE Open_Handle(KernelObject *object);
 bool Close_Handle_Of_Kind(const void *handle, ObjectKind kind);
 bool Close_Any_Handle(const void *handle);
 
+inline constexpr unsigned Slots_Per_Chunk = 1024;
+inline constexpr unsigned Most_Chunks = 1024;
+inline constexpr unsigned Open_Bit = 0x80000000u;
+inline constexpr std::uintptr_t Kind_Mask = alignof(KernelObject) - 1;
+
+/// The table: chunks of slots, filled from the front. Handles are 4, 8, 12 and so on; slot 0 is handle 4.
+extern std::atomic<HandleSlot *> handle_chunks[Most_Chunks];
+
+inline HandleSlot *Slot_Of(const void *handle) {
+    const auto value = reinterpret_cast<std::uintptr_t>(handle);
+    const std::uintptr_t index = value / 4 - 1; // of null: beyond the table
+    if (value % 4 != 0 || index >= Slots_Per_Chunk * Most_Chunks) return nullptr;
+    HandleSlot *chunk = handle_chunks[index / Slots_Per_Chunk].load(std::memory_order_acquire);
+    return chunk ? &chunk[index % Slots_Per_Chunk] : nullptr;
+}
+
 /// The object without holding on to it, for kinds whose objects are never given back to the heap: null when
 /// the handle is not open or of another kind.
-KernelObject *Peek_Handle(const void *handle, ObjectKind kind);
+inline KernelObject *Peek_Slot(const HandleSlot &slot, ObjectKind kind) {
+    const std::uintptr_t object = slot.object.load(std::memory_order_acquire);
+    const bool open = slot.state.load(std::memory_order_acquire) & Open_Bit;
+    if (!open || (object & Kind_Mask) != static_cast<std::uintptr_t>(kind)) return nullptr;
+    return reinterpret_cast<KernelObject *>(object & ~Kind_Mask);
+}
+
+inline KernelObject *Peek_Handle(const void *handle, ObjectKind kind) {
+    const HandleSlot *slot = Slot_Of(handle);
+    return slot ? Peek_Slot(*slot, kind) : nullptr;
+}

@@ -4,6 +4,7 @@
 #include <platform/machine.h>
 
 #include <string>
+#include <string_view>
 
 /// Counts the machines that this process has entered. What is kept of a machine is thrown away when the
 /// number has moved on.
@@ -21,3 +22,6 @@ long Make_Private_Folder(const std::string &path);
 
 /// A line for whoever looks after the machine, on standard error: "kelmara machine: ...".
 void Report_Machine_Trouble(const std::string &text);
+
+/// A setting as Get_Machine_Setting finds it; false and `value` untouched when it is not set.
+bool Find_Machine_Setting(std::string_view name, std::string &value);

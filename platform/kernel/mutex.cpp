@@ -4,12 +4,13 @@
 // its process ends; the next waiter is told and puts the lock in order. Should it end before that, the one
 // after it is told the same.
 //
-// Waiting and releasing are the fast path of every shared table, so an object here is never given back to the
-// heap: it is put aside and used again. A release can therefore look at the object behind a handle without
-// counting itself in. What must not happen is that the shared page goes away under a lock that a thread of
-// this process still owns, with the kernel's list leading through it. An object whose last handle closes
-// while it is owned here lingers until its owner lets go or has ended.
+// Waiting and releasing are the fast path of every shared table, so neither counts itself in at the object
+// unless it has to wait. An object is never given back to the heap: it is put aside and used again. What must
+// not happen is that the shared page goes away under a thread of this process that is taking the lock
+// (AnnouncedUse tells), or owns it, with the kernel's list leading through the page. An object whose last
+// handle closes meanwhile lingers until that thread lets go or has ended.
 
+#include <platform/kernel/announced_use.h>
 #include <platform/kernel/named_objects.h>
 
 #include <platform/kernel.h>
@@ -24,14 +25,21 @@
 
 namespace {
 
-constinit thread_local char this_thread = 0; // its address is the thread's identity within the process
+[[gnu::tls_model("initial-exec")]] constinit thread_local char this_thread =
+    0; // its address is the thread's identity within the process
 
 class MutexObject final : public NamedObject {
   public:
     MutexObject() : NamedObject(ObjectKind::Mutex) {}
 
+    /// False when another thread owns it.
+    bool Try(DWORD &result);
     DWORD Wait(DWORD milliseconds);
     BOOL Release_By_Owner();
+    void Finish_If_Lingering() {
+        if (lingering_.load(std::memory_order_acquire)) [[unlikely]]
+            Finish();
+    }
 
     static NamedObject *Make(std::unique_ptr<SharedBlock> block);
     static void Sweep_Lingering();
@@ -41,8 +49,10 @@ class MutexObject final : public NamedObject {
     void Last_Released() override;
     void Take(std::unique_ptr<SharedBlock> block, pthread_mutex_t *lock);
     void Put_Aside();
-    bool Owned_In_This_Process() const;
-    void Finish_If_Lingering();
+    DWORD Outcome(int locked);
+    [[gnu::noinline]] DWORD Unusual_Outcome(int locked);
+    bool In_Use_By_This_Process() const;
+    void Finish();
 
     std::unique_ptr<SharedBlock> block_;
     pthread_mutex_t *lock_ = nullptr; // in the block
@@ -86,25 +96,23 @@ timespec Deadline_After(DWORD milliseconds) {
 }
 
 int Lock(pthread_mutex_t *lock, DWORD milliseconds) {
-    const int tried = pthread_mutex_trylock(lock);
-    if (tried != EBUSY) return tried;
-    if (milliseconds == 0) return ETIMEDOUT;
     if (milliseconds == INFINITE) return pthread_mutex_lock(lock);
     const timespec deadline = Deadline_After(milliseconds);
     return pthread_mutex_clocklock(lock, CLOCK_MONOTONIC, &deadline);
 }
 
-DWORD MutexObject::Wait(DWORD milliseconds) {
-    const int result = Lock(lock_, milliseconds);
-    switch (result) {
-    case 0:
-        if (owner_.load(std::memory_order_relaxed) == &this_thread) {
-            ++depth_;
-        } else {
-            owner_.store(&this_thread, std::memory_order_relaxed);
-            depth_ = 1;
-        }
+DWORD MutexObject::Outcome(int locked) {
+    if (locked == 0) [[likely]] {
+        if (owner_.load(std::memory_order_relaxed) != &this_thread) depth_ = 0;
+        owner_.store(&this_thread, std::memory_order_relaxed);
+        ++depth_;
         return WAIT_OBJECT_0;
+    }
+    return Unusual_Outcome(locked);
+}
+
+DWORD MutexObject::Unusual_Outcome(int locked) {
+    switch (locked) {
     case EOWNERDEAD:
         pthread_mutex_consistent(lock_);
         owner_.store(&this_thread, std::memory_order_relaxed);
@@ -116,6 +124,17 @@ DWORD MutexObject::Wait(DWORD milliseconds) {
         SetLastError(ERROR_INVALID_HANDLE);
         return WAIT_FAILED;
     }
+}
+
+bool MutexObject::Try(DWORD &result) {
+    const int locked = pthread_mutex_trylock(lock_);
+    if (locked == EBUSY) return false;
+    result = Outcome(locked);
+    return true;
+}
+
+DWORD MutexObject::Wait(DWORD milliseconds) {
+    return Outcome(Lock(lock_, milliseconds));
 }
 
 BOOL MutexObject::Release_By_Owner() {
@@ -131,12 +150,14 @@ BOOL MutexObject::Release_By_Owner() {
         SetLastError(ERROR_NOT_OWNER);
         return FALSE;
     }
-    if (last && lingering_.load(std::memory_order_acquire)) Finish_If_Lingering();
+    if (last) Finish_If_Lingering();
     return TRUE;
 }
 
-// The lock's word holds the number of the thread that owns it, of whatever process.
-bool MutexObject::Owned_In_This_Process() const {
+// The lock's word holds the number of the thread that owns it, of whatever process. It is read after the
+// announcements: a thread takes the lock before it ends its own.
+bool MutexObject::In_Use_By_This_Process() const {
+    if (Is_Announced(this)) return true;
     constexpr unsigned Thread_Mask = 0x3FFFFFFF;
     const int word = __atomic_load_n(&lock_->__data.__lock, __ATOMIC_SEQ_CST);
     const unsigned thread = static_cast<unsigned>(word) & Thread_Mask;
@@ -181,16 +202,16 @@ void MutexObject::Last_Released() {
     lingering_.store(true, std::memory_order_seq_cst);
     shelf.lingering.push_back(this);
     guard.unlock();
-    Finish_If_Lingering();
+    Finish();
 }
 
 // Only what is in the list is finished, and only once: two threads may come to it at the same time.
-void MutexObject::Finish_If_Lingering() {
+void MutexObject::Finish() {
     Shelf &shelf = The_Shelf();
     std::unique_lock guard(shelf.lock);
     for (std::size_t i = 0; i < shelf.lingering.size(); ++i) {
         if (shelf.lingering[i] != this) continue;
-        if (Owned_In_This_Process()) return;
+        if (In_Use_By_This_Process()) return;
         shelf.lingering.erase(shelf.lingering.begin() + static_cast<std::ptrdiff_t>(i));
         lingering_.store(false, std::memory_order_relaxed);
         std::unique_ptr<SharedBlock> block = std::move(block_);
@@ -210,7 +231,14 @@ void MutexObject::Sweep_Lingering() {
         std::lock_guard guard(shelf.lock);
         waiting = shelf.lingering;
     }
-    for (MutexObject *object : waiting) object->Finish_If_Lingering();
+    for (MutexObject *object : waiting) object->Finish();
+}
+
+[[gnu::noinline]] DWORD Wait_Slowly(HANDLE handle, DWORD milliseconds) {
+    const HandleUse use(handle, ObjectKind::Mutex);
+    if (use) return use.As<MutexObject>().Wait(milliseconds);
+    SetLastError(ERROR_INVALID_HANDLE);
+    return WAIT_FAILED;
 }
 
 } // namespace
@@ -232,12 +260,16 @@ HANDLE CreateMutexA(const SECURITY_ATTRIBUTES *, BOOL initial_owner, LPCSTR name
 }
 
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
-    HandleUse use(handle, ObjectKind::Mutex);
-    if (!use) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return WAIT_FAILED;
-    }
-    return use.As<MutexObject>().Wait(milliseconds);
+    AnnouncedUse quick(handle, ObjectKind::Mutex);
+    auto *mutex = static_cast<MutexObject *>(quick.Get());
+    if (!mutex) [[unlikely]]
+        return Wait_Slowly(handle, milliseconds);
+    DWORD result = WAIT_TIMEOUT;
+    const bool done = mutex->Try(result);
+    quick.End();
+    mutex->Finish_If_Lingering();
+    if (done || milliseconds == 0) return result;
+    return Wait_Slowly(handle, milliseconds);
 }
 
 BOOL ReleaseMutex(HANDLE mutex) {

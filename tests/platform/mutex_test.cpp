@@ -115,6 +115,50 @@ TEST_F(Mutexes, ClosedWhileOwnedGoWhenTheirOwnerEnds) {
     CloseHandle(mutex);
 }
 
+TEST_F(Mutexes, CanBeClosedUnderAWaiter) {
+    const HANDLE owned = CreateMutexA(nullptr, TRUE, Name);
+    const HANDLE waited_for = CreateMutexA(nullptr, FALSE, Name);
+    std::thread waiter([&] {
+        EXPECT_EQ(WaitForSingleObject(waited_for, INFINITE), WAIT_OBJECT_0);
+        EXPECT_FALSE(ReleaseMutex(waited_for)) << "its handle is gone; the thread's end gives it up";
+    });
+    Sleep(20);
+    CloseHandle(waited_for);
+    ReleaseMutex(owned);
+    waiter.join();
+    EXPECT_EQ(WaitForSingleObject(owned, 0), WAIT_ABANDONED);
+    ReleaseMutex(owned);
+    CloseHandle(owned);
+}
+
+TEST_F(Mutexes, StandHandlesThatComeAndGoWhileTheyAreUsed) {
+    std::atomic<bool> done{false};
+    std::atomic<long> inside{0}, taken{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            while (!done) {
+                const HANDLE mutex = CreateMutexA(nullptr, FALSE, Name);
+                for (int use = 0; use < 5; ++use) {
+                    if (WaitForSingleObject(mutex, INFINITE) != WAIT_OBJECT_0) continue;
+                    EXPECT_EQ(++inside, 1);
+                    ++taken;
+                    --inside;
+                    EXPECT_TRUE(ReleaseMutex(mutex));
+                }
+                EXPECT_TRUE(CloseHandle(mutex));
+            }
+        });
+    }
+    Sleep(300);
+    done = true;
+    for (std::thread &thread : threads) thread.join();
+    EXPECT_GT(taken, 100);
+    const HANDLE fresh = CreateMutexA(nullptr, FALSE, Name);
+    EXPECT_EQ(GetLastError(), 0u) << "none of them lingers";
+    CloseHandle(fresh);
+}
+
 TEST_F(Mutexes, ShareTheirNamesWithOtherKinds) {
     const HANDLE mapping = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 100, Name);
     EXPECT_EQ(CreateMutexA(nullptr, FALSE, Name), nullptr);

@@ -1,0 +1,91 @@
+// What an atom costs beside the lock that guards it, and what an allocation costs beside the bare call.
+
+#include <benchmarks/measure.h>
+
+#include <kelmara/kelmara.h>
+
+#include <platform/machine.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <pthread.h>
+#include <string>
+#include <sys/mman.h>
+
+namespace {
+
+/// The lock that a table's lock is made of, in memory that processes could share.
+pthread_mutex_t *Robust_Shared_Lock() {
+    void *memory = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) std::abort();
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    auto *lock = static_cast<pthread_mutex_t *>(memory);
+    pthread_mutex_init(lock, &attributes);
+    return lock;
+}
+
+void Lock_And_Unlock(pthread_mutex_t *lock) {
+    pthread_mutex_lock(lock);
+    pthread_mutex_unlock(lock);
+}
+
+void Measure_Allocation() {
+    measure::Heading("memory (peer: the bound routine, called directly)");
+    void *(*const allocate)(long) = [](long size) { return std::malloc(static_cast<std::size_t>(size)); };
+    void (*const release)(void *) = [](void *block) { std::free(block); };
+    measure::Compare(
+        "ds_malloc and ds_free, 24 bytes",
+        [] {
+            void *block = ds_malloc(measure::Hidden(24L));
+            measure::Keep(block);
+            ds_free(block);
+        },
+        [&] {
+            void *block = measure::Hidden(allocate)(measure::Hidden(24L));
+            measure::Keep(block);
+            measure::Hidden(release)(block);
+        },
+        1.3);
+}
+
+void Measure_Atoms() {
+    CAtomTable table;
+    char data[Atom_Data_Size] = "an atom's data";
+    if (table.Initialize("BENCHMARK") != 0 || table.New_Atom(1, 1, data, sizeof data) != 0) std::abort();
+    pthread_mutex_t *lock = Robust_Shared_Lock();
+    char source[Atom_Data_Size] = {}, copy[Atom_Data_Size];
+    const auto two_locks_and_a_copy = [&] {
+        Lock_And_Unlock(lock);
+        Lock_And_Unlock(lock);
+        std::memcpy(copy, measure::Hidden(source + 0), sizeof copy);
+        measure::Keep(copy);
+    };
+
+    measure::Heading("atoms (peer: two robust shared lock pairs, one copy)");
+    const auto read_by_slot = [&] {
+        table.Get_Atom_Data(measure::Hidden(0L), copy, sizeof copy);
+        measure::Keep(copy);
+    };
+    measure::Compare("read an atom by slot, 256 bytes", read_by_slot, two_locks_and_a_copy, 1.0);
+    for (long id = 2; id <= 256; ++id) table.New_Atom(1, id, data, sizeof data);
+    const auto read_last_by_key = [&] {
+        table.Get_Atom_Data(1, measure::Hidden(256L), copy, sizeof copy);
+        measure::Keep(copy);
+    };
+    measure::Compare("read the newest of 256 atoms by key", read_last_by_key, two_locks_and_a_copy, 20.0);
+}
+
+} // namespace
+
+int main() {
+    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
+    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    measure::Use_Plain_Memory();
+    Measure_Allocation();
+    Measure_Atoms();
+    Remove_Machine(folder.c_str());
+    return 0;
+}

@@ -1,0 +1,36 @@
+#pragma once
+// Windows paths, and where they lie on the host.
+//
+// Drives a: to y: are the folders `drive_a` to `drive_y` of the machine. c: is always there; another one is
+// there when its folder is, or when machine.conf has a setting of the folder's name, and the folder is made
+// then. z: is the host's root. A folder that is a symbolic link is a drive like any other, and links inside a
+// drive are followed as the host does, after "." and ".." are taken out of the path.
+//
+// Windows texts are in code page 1252, host paths in UTF-8. Calls return a code of errors.h and leave the
+// last error alone; they may be made from any thread, but the current directory is the whole process's.
+
+#include <string>
+#include <string_view>
+
+/// `host_path` gets an absolute path without a separator at its end; on failure it keeps what it has.
+/// Trailing dots and spaces of a part are dropped, ".." stays below the drive's root, "x:name" counts from
+/// the current directory when that lies on x: and from the drive's root otherwise. What does not exist keeps
+/// its spelling. ERROR_PATH_NOT_FOUND for an empty path and a drive that is not there, ERROR_INVALID_NAME for
+/// characters that no name can have, ERROR_BAD_NETPATH for a path that begins with two separators.
+long Map_To_Host(std::string_view windows_path, std::string &host_path);
+
+/// `windows_path` gets the full path with its drive, "\" at the end of a root only. Links in it are kept,
+/// except where only the place they lead to lies on a drive of the machine. ERROR_PATH_NOT_FOUND for an empty
+/// path, and for a relative one when the current directory is gone.
+long Map_To_Windows(std::string_view host_path, std::string &windows_path);
+
+/// The host's folder of a drive; empty when the drive is not there. The letter's case does not matter.
+std::string Drive_Root(char letter);
+
+/// The entry of a host folder that a Windows name means, as a host path: the exact one, else the first in
+/// order of bytes that differs in letter case alone. Empty when there is none.
+std::string Find_In_Folder(const std::string &host_folder, std::string_view windows_name);
+
+/// What Windows calls an entry of a host folder. Characters that no Windows name can have become '?', and so
+/// do a dot or space at the end: such an entry is seen, but not found by that name.
+std::string Windows_Name_Of(std::string_view host_name);

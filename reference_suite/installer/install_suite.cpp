@@ -1,0 +1,142 @@
+#include <reference_suite/installer/install_suite.h>
+
+#include <platform/machine.h>
+#include <platform/registry.h>
+
+#include <filesystem>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct SuiteFolder {
+    const char *value; // of the suite's key
+    const char *name;  // below the root
+};
+
+constexpr SuiteFolder Folders[] = {
+    {"Root", ""},
+    {"Plugins", "Plugins"},
+    {"Prefs Folders", "Prefs"},
+    {"Templates", "Templates"},
+    {"Content", "Content"},
+    {"Scripts", "Scripts"},
+    {"ScriptIncludes", "Scripts\\Includes"},
+    {"Bin", "Bin"},
+    {"Database", "Database"},
+    {"Localization", "Localization"},
+};
+
+struct Companion {
+    const char *value; // of the suite's key, its path
+    const char *built; // in the folder of built modules
+    const char *installed;
+};
+
+constexpr Companion Companions[] = {
+    {"Memory", "kmmemory.so", "kmmemory.dll"},
+};
+
+std::string Below_Root(const std::string &name) {
+    return name.empty() ? Suite_Root : std::string(Suite_Root) + "\\" + name;
+}
+
+/// Empty when the machine has no such place.
+std::string On_Host(const std::string &windows_path) {
+    char path[4096];
+    return Host_Path(windows_path.c_str(), path, sizeof path) ? path : std::string();
+}
+
+class OpenKey {
+  public:
+    explicit OpenKey(LONG &result) {
+        result = RegCreateKeyExA(HKEY_LOCAL_MACHINE, Suite_Key, 0, nullptr, 0,
+                                 KEY_QUERY_VALUE | KEY_SET_VALUE, nullptr, &key_, nullptr);
+    }
+    ~OpenKey() {
+        if (key_) RegCloseKey(key_);
+    }
+    OpenKey(const OpenKey &) = delete;
+    OpenKey &operator=(const OpenKey &) = delete;
+
+    LONG Set(const char *value, const std::string &text) const {
+        return RegSetValueExA(key_, value, 0, REG_SZ, reinterpret_cast<const BYTE *>(text.c_str()),
+                              static_cast<DWORD>(text.size() + 1));
+    }
+    LONG Flush() const { return RegFlushKey(key_); }
+
+  private:
+    HKEY key_ = nullptr;
+};
+
+std::string Make_Folders() {
+    for (const SuiteFolder &folder : Folders) {
+        const std::string path = On_Host(Below_Root(folder.name));
+        std::error_code error;
+        if (!path.empty()) fs::create_directories(path, error);
+        if (path.empty() || error) return Below_Root(folder.name) + " cannot be made: " + error.message();
+    }
+    return {};
+}
+
+// Copied aside and renamed over: a program that has the old module loaded keeps it, and none sees half of
+// one.
+std::string Copy_Module(const std::string &from, const std::string &to) {
+    const std::string aside = to + ".new" + std::to_string(getpid());
+    std::error_code error;
+    fs::copy_file(from, aside, fs::copy_options::overwrite_existing, error);
+    if (!error) fs::rename(aside, to, error);
+    if (!error) return {};
+    std::error_code ignored;
+    fs::remove(aside, ignored);
+    return from + " cannot be copied to " + to + ": " + error.message();
+}
+
+std::string Copy_Companions(const std::string &module_folder) {
+    const std::string bin = On_Host(Below_Root("Bin"));
+    for (const Companion &companion : Companions) {
+        const std::string problem =
+            Copy_Module(module_folder + "/" + companion.built, bin + "/" + companion.installed);
+        if (!problem.empty()) return problem;
+    }
+    return {};
+}
+
+std::string Write_Keys() {
+    LONG result = 0;
+    const OpenKey key(result);
+    for (const SuiteFolder &folder : Folders) {
+        if (result == 0) result = key.Set(folder.value, Below_Root(folder.name));
+    }
+    for (const Companion &companion : Companions) {
+        if (result == 0) result = key.Set(companion.value, Below_Root("Bin\\") + companion.installed);
+    }
+    if (result == 0) result = key.Flush();
+    if (result == 0) return {};
+    return "the registry key " + std::string(Suite_Key) + " cannot be written: error " +
+           std::to_string(result);
+}
+
+} // namespace
+
+std::string Install_Suite(const std::string &module_folder) {
+    if (!Machine_Folder()) return "there is no machine to install on";
+    // The keys come last: a program finds the suite only once it is whole.
+    std::string problem = Make_Folders();
+    if (problem.empty()) problem = Copy_Companions(module_folder);
+    if (problem.empty()) problem = Write_Keys();
+    return problem;
+}
+
+std::string Uninstall_Suite() {
+    const LONG result = RegDeleteKeyA(HKEY_LOCAL_MACHINE, Suite_Key);
+    if (result != 0 && result != ERROR_FILE_NOT_FOUND) {
+        return "the registry key " + std::string(Suite_Key) + " cannot be deleted: error " +
+               std::to_string(result);
+    }
+    std::error_code error;
+    const std::string root = On_Host(Suite_Root);
+    if (!root.empty()) fs::remove_all(root, error);
+    return error ? root + " cannot be removed: " + error.message() : std::string();
+}

@@ -1,0 +1,18 @@
+#pragma once
+// Puts the suite on a machine: its folders, its registry keys, its companion libraries.
+
+#include <string>
+
+/// Installs on the machine that this process is on, from a folder of the host that holds the built modules.
+/// What is there already is replaced; modules that running programs have loaded stay theirs. Empty on
+/// success, otherwise what went wrong, as a sentence. May be run again at any time, also after it failed half
+/// way.
+std::string Install_Suite(const std::string &module_folder);
+
+/// Takes the suite's registry keys and folders from the machine. Empty on success.
+std::string Uninstall_Suite();
+
+/// The suite's root folder, as a Windows path.
+inline constexpr char Suite_Root[] = "C:\\Program Files\\Kelmara";
+/// The suite's key below HKEY_LOCAL_MACHINE.
+inline constexpr char Suite_Key[] = "Software\\Dunmerit Software\\KelMara";

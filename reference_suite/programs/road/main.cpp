@@ -1,0 +1,55 @@
+// The road: what the library does for a program, from a machine without anything on, told step by step. Ends
+// with 0; where something is not as it should be it says so and ends with 1.
+
+#include <reference_suite/programs/road/memory_and_atoms.h>
+#include <reference_suite/programs/road/narrator.h>
+#include <reference_suite/programs/road/neighbour.h>
+
+#include <reference_suite/installer/install_suite.h>
+
+#include <platform/machine.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+namespace {
+
+void Make_A_Machine(const std::string &folder) {
+    Begin_Chapter("A machine");
+    if (std::filesystem::exists(folder)) {
+        Require(Remove_Machine(folder.c_str()), "the machine of an earlier run can be removed");
+    }
+    setenv("KELMARA_MACHINE", folder.c_str(), 1);
+    Require(Enter_Machine(folder.c_str()), "a machine can be made");
+    Tell("It lives in %s, made afresh.", Machine_Folder());
+    const auto program = std::filesystem::read_symlink("/proc/self/exe");
+    const std::string problem = Install_Suite(program.parent_path().parent_path() / "suite");
+    Require(problem.empty(), problem.c_str());
+    Tell("The suite is installed on it: folders below %s,", Suite_Root);
+    Tell("values in the registry below HKEY_LOCAL_MACHINE\\%s.", Suite_Key);
+}
+
+} // namespace
+
+int Run_As_Neighbour(const std::string &role) {
+    if (role == "answer") return Add_An_Answer();
+    if (role == "hold") return Hold_The_Lock();
+    return 2;
+}
+
+int main(int argc, char **argv) {
+    if (argc == 3 && std::strcmp(argv[1], "--neighbour") == 0) return Run_As_Neighbour(argv[2]);
+    if (argc != 2 || argv[1][0] == '-') {
+        std::fprintf(stderr, "usage: road FOLDER\n"
+                             "Makes a machine in FOLDER, anew at each run, and shows on it what the library "
+                             "does.\n");
+        return 2;
+    }
+    Make_A_Machine(argv[1]);
+    Make_First_Allocation();
+    Share_Atoms();
+    std::printf("\nAll as it should be.\n");
+    return 0;
+}

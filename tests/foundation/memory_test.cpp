@@ -1,0 +1,182 @@
+// How the memory services are bound, each time in a process of its own; and what class-level new does.
+
+#include <kelmara/foundation/auto_deleteable_object.h>
+#include <kelmara/foundation/memory.h>
+
+#include <platform/machine.h>
+#include <platform/registry.h>
+
+#include <tests/support/second_process.h>
+#include <tests/support/test_machine.h>
+#include <tests/support/test_memory.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+namespace {
+
+constexpr char Not_Installed[] = "[Error] Kelmara is not installed or setup properly. Reinstall\n";
+
+class MemoryBinding : public MachineTest {
+  protected:
+    void Write_Value(const char *value, const std::string &text) {
+        HKEY key = nullptr;
+        ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\Dunmerit Software\\KelMara", 0, nullptr, 0,
+                                  KEY_ALL_ACCESS, nullptr, &key, nullptr),
+                  0);
+        EXPECT_EQ(RegSetValueExA(key, value, 0, REG_SZ, reinterpret_cast<const BYTE *>(text.c_str()),
+                                 static_cast<DWORD>(text.size() + 1)),
+                  0);
+        RegCloseKey(key);
+    }
+    /// Puts a module of tests/modules on the machine under a Windows path, and names it in the registry.
+    void Install(const std::string &module, const std::string &windows_path = "C:\\m.dll") {
+        char path[4096];
+        ASSERT_TRUE(Host_Path(windows_path.c_str(), path, sizeof path));
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        std::filesystem::copy_file(std::string(TEST_MODULE_FOLDER) + "/" + module + ".so", path,
+                                   std::filesystem::copy_options::overwrite_existing);
+        Write_Value("Memory", windows_path);
+    }
+    /// Runs the role to its end: its exit code and what it said on standard error.
+    std::pair<int, std::string> Run(const std::string &role) {
+        SecondProcess process(role);
+        const int code = process.Wait();
+        return {code, process.Errors()};
+    }
+    using Outcome = std::pair<int, std::string>;
+};
+
+SECOND_PROCESS(allocator) {
+    void *block = ds_malloc(10);
+    block = ds_realloc(block, 20);
+    ds_free(block);
+    ds_free(ds_malloc_clear(5));
+    ds_free(nullptr);
+    return block ? 7 : 1;
+}
+
+TEST_F(MemoryBinding, ReportsAMissingKeyOrValueAndEndsTheProcess) {
+    EXPECT_EQ(Run("allocator"), Outcome(1, Not_Installed));
+    Write_Value("Memories", "C:\\m.dll");
+    EXPECT_EQ(Run("allocator"), Outcome(1, Not_Installed));
+    Write_Value("Memory", std::string(255, 'x'));
+    EXPECT_EQ(Run("allocator"), Outcome(1, Not_Installed)) << "one byte more than the buffer takes";
+}
+
+TEST_F(MemoryBinding, EndsSilentlyWithoutAWholeCompanion) {
+    Write_Value("Memory", "C:\\nowhere\\m.dll");
+    EXPECT_EQ(Run("allocator"), Outcome(1, ""));
+    machine.Write("drive_c/m.dll", "no module");
+    Write_Value("Memory", "C:\\m.dll");
+    EXPECT_EQ(Run("allocator"), Outcome(1, ""));
+    Install("companion_without_initialize");
+    EXPECT_EQ(Run("allocator").first, 1);
+    for (const char *part : {"alloc", "alloc_clear", "realloc", "free"}) {
+        Install(std::string("companion_without_") + part);
+        const Outcome outcome = Run("allocator");
+        EXPECT_EQ(outcome.first, 1) << part;
+        EXPECT_EQ(outcome.second.rfind("loaded\nInitialize\n", 0), 0u) << outcome.second;
+    }
+}
+
+TEST_F(MemoryBinding, LoadsTheCompanionOnceAndGivesItBackAtTheEnd) {
+    const std::string life = "loaded\nInitialize\nm_free\nm_free\nm_free(null)\nunloaded\n";
+    Install("companion_whole");
+    EXPECT_EQ(Run("allocator"), Outcome(7, life));
+    // The longest path that the value may hold.
+    const std::string folder = "C:\\" + std::string(120, 'd') + "\\" + std::string(120, 'e') + "\\";
+    Install("companion_whole", folder + std::string(254 - folder.size() - 4, 'm') + ".dll");
+    EXPECT_EQ(Run("allocator"), Outcome(7, life));
+}
+
+constinit void *left_for_the_end = nullptr;
+
+void Free_At_The_Very_End(int, void *) {
+    if (left_for_the_end) ds_free(left_for_the_end);
+}
+
+// Registered before any library is initialised, and not as this program's own: it runs after the exit
+// routines of all libraries.
+void Register_Before_Libraries(int, char **, char **) {
+    on_exit(Free_At_The_Very_End, nullptr);
+}
+[[gnu::section(".preinit_array"),
+  gnu::used]] void (*const before_libraries)(int, char **, char **) = Register_Before_Libraries;
+
+SECOND_PROCESS(late_releaser) {
+    left_for_the_end = ds_malloc(10);
+    return 0;
+}
+
+TEST_F(MemoryBinding, IsMadeAnewByAReleaseAfterTheExitRoutine) {
+    Install("companion_whole");
+    // The host ends the modules of an ending process first, and keeps them: only Initialize shows the new
+    // binding.
+    EXPECT_EQ(Run("late_releaser"), Outcome(0, "loaded\nInitialize\nunloaded\nInitialize\nm_free\n"));
+}
+
+constinit char own_block[16] = {};
+constinit int own_calls = 0;
+
+SECOND_PROCESS(host) {
+    const auto alloc = [](long) -> void * { return own_calls += 1, own_block; };
+    const auto alloc_clear = [](long) -> void * { return own_calls += 10, own_block; };
+    const auto resize = [](void *block, long) -> void * { return own_calls += 100, block; };
+    const auto release = [](void *) { own_calls += 1000; };
+    Set_Local_Memory_Procs(alloc, alloc_clear, resize, release);
+    Set_Local_Memory_Procs(nullptr, nullptr, nullptr, nullptr); // ignored, or the next call would not return
+    const bool one_block = ds_malloc(1) == own_block && ds_malloc_clear(1) == own_block &&
+                           ds_realloc(own_block, 1) == own_block && ds_malloc_procptr(1) == own_block;
+    ds_free(own_block);
+    ds_free_procptr(own_block);
+    return one_block && own_calls == 2112 ? 7 : 1;
+}
+
+SECOND_PROCESS(late_host) {
+    ds_free(ds_malloc(1));
+    Set_Local_Memory_Procs(nullptr, nullptr, nullptr, nullptr);
+    ds_free(ds_malloc(1));
+    return 7;
+}
+
+TEST_F(MemoryBinding, LeavesRegistryAndCompanionAloneForAHostsRoutines) {
+    EXPECT_EQ(Run("host"), Outcome(7, "")) << "on a machine without the suite";
+    Install("companion_whole");
+    EXPECT_EQ(Run("host"), Outcome(7, ""));
+    EXPECT_EQ(Run("late_host"), Outcome(7, "loaded\nInitialize\nm_free\nm_free\nunloaded\n"));
+}
+
+class Counted : public CAutoDeleteableObject {
+  public:
+    Counted() { ++made; }
+    ~Counted() override { ++destroyed; }
+    static inline int made = 0, destroyed = 0;
+};
+
+TEST(ClassAllocation, GoesThroughTheMemoryServices) {
+    const NoLeak no_leak;
+    Counted::made = Counted::destroyed = 0;
+    const long blocks = Live_Blocks();
+    CAutoDeleteableObject *object = new Counted;
+    EXPECT_EQ(Live_Blocks(), blocks + 1);
+    auto *several = new Counted[3];
+    EXPECT_EQ(Live_Blocks(), blocks + 2);
+    delete object;
+    delete[] several;
+    delete static_cast<Counted *>(nullptr);
+    EXPECT_EQ(Counted::destroyed, 4);
+    {
+        const FailingMemory failing(1, true);
+        EXPECT_EQ(new Counted, nullptr);
+    }
+    EXPECT_EQ(Counted::made, 4) << "no constructor ran on a null block";
+    alignas(Counted) char place[sizeof(Counted)];
+    (new (place) Counted)->~Counted();
+    int *own = new int(5); // the program's own operators are its own
+    EXPECT_EQ(Live_Blocks(), blocks);
+    delete own;
+}
+
+} // namespace

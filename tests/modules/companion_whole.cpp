@@ -1,0 +1,1 @@
+#include <tests/modules/companion_parts.h>

@@ -1,0 +1,2 @@
+#define WITHOUT_ALLOC
+#include <tests/modules/companion_parts.h>

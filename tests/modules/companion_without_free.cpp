@@ -1,0 +1,2 @@
+#define WITHOUT_FREE
+#include <tests/modules/companion_parts.h>

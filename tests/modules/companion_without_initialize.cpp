@@ -1,0 +1,2 @@
+#define WITHOUT_INITIALIZE
+#include <tests/modules/companion_parts.h>

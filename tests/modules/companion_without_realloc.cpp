@@ -1,0 +1,2 @@
+#define WITHOUT_REALLOC
+#include <tests/modules/companion_parts.h>

@@ -1,0 +1,413 @@
+// What the registry's calls give: codes, sizes, names and orders.
+
+#include <tests/platform/registry_verbs.h>
+#include <tests/support/test_machine.h>
+
+#include <platform/kernel.h>
+
+#include <cstring>
+#include <functional>
+#include <thread>
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+using RegistryCalls = MachineTest;
+
+HKEY Closed_Key() {
+    const TestKey key("closed");
+    return key;
+}
+
+HKEY Open(HKEY parent, const char *path, DWORD access) {
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyExA(parent, path, 0, access, &key), ERROR_SUCCESS) << path;
+    return key;
+}
+
+using Call = std::function<LONG(HKEY key)>;
+struct NamedCall {
+    const char *name;
+    DWORD access; // without it the call is refused
+    Call call;
+};
+
+// Every call that works on a key, with arguments that are good for one that has a value and a subkey.
+std::vector<NamedCall> Every_Call() {
+    static char text[300];
+    static DWORD size;
+    static LONG signed_size;
+    static HKEY key;
+    const auto Close_Key = [](LONG result) {
+        if (key) RegCloseKey(key);
+        return result;
+    };
+    return {
+        {"open", 0, [=](HKEY on) { return Close_Key(RegOpenKeyExA(on, "sub", 0, KEY_READ, &key)); }},
+        {"open itself", 0, [=](HKEY on) { return Close_Key(RegOpenKeyExA(on, nullptr, 0, KEY_READ, &key)); }},
+        {"open plainly", 0, [=](HKEY on) { return Close_Key(RegOpenKeyA(on, "sub", &key)); }},
+        {"create", 0,
+         [=](HKEY on) {
+             return Close_Key(RegCreateKeyExA(on, "made", 0, nullptr, 0, KEY_READ, nullptr, &key, nullptr));
+         }},
+        {"query", KEY_QUERY_VALUE,
+         [](HKEY on) { return RegQueryValueExA(on, "value", nullptr, nullptr, nullptr, nullptr); }},
+        {"query default", KEY_QUERY_VALUE,
+         [](HKEY on) { return RegQueryValueA(on, nullptr, text, &(signed_size = 300)); }},
+        {"query info", KEY_QUERY_VALUE,
+         [](HKEY on) {
+             return RegQueryInfoKeyA(on, nullptr, nullptr, nullptr, &size, nullptr, nullptr, nullptr, nullptr,
+                                     nullptr, nullptr, nullptr);
+         }},
+        {"enumerate values", KEY_QUERY_VALUE,
+         [](HKEY on) {
+             return RegEnumValueA(on, 0, text, &(size = 300), nullptr, nullptr, nullptr, nullptr);
+         }},
+        {"enumerate keys", KEY_ENUMERATE_SUB_KEYS,
+         [](HKEY on) {
+             return RegEnumKeyExA(on, 0, text, &(size = 300), nullptr, nullptr, nullptr, nullptr);
+         }},
+        {"set", KEY_SET_VALUE, [](HKEY on) { return RegSetValueExA(on, "set", 0, REG_NONE, nullptr, 0); }},
+        {"delete value", KEY_SET_VALUE, [](HKEY on) { return RegDeleteValueA(on, "set"); }},
+        {"delete key", 0, [](HKEY on) { return RegDeleteKeyA(on, "made"); }},
+        {"flush", 0, [](HKEY on) { return RegFlushKey(on); }},
+    };
+}
+
+TEST_F(RegistryCalls, RefuseWhatIsNoOpenKey) {
+    const HANDLE mutex = CreateMutexA(nullptr, FALSE, nullptr);
+    const HKEY refused[] = {nullptr,
+                            Closed_Key(),
+                            static_cast<HKEY>(mutex),
+                            reinterpret_cast<HKEY>(0x7777),
+                            reinterpret_cast<HKEY>(0x80000007u),
+                            HKEY_PERFORMANCE_DATA,
+                            HKEY_DYN_DATA,
+                            static_cast<HKEY>(INVALID_HANDLE_VALUE)};
+    for (const HKEY key : refused) {
+        for (const NamedCall &row : Every_Call()) {
+            EXPECT_EQ(row.call(key), ERROR_INVALID_HANDLE) << row.name << " " << key;
+        }
+        if (key != HKEY_PERFORMANCE_DATA && key != HKEY_DYN_DATA) {
+            EXPECT_EQ(RegCloseKey(key), ERROR_INVALID_HANDLE) << key;
+        }
+    }
+    EXPECT_TRUE(CloseHandle(mutex)) << "RegCloseKey leaves other kinds alone";
+
+    const HKEY key = Open(HKEY_CURRENT_USER, "", KEY_READ);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(key) % 4, 0u);
+    EXPECT_TRUE(CloseHandle(key));
+    EXPECT_EQ(RegCloseKey(key), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(RegCloseKey(HKEY_LOCAL_MACHINE), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryCalls, AskForTheRightThatTheyNeed) {
+    const TestKey key("key"), sub("key\\sub");
+    key.Set("value", "");
+    for (const NamedCall &row : Every_Call()) {
+        const HKEY bare = Open(key, nullptr, row.access ? KEY_ALL_ACCESS & ~row.access : KEY_NOTIFY);
+        EXPECT_EQ(row.call(bare), row.access ? ERROR_ACCESS_DENIED : ERROR_SUCCESS) << row.name;
+        const HKEY fitting = Open(key, "", row.access ? row.access : MAXIMUM_ALLOWED);
+        EXPECT_NE(row.call(fitting), ERROR_ACCESS_DENIED) << row.name;
+        RegCloseKey(bare);
+        RegCloseKey(fitting);
+    }
+    HKEY none = key;
+    EXPECT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "key", 0, 0, &none), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(RegCreateKeyExA(key, "new", 0, nullptr, 0, 0, nullptr, &none, nullptr), ERROR_ACCESS_DENIED);
+    EXPECT_THAT(key.Subkeys(), ElementsAre("sub"));
+}
+
+TEST_F(RegistryCalls, OnADeletedKeyOnlyClose) {
+    const TestKey key("doomed");
+    const HKEY second = Open(HKEY_CURRENT_USER, "doomed", KEY_ALL_ACCESS);
+    EXPECT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "DOOMED"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "doomed"), ERROR_FILE_NOT_FOUND);
+    const TestKey again("doomed");
+    EXPECT_EQ(again.disposition, REG_CREATED_NEW_KEY);
+    for (const NamedCall &row : Every_Call()) EXPECT_EQ(row.call(second), ERROR_KEY_DELETED) << row.name;
+    EXPECT_EQ(RegCloseKey(second), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyA(again, ""), ERROR_SUCCESS) << "an empty path is the key itself";
+    EXPECT_EQ(again.Get("x"), "(1018)");
+}
+
+TEST_F(RegistryCalls, RefuseBadArgumentsAndTouchNothing) {
+    const TestKey key("key");
+    key.Set("value", "text");
+    HKEY out = nullptr;
+    char name[300];
+    BYTE data[8];
+    DWORD size = sizeof data, other = 1;
+    const std::string part(255, 'p');
+    const LONG codes[] = {
+        RegOpenKeyExA(key, "a", 0, KEY_READ, nullptr),
+        RegOpenKeyA(key, "a", nullptr),
+        RegOpenKeyA(key, (part + "p").c_str(), &out),
+        RegCreateKeyExA(key, "a", 0, nullptr, 0, KEY_READ, nullptr, nullptr, nullptr),
+        RegCreateKeyExA(key, "a", 1, nullptr, 0, KEY_READ, nullptr, &out, nullptr),
+        RegCreateKeyExA(key, "a", 0, nullptr, 1, KEY_READ, nullptr, &out, nullptr),
+        RegCreateKeyExA(key, ("a\\" + part + "p").c_str(), 0, nullptr, 0, KEY_READ, nullptr, &out, nullptr),
+        RegDeleteKeyA(key, nullptr),
+        RegQueryValueExA(key, "value", &other, nullptr, data, &size),
+        RegQueryValueExA(key, "value", nullptr, nullptr, data, nullptr),
+        RegQueryValueA(key, nullptr, name, nullptr),
+        RegSetValueExA(key, "a", 1, REG_BINARY, data, 1),
+        RegSetValueExA(key, "a", 0, REG_BINARY, nullptr, 1),
+        RegSetValueExA(key, std::string(16384, 'n').c_str(), 0, REG_BINARY, data, 1),
+        RegEnumKeyExA(key, 0, nullptr, &size, nullptr, nullptr, nullptr, nullptr),
+        RegEnumKeyExA(key, 0, name, nullptr, nullptr, nullptr, nullptr, nullptr),
+        RegEnumKeyExA(key, 0, name, &size, &other, nullptr, nullptr, nullptr),
+        RegEnumKeyExA(key, 0, name, &size, nullptr, name, nullptr, nullptr),
+        RegEnumValueA(key, 0, nullptr, &size, nullptr, nullptr, nullptr, nullptr),
+        RegEnumValueA(key, 0, name, nullptr, nullptr, nullptr, nullptr, nullptr),
+        RegEnumValueA(key, 0, name, &size, &other, nullptr, nullptr, nullptr),
+        RegEnumValueA(key, 0, name, &size, nullptr, nullptr, data, nullptr),
+    };
+    for (std::size_t row = 0; row < std::size(codes); ++row) {
+        EXPECT_EQ(codes[row], ERROR_INVALID_PARAMETER) << "row " << row;
+    }
+    EXPECT_EQ(RegOpenKeyA(key, "\\a", &out), ERROR_BAD_PATHNAME);
+    EXPECT_EQ(RegSetValueExA(key, "huge", 0, REG_BINARY, data, 0x7FFFFFFF), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_THAT(key.Subkeys(), IsEmpty());
+    EXPECT_THAT(key.Values(), ElementsAre("value"));
+
+    const TestKey longest("key\\" + part);
+    EXPECT_EQ(longest.error, ERROR_SUCCESS);
+    EXPECT_THAT(key.Subkeys(), ElementsAre(part));
+    const std::string longest_name(16383, 'n');
+    EXPECT_EQ(longest.Set(longest_name, "data"), ERROR_SUCCESS);
+    EXPECT_EQ(longest.Get(longest_name), "data");
+}
+
+TEST_F(RegistryCalls, FindPathsHoweverTheyAreSpelled) {
+    const TestKey deep("One\\Two\\Three");
+    EXPECT_EQ(deep.disposition, REG_CREATED_NEW_KEY);
+    for (const char *path :
+         {"one\\TWO\\three", "One\\\\Two\\\\\\Three", "One\\Two\\Three\\", "One\\Two\\Three\\\\"}) {
+        const TestKey found(path);
+        EXPECT_EQ(found.disposition, REG_OPENED_EXISTING_KEY) << path;
+    }
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, "One\\Two\\Thre", &key), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, "One\\Missing\\Three", &key), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "One\\Two"), ERROR_ACCESS_DENIED) << "it has a subkey";
+    for (const char *nothing : {static_cast<const char *>(nullptr), ""}) {
+        EXPECT_EQ(RegOpenKeyA(deep, nothing, &key), ERROR_SUCCESS);
+        EXPECT_EQ(key, deep.handle) << "the key itself, not opened anew";
+        EXPECT_EQ(RegOpenKeyExA(deep, nothing, 0, KEY_READ, &key), ERROR_SUCCESS);
+        EXPECT_NE(key, deep.handle);
+        EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+    }
+}
+
+TEST_F(RegistryCalls, KnowThePredefinedRootsAndKeepThem) {
+    TestKey("Probe", HKEY_CLASSES_ROOT).Set("", "class");
+    EXPECT_EQ(TestKey("SOFTWARE\\Classes\\Probe", HKEY_LOCAL_MACHINE).Get(""), "class");
+    char user[300];
+    DWORD size = sizeof user;
+    ASSERT_EQ(RegEnumKeyExA(HKEY_USERS, 0, user, &size, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+    EXPECT_EQ(RegEnumKeyExA(HKEY_USERS, 1, user, &size, nullptr, nullptr, nullptr, nullptr),
+              ERROR_NO_MORE_ITEMS);
+    TestKey("Probe").Set("", "user");
+    EXPECT_EQ(TestKey(std::string(user) + "\\Probe", HKEY_USERS).Get(""), "user");
+    EXPECT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "Probe"), ERROR_SUCCESS);
+    for (const HKEY root :
+         {HKEY_CLASSES_ROOT, HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE, HKEY_USERS, HKEY_CURRENT_CONFIG}) {
+        EXPECT_EQ(RegDeleteKeyA(root, ""), ERROR_ACCESS_DENIED) << root;
+    }
+    EXPECT_EQ(RegDeleteKeyA(HKEY_CLASSES_ROOT, "Probe"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyA(HKEY_LOCAL_MACHINE, "Software\\Classes"), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegDeleteKeyA(HKEY_USERS, user), ERROR_ACCESS_DENIED);
+}
+
+TEST_F(RegistryCalls, KeepTheCaseOfNamesAndTheirOrder) {
+    const TestKey key("key");
+    for (const char *name : {"beta", "Alpha", "", "gamma", "\xE4rger"}) key.Set(name, name);
+    key.Set("ALPHA", "overwritten");
+    key.Set("\xC4RGER", "overwritten");
+    EXPECT_THAT(key.Values(), ElementsAre("beta", "Alpha", "", "gamma", "\xE4rger"));
+    EXPECT_EQ(key.Get("alpha"), "overwritten");
+    EXPECT_EQ(key.Get("\xE4RgEr"), "overwritten");
+    EXPECT_EQ(RegDeleteValueA(key, "BETA"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteValueA(key, "beta"), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegDeleteValueA(key, nullptr), ERROR_SUCCESS);
+    key.Set("beta", "last");
+    EXPECT_THAT(key.Values(), ElementsAre("Alpha", "gamma", "\xE4rger", "beta"));
+
+    // 0x9A and 0xFF are capital 0x8A and 0x9F, which stand among the letters behind Latin-1 where names are
+    // wide; 0xF7 and 0xD7 are signs and no pair.
+    for (const char *name :
+         {"b", "a_", "aB", "B", "\xFF", "\x9F", "\x9A", "\x8A", "\xF7", "\xD7", "\xFC", "ab c"}) {
+        TestKey(name, key);
+    }
+    EXPECT_THAT(key.Subkeys(), ElementsAre("aB", "ab c", "a_", "b", "\xD7", "\xFC", "\xF7", "\x9A", "\xFF"));
+}
+
+TEST_F(RegistryCalls, EnumerateInAnyDirectionWhileEntriesGo) {
+    const TestKey key("key");
+    std::vector<std::string> names;
+    for (int i = 0; i < 40; ++i) {
+        names.push_back("n" + std::to_string(10 + i));
+        key.Set(names.back(), "");
+        TestKey(names.back(), key);
+    }
+    const auto At = [&](DWORD index) {
+        char value[20] = "", subkey[20] = "";
+        DWORD value_size = sizeof value, subkey_size = sizeof subkey;
+        RegEnumValueA(key, index, value, &value_size, nullptr, nullptr, nullptr, nullptr);
+        RegEnumKeyExA(key, index, subkey, &subkey_size, nullptr, nullptr, nullptr, nullptr);
+        EXPECT_STREQ(value, subkey);
+        return std::string(value);
+    };
+    std::srand(7);
+    while (!names.empty()) {
+        for (int step = 0; step < 5; ++step) {
+            const DWORD index = static_cast<DWORD>(std::rand()) % (names.size() + 1);
+            EXPECT_EQ(At(index), index < names.size() ? names[index] : "");
+        }
+        const std::size_t doomed = static_cast<std::size_t>(std::rand()) % names.size();
+        EXPECT_EQ(RegDeleteValueA(key, names[doomed].c_str()), ERROR_SUCCESS);
+        EXPECT_EQ(RegDeleteKeyA(key, names[doomed].c_str()), ERROR_SUCCESS);
+        names.erase(names.begin() + static_cast<std::ptrdiff_t>(doomed));
+    }
+}
+
+TEST_F(RegistryCalls, TellSizesAndFillBuffersExactly) {
+    const TestKey key("key");
+    key.Set("text", std::string("four\0", 5));
+    key.Set("bare", "four");
+    key.Set("bare", "four", REG_EXPAND_SZ);
+    key.Set("bytes", "four", REG_BINARY);
+    key.Set("odd", "", 0xDEADBEEF);
+    struct Row {
+        const char *name;
+        DWORD type, room, size;
+        LONG result;
+        char behind; // the byte behind the data, '#' for an untouched one
+    };
+    for (const Row &row :
+         {Row{"text", REG_SZ, 8, 5, 0, '#'}, Row{"text", REG_SZ, 5, 5, 0, '#'},
+          Row{"text", REG_SZ, 4, 5, ERROR_MORE_DATA, '#'}, Row{"bare", REG_EXPAND_SZ, 5, 4, 0, '\0'},
+          Row{"bare", REG_EXPAND_SZ, 4, 4, 0, '#'}, Row{"bytes", REG_BINARY, 8, 4, 0, '#'},
+          Row{"odd", 0xDEADBEEF, 0, 0, 0, '#'}}) {
+        char data[] = "##########", name[10];
+        DWORD type = 0, size = row.room;
+        EXPECT_EQ(RegQueryValueExA(key, row.name, nullptr, &type, reinterpret_cast<BYTE *>(data), &size),
+                  row.result);
+        EXPECT_EQ(type, row.type) << row.name;
+        EXPECT_EQ(size, row.size) << row.name;
+        EXPECT_EQ(data[row.size], row.behind) << row.name << " " << row.room;
+        size = 77;
+        EXPECT_EQ(RegQueryValueExA(key, row.name, nullptr, nullptr, nullptr, &size), ERROR_SUCCESS);
+        EXPECT_EQ(size, row.size);
+        EXPECT_EQ(RegQueryValueExA(key, row.name, nullptr, &type, nullptr, nullptr), ERROR_SUCCESS);
+
+        DWORD index = 0, name_size = sizeof name;
+        while (RegEnumValueA(key, index, name, &name_size, nullptr, nullptr, nullptr, nullptr) == 0 &&
+               std::string(name) != row.name) {
+            ++index, name_size = sizeof name;
+        }
+        for (const bool short_name : {false, true}) {
+            std::strcpy(data, "##########");
+            name_size = short_name ? std::strlen(row.name) : sizeof name;
+            size = row.room;
+            const LONG result = RegEnumValueA(key, index, name, &name_size, nullptr, &type,
+                                              reinterpret_cast<BYTE *>(data), &size);
+            EXPECT_EQ(result, short_name ? ERROR_MORE_DATA : row.result);
+            EXPECT_EQ(name_size, std::strlen(row.name) + (result ? 1 : 0));
+            EXPECT_EQ(size, row.size);
+            EXPECT_EQ(data[row.size], result ? '#' : row.behind);
+        }
+    }
+    const TestKey sub("key\\subkey");
+    char name[20] = "untouched";
+    DWORD size = 6;
+    EXPECT_EQ(RegEnumKeyExA(key, 0, name, &size, nullptr, nullptr, nullptr, nullptr), ERROR_MORE_DATA);
+    EXPECT_EQ(size, 7u);
+    EXPECT_STREQ(name, "untouched");
+    EXPECT_EQ(RegEnumKeyExA(key, 0, name, &size, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+    EXPECT_EQ(size, 6u);
+    EXPECT_STREQ(name, "subkey");
+}
+
+TEST_F(RegistryCalls, GiveTheDefaultValueAsText) {
+    const TestKey key("key");
+    char text[10];
+    LONG size = sizeof text;
+    EXPECT_EQ(RegQueryValueA(key, nullptr, text, &size), ERROR_SUCCESS);
+    EXPECT_EQ(size, 1) << "without a default value it is empty";
+    EXPECT_STREQ(text, "");
+    key.Set("", "bare");
+    for (const LONG room : {4, -1}) {
+        EXPECT_EQ(RegQueryValueA(HKEY_CURRENT_USER, "KEY", text, &(size = room)), ERROR_MORE_DATA);
+        EXPECT_EQ(size, 5);
+    }
+    EXPECT_EQ(RegQueryValueA(HKEY_CURRENT_USER, "KEY", text, &size), ERROR_SUCCESS);
+    EXPECT_STREQ(text, "bare");
+    EXPECT_EQ(RegQueryValueA(key, "missing", text, &size), ERROR_FILE_NOT_FOUND);
+    key.Set("", "bytes", REG_BINARY);
+    EXPECT_EQ(RegQueryValueA(key, "", text, &size), ERROR_INVALID_DATA);
+}
+
+TEST_F(RegistryCalls, CountAKeysContents) {
+    HKEY key = nullptr;
+    char class_name[] = "the class", read_class[20];
+    ASSERT_EQ(
+        RegCreateKeyExA(HKEY_CURRENT_USER, "key", 0, class_name, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+        0);
+    for (const char *name : {"one", "three", "two"}) {
+        RegSetValueExA(key, name, 0, REG_BINARY, reinterpret_cast<const BYTE *>("123456789"),
+                       2 + std::strlen(name));
+        TestKey(std::string(name) + "-subkey", key);
+    }
+    DWORD class_size = 9, subkeys, longest_subkey, longest_class, values, longest_name, longest_data,
+          security;
+    FILETIME before, after;
+    const auto Query = [&](FILETIME *time) {
+        return RegQueryInfoKeyA(key, read_class, &class_size, nullptr, &subkeys, &longest_subkey,
+                                &longest_class, &values, &longest_name, &longest_data, &security, time);
+    };
+    EXPECT_EQ(Query(&before), ERROR_MORE_DATA);
+    EXPECT_EQ(class_size, 10u);
+    EXPECT_EQ(Query(&before), ERROR_SUCCESS);
+    EXPECT_STREQ(read_class, "the class");
+    EXPECT_THAT(
+        (std::vector{class_size, subkeys, longest_subkey, longest_class, values, longest_name, longest_data}),
+        ElementsAre(9, 3, 12, 0, 3, 5, 7));
+    RegDeleteValueA(key, "one");
+    class_size = sizeof read_class;
+    EXPECT_EQ(Query(&after), ERROR_SUCCESS);
+    EXPECT_NE(before.dwLowDateTime, after.dwLowDateTime) << "the time of the last change";
+    EXPECT_EQ(values, 2u);
+    EXPECT_EQ(RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                               nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+}
+
+TEST_F(RegistryCalls, ServeManyThreads) {
+    const TestKey shared("shared");
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            const TestKey own("shared\\" + std::to_string(t));
+            for (int i = 0; i < 200; ++i) {
+                const std::string name = std::to_string(t) + "-" + std::to_string(i);
+                EXPECT_EQ(shared.Set(name, name), ERROR_SUCCESS);
+                EXPECT_EQ(own.Set("last", name), ERROR_SUCCESS);
+                EXPECT_EQ(shared.Get(name), name);
+                shared.Values();
+                EXPECT_EQ(TestKey("shared").disposition, REG_OPENED_EXISTING_KEY);
+            }
+        });
+    }
+    for (std::thread &thread : threads) thread.join();
+    EXPECT_THAT(shared.Values(), SizeIs(800));
+    EXPECT_THAT(shared.Subkeys(), ElementsAre("0", "1", "2", "3"));
+}
+
+} // namespace

@@ -1,0 +1,287 @@
+#include <kelmara/shared_state/atom_table.h>
+#include <kelmara/shared_state/mutex_holder.h>
+
+#include <platform/kernel.h>
+
+#include <tests/shared_state/raw_atom_table.h>
+#include <tests/support/second_process.h>
+#include <tests/support/test_machine.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+
+namespace {
+
+constexpr char Table_Name[] = "TEST-ATOMS";
+
+class OpenTable : public CAtomTable {
+  public:
+    using CAtomTable::Get_Atom_Index;
+    using CAtomTable::Release_Atom;
+};
+
+class AtomTables : public MachineTest {
+  protected:
+    void SetUp() override {
+        MachineTest::SetUp();
+        table = std::make_unique<OpenTable>();
+        ASSERT_EQ(table->Initialize(Table_Name), 0);
+        raw = std::make_unique<RawAtomTable>();
+    }
+    void TearDown() override {
+        if (raw) raw->Expect_Whole();
+        raw.reset();
+        table.reset();
+        MachineTest::TearDown();
+    }
+
+    long Add(long group, long id, const std::string &text = "") {
+        return table->New_Atom(group, id, text.data(), static_cast<long>(text.size()));
+    }
+    std::string Data(long group, long id) {
+        char bytes[257] = {};
+        return table->Get_Atom_Data(group, id, bytes, 256) ? bytes : "(none)";
+    }
+    std::vector<long> Ids(long group) {
+        std::vector<long> ids;
+        EXPECT_FALSE(table->Iterate_Atoms(
+            group,
+            [](long, long id, char *, long user) {
+                reinterpret_cast<std::vector<long> *>(user)->push_back(id);
+                return true;
+            },
+            reinterpret_cast<long>(&ids)));
+        return ids;
+    }
+
+    std::unique_ptr<OpenTable> table;
+    std::unique_ptr<RawAtomTable> raw;
+};
+
+TEST_F(AtomTables, BeginWithTheStatedBlock) {
+    EXPECT_EQ(raw->header->Count, 0);
+    EXPECT_EQ(raw->header->Head, -1);
+    EXPECT_EQ(raw->header->Tail, -1);
+    for (long i = 0; i < 256; ++i) {
+        EXPECT_EQ(raw->header->FreeSlots[i], i);
+        EXPECT_EQ(raw->records[i].Slot, i);
+        EXPECT_EQ(raw->records[i].InUse + raw->records[i].Prev + raw->records[i].Next, 0);
+    }
+}
+
+TEST_F(AtomTables, KeepAtomsByKeyAndBySlot) {
+    EXPECT_EQ(Add(7, -1, "one"), 0);
+    EXPECT_EQ(Add(7, 2, "two"), 1);
+    EXPECT_EQ(Add(7, 2, "again"), -183);
+    EXPECT_EQ(Data(7, 2), "two");
+    EXPECT_EQ(Data(2, 7), "(none)");
+    char bytes[8] = "-------";
+    EXPECT_TRUE(table->Get_Atom_Data(1, bytes, 2));
+    EXPECT_STREQ(bytes, "tw-----");
+    EXPECT_TRUE(table->Get_Atom_Data(1, nullptr, 100)) << "a test of existence";
+    EXPECT_TRUE(table->Set_Atom_Data(7, 2, "T", 1));
+    EXPECT_TRUE(table->Set_Atom_Data(0, "ONE MORE", 9));
+    EXPECT_EQ(Data(7, 2), "Two");
+    EXPECT_EQ(Data(7, -1), "ONE MORE");
+    for (const long slot : {-1L, 2L, 255L, 256L, 0x7FFFFFFFL}) {
+        EXPECT_FALSE(table->Get_Atom_Data(slot, bytes, 1)) << slot;
+        EXPECT_FALSE(table->Set_Atom_Data(slot, bytes, 1)) << slot;
+        EXPECT_FALSE(table->Delete_Atom(slot)) << slot;
+    }
+    EXPECT_FALSE(table->Set_Atom_Data(7, 3, "x", 1));
+    EXPECT_FALSE(table->Delete_Atom(7, 3));
+    EXPECT_EQ(table->Get_Atom_Index(7, 2), 1);
+    table->Release_Atom(5);
+    EXPECT_EQ(raw->header->Count, 2) << "a free slot is left alone";
+}
+
+TEST_F(AtomTables, MoveAtMost256BytesAndNoneBelowZero) {
+    const std::string long_text(300, 'x');
+    EXPECT_EQ(Add(1, 1, long_text), 0);
+    EXPECT_EQ(raw->records[1].Group, 0) << "nothing went beyond the record";
+    char bytes[300];
+    std::memset(bytes, '-', sizeof bytes);
+    EXPECT_TRUE(table->Get_Atom_Data(1, 1, bytes, 300));
+    EXPECT_EQ(std::string(bytes, 300), std::string(256, 'x') + std::string(44, '-'));
+    EXPECT_TRUE(table->Set_Atom_Data(1, 1, std::string(300, 'y').c_str(), 300));
+    EXPECT_EQ(raw->records[1].Slot, 1);
+    EXPECT_TRUE(table->Get_Atom_Data(0L, bytes, -5));
+    EXPECT_EQ(bytes[0], 'x');
+    EXPECT_TRUE(table->Set_Atom_Data(0L, "z", -1));
+    EXPECT_EQ(Data(1, 1), std::string(256, 'y'));
+    // A record is not cleared: an atom without data of its own holds what lay there.
+    EXPECT_TRUE(table->Delete_Atom(1, 1));
+    for (long id = 1; id < 256; ++id) ASSERT_EQ(Add(2, id), id);
+    EXPECT_EQ(table->New_Atom(3, 3, nullptr, 10), 0);
+    EXPECT_EQ(Data(3, 3), std::string(256, 'y'));
+}
+
+TEST_F(AtomTables, RefuseThe257thAndUseSlotsInTurn) {
+    for (long id = 0; id < 256; ++id) ASSERT_EQ(Add(1, id, std::to_string(id)), id);
+    EXPECT_EQ(Add(1, 256), -1);
+    for (long id = 0; id < 256; ++id) ASSERT_EQ(Data(1, id), std::to_string(id));
+    for (const long id : {200L, 3L, 90L}) EXPECT_TRUE(table->Delete_Atom(1, id));
+    for (const long slot : {200L, 3L, 90L}) EXPECT_EQ(Add(2, slot), slot) << "first released, first used";
+}
+
+TEST_F(AtomTables, StayWholeWhenAnyAtomGoes) {
+    for (const std::vector<long> &order : {std::vector<long>{0, 1, 2}, {2, 1, 0}, {1, 0, 2}, {1, 2, 0}}) {
+        for (long id = 0; id < 3; ++id) ASSERT_GE(Add(1, id), 0);
+        std::vector<long> left = {0, 1, 2};
+        for (const long id : order) {
+            EXPECT_TRUE(table->Delete_Atom(1, id));
+            left.erase(std::find(left.begin(), left.end(), id));
+            EXPECT_EQ(Ids(1), left);
+            raw->Expect_Whole();
+        }
+        EXPECT_EQ(raw->header->Head, -1);
+        EXPECT_EQ(raw->header->Tail, -1);
+    }
+}
+
+TEST_F(AtomTables, AreWalkedByGroupInOrderAndMayChangeMeanwhile) {
+    for (long id = 0; id < 6; ++id) Add(id % 2, id);
+    EXPECT_EQ(Ids(0), (std::vector<long>{0, 2, 4}));
+    EXPECT_EQ(Ids(9), std::vector<long>{});
+    static std::vector<long> seen;
+    seen.clear();
+    table->Iterate_Atoms(
+        1,
+        [](long, long id, char *, long) {
+            seen.push_back(id);
+            return id != 3;
+        },
+        0);
+    EXPECT_EQ(seen, (std::vector<long>{1, 3})) << "ended by its callback";
+    seen.clear();
+    table->Iterate_Atoms(
+        0,
+        [](long slot, long id, char *data, long user) {
+            auto *inner = reinterpret_cast<OpenTable *>(user);
+            seen.push_back(id);
+            inner->Set_Atom_Data(slot, data, 256); // from the atom into itself
+            if (id == 0) inner->Delete_Atom(0, 2); // the next one of the group
+            inner->Delete_Atom(slot);
+            return true;
+        },
+        reinterpret_cast<long>(table.get()));
+    EXPECT_EQ(seen, (std::vector<long>{0, 4})) << "what was deleted meanwhile is not shown";
+    EXPECT_EQ(Ids(1), (std::vector<long>{1, 3, 5}));
+    EXPECT_THROW(table->Iterate_Atoms(
+                     1, [](long, long, char *, long) -> bool { throw 1; }, 0),
+                 int);
+    EXPECT_TRUE(table->Delete_Atom(1, 5)) << "an exception gives the lock up";
+}
+
+TEST_F(AtomTables, SayWhyTheyCannotBeHad) {
+    CAtomTable other;
+    char byte = 'x';
+    EXPECT_EQ(other.New_Atom(1, 1, &byte, 1), -1);
+    EXPECT_FALSE(other.Get_Atom_Data(0L, &byte, 1));
+    EXPECT_FALSE(other.Delete_Atom(1, 1));
+    EXPECT_EQ(other.Initialize(std::string(250, 'n').c_str()), ERROR_FILENAME_EXCED_RANGE);
+    EXPECT_EQ(other.New_Atom(1, 1, &byte, 1), -1);
+    EXPECT_EQ(other.Initialize(std::string(249, 'n').c_str()), 0);
+    EXPECT_EQ(other.New_Atom(1, 1, &byte, 1), 0) << "one block for all names";
+    EXPECT_TRUE(table->Get_Atom_Data(1, 1, nullptr, 0));
+    const HANDLE taken = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 8, "BAD-MUTEX");
+    EXPECT_EQ(other.Initialize("BAD"), -1) << "the lock's name is another kind of object's";
+    CloseHandle(taken);
+    EXPECT_FALSE(other.Get_Atom_Data(1, 1, nullptr, 0));
+    EXPECT_EQ(other.Initialize(nullptr), 0);
+    EXPECT_EQ(other.Initialize(Table_Name), 0) << "and again";
+}
+
+TEST_F(AtomTables, RefuseABlockThatIsTooSmall) {
+    raw.reset();
+    table = std::make_unique<OpenTable>();
+    const HANDLE small =
+        CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 1000, "DS-ATOM-TABLE-HI-MOM");
+    EXPECT_EQ(table->Initialize(Table_Name), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(Add(1, 1), -1);
+    const HANDLE mutex = CreateMutexA(nullptr, FALSE, "TEST-ATOMS-MUTEX");
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS)) << "the lock stays in the object";
+    EXPECT_EQ(Get_Mutex(mutex, 0), 0) << "and is not held";
+    ReleaseMutex(mutex);
+    CloseHandle(mutex);
+    CloseHandle(small);
+    EXPECT_EQ(table->Initialize(Table_Name), 0);
+    raw = std::make_unique<RawAtomTable>();
+}
+
+TEST_F(AtomTables, CopiesAttachByThemselves) {
+    Add(1, 1, "kept");
+    auto copy = std::make_unique<CAtomTable>(*table);
+    CAtomTable assigned, never_attached;
+    assigned = *copy;
+    copy.reset();
+    *table = *table;
+    EXPECT_TRUE(assigned.Get_Atom_Data(1, 1, nullptr, 0));
+    assigned = never_attached;
+    EXPECT_FALSE(assigned.Get_Atom_Data(1, 1, nullptr, 0));
+    EXPECT_EQ(Data(1, 1), "kept");
+}
+
+SECOND_PROCESS(atom_user) {
+    CAtomTable table;
+    if (table.Initialize(Table_Name) != 0) return 1;
+    char data[256] = {};
+    process.Tell(table.Get_Atom_Data(1, 1, data, sizeof data) ? data : "(none)");
+    process.Tell(std::to_string(table.New_Atom(1, 2, "second", 7)));
+    process.Hear();
+    return 0;
+}
+
+TEST_F(AtomTables, AreOneForAllProcesses) {
+    Add(1, 1, "first");
+    SecondProcess second("atom_user");
+    EXPECT_EQ(second.Hear(), "first") << "it doesn't wipe what is there";
+    EXPECT_EQ(second.Hear(), "1");
+    EXPECT_EQ(Data(1, 2), "second");
+    // The block outlives the process that made it, and goes with the last one.
+    raw.reset();
+    table.reset();
+    SecondProcess third("atom_user");
+    EXPECT_EQ(third.Hear(), "first");
+    EXPECT_EQ(third.Hear(), "-183");
+    EXPECT_EQ(second.Wait(), 0);
+    third.Kill();
+    third.Wait();
+    SecondProcess fourth("atom_user");
+    EXPECT_EQ(fourth.Hear(), "(none)");
+}
+
+// Makes and deletes atoms at random for a given number of rounds.
+SECOND_PROCESS(atom_shuffler) {
+    CAtomTable table;
+    if (table.Initialize(Table_Name) != 0) return 1;
+    std::mt19937 random(static_cast<unsigned>(std::stoi(process.Arguments().at(0))));
+    for (int rounds = std::stoi(process.Arguments().at(1)); rounds > 0; --rounds) {
+        const long id = static_cast<long>(random() % 400);
+        if (random() % 2)
+            table.New_Atom(1, id, reinterpret_cast<const char *>(&id), sizeof id);
+        else if (random() % 2)
+            table.Delete_Atom(1, id);
+        else
+            table.Delete_Atom(static_cast<long>(random() % 256));
+    }
+    return 0;
+}
+
+TEST_F(AtomTables, StandEightProcessesAtOnce) {
+    std::vector<std::unique_ptr<SecondProcess>> shufflers;
+    for (int i = 0; i < 8; ++i) {
+        shufflers.push_back(std::make_unique<SecondProcess>(
+            "atom_shuffler", std::vector<std::string>{std::to_string(i), "5000"}));
+    }
+    for (const auto &shuffler : shufflers) EXPECT_EQ(shuffler->Wait(), 0) << shuffler->Errors();
+    raw->Expect_Whole();
+    for (const long slot : raw->Chain()) {
+        long id;
+        std::memcpy(&id, raw->records[slot].Data, sizeof id);
+        EXPECT_EQ(id, raw->records[slot].Id);
+    }
+}
+
+} // namespace
