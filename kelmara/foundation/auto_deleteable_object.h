@@ -9,7 +9,8 @@ class KELMARA_API CAutoDeleteableObject {
   public:
     KELMARA_CLASS_ALLOCATION
 
-    KELMARA_INLINE constexpr CAutoDeleteableObject() {}
-    KELMARA_INLINE virtual ~CAutoDeleteableObject() {}
+    virtual ~CAutoDeleteableObject();
 };
 static_assert(sizeof(CAutoDeleteableObject) == 4);
+
+KELMARA_INLINE CAutoDeleteableObject::~CAutoDeleteableObject() = default;

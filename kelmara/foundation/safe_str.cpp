@@ -1,7 +1,10 @@
-#include <kelmara/foundation/safe_str.h>
-
+#include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/case_folding.h>
 #include <kelmara/foundation/string_helpers.h>
+
+#undef KELMARA_INLINE
+#define KELMARA_INLINE
+#include <kelmara/foundation/safe_str.h>
 
 #include <algorithm>
 #include <climits>
@@ -87,6 +90,7 @@ void CSafeStr::Copy_Any_Text(const char *text) {
 // --- assigning, comparing, appending ----------------------------------------------------------------------
 
 CSafeStr::CSafeStr(int number) {
+    Begin();
     Init();
     *this = number;
 }

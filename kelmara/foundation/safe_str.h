@@ -38,14 +38,14 @@ class KELMARA_API CStrAlloc {
 
 class KELMARA_API CSafeStr : public CAutoDeleteableObject {
   public:
-    KELMARA_INLINE CSafeStr() { Init(); }
-    KELMARA_INLINE CSafeStr(const char *text);
-    KELMARA_INLINE CSafeStr(const unsigned char *text) : CSafeStr(reinterpret_cast<const char *>(text)) {}
+    CSafeStr();
+    CSafeStr(const char *text);
+    CSafeStr(const unsigned char *text);
     /// The number's decimal text.
     CSafeStr(int number);
     /// A copy of the text; the Cursor starts anew.
-    KELMARA_INLINE CSafeStr(const CSafeStr &other);
-    KELMARA_INLINE ~CSafeStr() override;
+    CSafeStr(const CSafeStr &other);
+    ~CSafeStr() override;
 
     /// The Cursor stays where it is.
     void operator=(const char *text) const;
@@ -92,7 +92,7 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
     void Prime_Increment();
 
     /// The byte at that index, which is not checked.
-    KELMARA_INLINE char operator[](int index) const { return Data[index]; }
+    char operator[](int index) const;
 
     /// Up to the first zero byte.
     int Length() const;
@@ -100,10 +100,10 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
     int Max_Len() const;
 
     /// The text itself. It may be written to, within its length and terminator.
-    KELMARA_INLINE operator char *() const { return Data; }
-    KELMARA_INLINE operator unsigned char *() const { return reinterpret_cast<unsigned char *>(Data); }
-    KELMARA_INLINE operator void *() const { return Data; }
-    KELMARA_INLINE operator long() const { return reinterpret_cast<long>(Data); }
+    operator char *() const;
+    operator unsigned char *() const;
+    operator void *() const;
+    operator long() const;
 
     /// Copies exactly `length` bytes, zero bytes too, and a terminator behind them. None for a length below 0
     /// or a null `data`.
@@ -142,31 +142,32 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
 
   protected:
     /// An empty text inside the object.
-    KELMARA_INLINE void Init() {
-        Data = Inline_Buffer;
-        Inline_Buffer[0] = '\0';
-    }
+    void Init();
 
   private:
     friend class CStrAlloc;
     friend struct SafeStrLayout;
 
     static constexpr int Inline_Size = 512; // bytes
+    static constexpr int Block_Size = 32;   // bytes that are copied at once
 
-    bool Copy_Short_Text(const char *source);
+    void Begin();
+    bool Copy_Block(const char *text, int at);
+    bool Copy_Next_Blocks(const char *text);
     void Copy_Any_Text(const char *text);
     KELMARA_INTERNAL void Reserve(std::size_t length) const;
     KELMARA_INTERNAL const char *Reserve_Beside(const char *source, std::size_t length) const;
     KELMARA_INTERNAL std::size_t Capacity() const;
-    KELMARA_INTERNAL bool Splice(std::size_t at, std::size_t removed, const char *inserted, std::size_t inserted_length);
+    KELMARA_INTERNAL bool Splice(std::size_t at, std::size_t removed, const char *inserted,
+                                 std::size_t inserted_length);
     KELMARA_INTERNAL void Take_Token(const char *start, std::size_t length);
 
     unsigned long Signature = 0xCAFEBABE;    // offset 4
     mutable char *Data;                      // offset 8, Inline_Buffer or Heap_Block
     mutable char Inline_Buffer[Inline_Size]; // offset 12
-    mutable char *Heap_Block = nullptr;      // offset 524, owned
-    mutable long Heap_Size = 0;              // offset 528, bytes
-    mutable char *Cursor = nullptr;          // offset 532, where the next character goes; null until primed
+    mutable char *Heap_Block;                // offset 524, owned
+    mutable long Heap_Size;                  // offset 528, bytes
+    mutable char *Cursor;                    // offset 532, where the next character goes; null until primed
 };
 static_assert(sizeof(CSafeStr) == 536);
 
@@ -180,48 +181,94 @@ struct SafeStrLayout {
 #pragma GCC diagnostic pop
 
 // --- making, copying and dropping, compiled into the caller -----------------------------------------------
+//
+// A string of a few characters costs some 20 instructions from start to end, so each store counts: the three
+// fields at the end are cleared by one. A text is stored in blocks as it is read, whatever stands behind its
+// terminator: so it is read once, and a copy of a string just made reads the blocks that were just written,
+// each out of the store that wrote it.
 
-/// Copies a text of up to 511 characters in blocks, testing and storing each as it is read: so it is read
-/// once, and a copy of a fresh string reads the same blocks that were just written. False, with nothing of
-/// worth written, when there is no terminator in the first 512 bytes, which must all be readable.
-[[gnu::always_inline]] inline bool CSafeStr::Copy_Short_Text(const char *source) {
-    for (int at = 0; at < Inline_Size; at += 32) {
-        __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i *>(source + at));
-        __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i *>(source + at + 16));
-        asm("" : "+x"(first), "+x"(second)); // the compiler would load them anew for each use
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(Inline_Buffer + at), first);
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(Inline_Buffer + at + 16), second);
-        const __m128i zeroes = _mm_cmpeq_epi8(_mm_min_epu8(first, second), _mm_setzero_si128());
-        if (_mm_movemask_epi8(zeroes) != 0) return true;
+/// Everything but the text. The one store begins in the last four bytes of Inline_Buffer.
+[[gnu::always_inline]] inline void CSafeStr::Begin() {
+    Data = Inline_Buffer;
+    char *const last_16_bytes = reinterpret_cast<char *>(this) + sizeof(CSafeStr) - 16;
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(last_16_bytes), _mm_setzero_si128());
+}
+
+/// Copies 32 bytes from `text` on, which must be readable; true when the text ends in them.
+[[gnu::always_inline]] inline bool CSafeStr::Copy_Block(const char *text, int at) {
+    __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text + at));
+    __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text + at + 16));
+    asm("" : "+x"(low), "+x"(high)); // or the compiler would load both twice
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(Inline_Buffer + at), low);
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(Inline_Buffer + at + 16), high);
+    const __m128i zeroes = _mm_cmpeq_epi8(_mm_min_epu8(low, high), _mm_setzero_si128());
+    return _mm_movemask_epi8(zeroes) != 0;
+}
+
+/// The same for the blocks behind the first one, up to 512 bytes.
+[[gnu::always_inline]] inline bool CSafeStr::Copy_Next_Blocks(const char *text) {
+    for (int at = Block_Size; at < Inline_Size; at += Block_Size) {
+        if (Copy_Block(text, at)) return true;
     }
     return false;
 }
 
-inline CSafeStr::CSafeStr(const char *text) {
+KELMARA_INLINE void CSafeStr::Init() {
+    Data = Inline_Buffer;
+    Inline_Buffer[0] = '\0';
+}
+
+KELMARA_INLINE CSafeStr::CSafeStr() {
+    Begin();
     Init();
-#if !defined(__SANITIZE_ADDRESS__) // which would see the bytes read behind the terminator
-    // Memory is readable or not by pages of 4096 bytes, so what follows a byte up to the end of its page is.
-    // The compiler is not to know the object that `text` points to: it would warn of reading behind it.
-    const char *page_bytes = text;
-    asm("" : "+r"(page_bytes));
-    const unsigned long offset_in_page = reinterpret_cast<unsigned long>(page_bytes) % 4096;
-    if (text && offset_in_page <= 4096 - Inline_Size && Copy_Short_Text(page_bytes)) [[likely]]
-        return;
+}
+
+KELMARA_INLINE CSafeStr::CSafeStr(const char *text) {
+    Begin();
+    int readable = 0;
+#if !defined(__SANITIZE_ADDRESS__) // which sees what is read behind a terminator
+    // Memory is readable or not by pages of 4096 bytes: what follows a byte up to the end of its page is.
+    asm("" : "+r"(text)); // or the compiler would warn of reading behind the end of an object that it knows
+    if (text) readable = 4096 - static_cast<int>(reinterpret_cast<unsigned long>(text) % 4096);
 #endif
+    if (readable >= Block_Size && Copy_Block(text, 0)) return;
+    if (readable >= Inline_Size && Copy_Next_Blocks(text)) return;
     Copy_Any_Text(text);
 }
 
-inline CSafeStr::CSafeStr(const CSafeStr &other) : CAutoDeleteableObject() {
-    Init();
-    const char *other_bytes = other.Inline_Buffer;
-    asm("" : "+r"(other_bytes)); // or the compiler would warn of the bytes behind the terminator
-    if (!other.Heap_Block && Copy_Short_Text(other_bytes)) [[likely]]
-        return;
+KELMARA_INLINE CSafeStr::CSafeStr(const unsigned char *text)
+    : CSafeStr(reinterpret_cast<const char *>(text)) {}
+
+KELMARA_INLINE CSafeStr::CSafeStr(const CSafeStr &other) : CAutoDeleteableObject() {
+    Begin();
+    const char *text = other.Inline_Buffer;
+    asm("" : "+r"(text)); // or the compiler would warn of bytes behind the terminator that nobody wrote
+    if (!other.Heap_Block && (Copy_Block(text, 0) || Copy_Next_Blocks(text))) return;
     Copy_Any_Text(other.Data);
 }
 
-inline CSafeStr::~CSafeStr() {
+KELMARA_INLINE CSafeStr::~CSafeStr() {
     if (Heap_Block) [[unlikely]]
         ds_free(Heap_Block);
     Data = Inline_Buffer;
+}
+
+KELMARA_INLINE char CSafeStr::operator[](int index) const {
+    return Data[index];
+}
+
+KELMARA_INLINE CSafeStr::operator char *() const {
+    return Data;
+}
+
+KELMARA_INLINE CSafeStr::operator unsigned char *() const {
+    return reinterpret_cast<unsigned char *>(Data);
+}
+
+KELMARA_INLINE CSafeStr::operator void *() const {
+    return Data;
+}
+
+KELMARA_INLINE CSafeStr::operator long() const {
+    return reinterpret_cast<long>(Data);
 }
