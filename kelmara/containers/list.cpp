@@ -1,3 +1,4 @@
+#define KELMARA_INLINE
 #include <kelmara/containers/list.h>
 
 #include <kelmara/foundation/memory.h>

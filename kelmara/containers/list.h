@@ -200,7 +200,7 @@ inline const void *CDSList::Table() const {
     return *reinterpret_cast<const Word *>(this);
 }
 
-inline bool CDSList::Add(void *data, long key) {
+KELMARA_INLINE bool CDSList::Add(void *data, long key) {
     CListItem *const last = Tail;
     if (key != Lock_Key || !last || !ListItemPool::Serves(Table()) || !ListItemPool::Has_Item_At_Hand())
         [[unlikely]]
@@ -213,7 +213,7 @@ inline bool CDSList::Add(void *data, long key) {
     return true;
 }
 
-inline bool CDSList::Push(void *data, long key) {
+KELMARA_INLINE bool CDSList::Push(void *data, long key) {
     CListItem *const first = Head;
     if (key != Lock_Key || !first || !ListItemPool::Serves(Table()) || !ListItemPool::Has_Item_At_Hand())
         [[unlikely]]
@@ -227,7 +227,7 @@ inline bool CDSList::Push(void *data, long key) {
     return true;
 }
 
-inline void *CDSList::Pop(long key) {
+KELMARA_INLINE void *CDSList::Pop(long key) {
     CListItem *const item = Head;
     if (key != Lock_Key || !item || !item->Next || !ListItemPool::Serves(Table()) ||
         !ListItemPool::Can_Return_At_Hand(item)) [[unlikely]]
