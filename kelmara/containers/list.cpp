@@ -155,7 +155,7 @@ inline void *CDSList::Remove_Head() {
         Head->Prev = nullptr;
     else
         Tail = nullptr;
-    DeleteItem(item);
+    DeleteItem(item); // NOLINT(*.VirtualCall): the destructor means the list's own
     --Count;
     return value;
 }

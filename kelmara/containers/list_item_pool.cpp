@@ -92,10 +92,14 @@ void Free_Block(const ItemPoolBlock &block) {
     std::free(block.Free_Stack);
 }
 
+template <class T>
+T *Allocate(long count) {
+    return static_cast<T *>(std::malloc(static_cast<std::size_t>(count) * sizeof(T)));
+}
+
 ItemPoolBlock Make_Block() {
-    const ItemPoolBlock block = {
-        static_cast<CListItem *>(std::malloc(Items_Per_Block * sizeof(CListItem))),
-        static_cast<CListItem **>(std::malloc(Items_Per_Block * sizeof(CListItem *))), Items_Per_Block - 1};
+    const ItemPoolBlock block = {Allocate<CListItem>(Items_Per_Block), Allocate<CListItem *>(Items_Per_Block),
+                                 Items_Per_Block - 1};
     if (!block.Items || !block.Free_Stack) {
         Free_Block(block);
         throw -1;

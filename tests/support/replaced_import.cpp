@@ -34,6 +34,7 @@ struct Imports {
     }
 
     void Find(Search &search, ElfW(Addr) base) const {
+        if (!symbols || !names) return;
         for (int table = 0; table < 2; ++table) {
             for (std::size_t i = 0; i < sizes[table]; ++i) {
                 const ElfW(Rel) &place = tables[table][i];
