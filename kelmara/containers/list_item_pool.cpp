@@ -94,6 +94,7 @@ void Free_Block(const ItemPoolBlock &block) {
 
 template <class T>
 T *Allocate(long count) {
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): T may be a pointer
     return static_cast<T *>(std::malloc(static_cast<std::size_t>(count) * sizeof(T)));
 }
 
