@@ -12,14 +12,14 @@ namespace {
 
 constexpr long Bits_Per_Word = 32;
 constexpr unsigned long Page_Size = 4096;
-constexpr unsigned long Pages_Per_Leaf = 1024;
+constexpr unsigned long Page_Count = 1024 * 1024;
 
 constinit ItemPoolBlock *Pool_Blocks = nullptr;
 constinit long Pool_Block_Count = 0;
-// The address space in pages, a leaf for 1,024 of them, and for each page the last block that lies in it, as
-// its index plus 1. A page is smaller than a block, so the block that an address lies in is the last one of
-// the address's page or of the page before.
-constinit long *Block_Map[1024] = {};
+// For each page of the address space the last block that lies in it, as its index plus 1. A page is smaller
+// than a block, so the block that an address lies in is the last one of the address's page or of the page
+// before. Of these 4 MB the host gives only what is written to.
+constinit long *Block_Map = nullptr;
 // A bit for each block: set where Free_Top is not 0 and for the block that items go back to, because that one
 // gets them without a word. Bits that are set for nothing are cleared when a search meets them.
 constinit unsigned long *Free_Bits = nullptr;
@@ -55,36 +55,24 @@ unsigned long Page_Of(const void *address) {
     return reinterpret_cast<unsigned long>(address) / Page_Size;
 }
 
-long *&Leaf_Of(unsigned long page) {
-    return Block_Map[page / Pages_Per_Leaf % 1024];
-}
-
-ItemPoolBlock *Last_Block_In(unsigned long page) {
-    const long *leaf = Leaf_Of(page);
-    const long number = leaf ? leaf[page % Pages_Per_Leaf] : 0;
-    return number != 0 ? Pool_Blocks + number - 1 : nullptr;
-}
-
 ItemPoolBlock *Block_Of(const CListItem *item) {
     for (const unsigned long page : {Page_Of(item), Page_Of(item) - 1}) {
-        ItemPoolBlock *block = Last_Block_In(page);
-        if (block && block->Holds(item)) return block;
+        const long number = Block_Map[page % Page_Count];
+        if (number != 0 && Pool_Blocks[number - 1].Holds(item)) return Pool_Blocks + number - 1;
     }
     return nullptr;
 }
 
-bool Map_Block(const ItemPoolBlock &block) {
-    const unsigned long first = Page_Of(block.Items), last = Page_Of(block.Items + Items_Per_Block - 1);
-    for (unsigned long page = first; page <= last; ++page) {
-        long *&leaf = Leaf_Of(page);
-        if (!leaf) leaf = static_cast<long *>(std::calloc(Pages_Per_Leaf, sizeof(long)));
-        if (!leaf) return false;
-    }
-    for (unsigned long page = first; page <= last; ++page) {
-        long &number = Leaf_Of(page)[page % Pages_Per_Leaf];
-        if (page != last || number == 0) number = Pool_Block_Count + 1;
-    }
-    return true;
+void Make_Map() {
+    if (Block_Map) return;
+    Block_Map = static_cast<long *>(std::calloc(Page_Count, sizeof(long)));
+    if (!Block_Map) throw E_OUTOFMEMORY;
+}
+
+void Map_Block(const ItemPoolBlock &block, long number) {
+    const unsigned long last = Page_Of(block.Items + Items_Per_Block - 1);
+    for (unsigned long page = Page_Of(block.Items); page < last; ++page) Block_Map[page] = number;
+    if (Block_Map[last] == 0) Block_Map[last] = number;
 }
 
 void Free_Block(const ItemPoolBlock &block) {
@@ -106,10 +94,6 @@ ItemPoolBlock Make_Block() {
         throw -1;
     }
     for (long i = 0; i < Items_Per_Block; ++i) block.Free_Stack[i] = block.Items + i;
-    if (!Map_Block(block)) {
-        Free_Block(block);
-        throw E_OUTOFMEMORY;
-    }
     return block;
 }
 
@@ -152,9 +136,11 @@ void ListItemPool::Grow_Item_Pool() {
         Front.Current_Pool_Block = block;
         return;
     }
+    Make_Map();
     Grow_Records();
     Grow_Free_Bits();
     Pool_Blocks[Pool_Block_Count] = Make_Block();
+    Map_Block(Pool_Blocks[Pool_Block_Count], Pool_Block_Count + 1);
     Set_Free_Bit(Pool_Block_Count);
     Front.Current_Pool_Block = Pool_Blocks + Pool_Block_Count;
     ++Pool_Block_Count;
@@ -176,7 +162,7 @@ void ListItemPool::Return_List_Item(CListItem *item) {
 
 void ListItemPool::Free_Item_Pool() {
     for (long i = 0; i < Pool_Block_Count; ++i) Free_Block(Pool_Blocks[i]);
-    for (long *&leaf : Block_Map) Free_Table(leaf);
+    Free_Table(Block_Map);
     Free_Table(Pool_Blocks);
     Free_Table(Free_Bits);
     Pool_Block_Count = 0;
