@@ -25,7 +25,7 @@ bool Is_Regular_File(const std::string &path) {
 
 std::string Find_In(const std::string &host_folder, const std::vector<std::string> &files) {
     for (const std::string &file : files) {
-        const std::string found = Find_In_Folder(host_folder, file);
+        std::string found = Find_In_Folder(host_folder, file);
         if (!found.empty() && Is_Regular_File(found)) return found;
     }
     return {};
