@@ -27,12 +27,12 @@ class KELMARA_API CIterator {
     /// Starts a walk and steps to the first entry whose value is `data`. Null when there is none.
     void *Iterate(CDSList *list, void *data);
     /// Starts a walk from which Next will deliver entry `index`, and gives its item, not its value. Null when
-    /// there is no such entry: the walk is then over, or at its start for an `index` below 0.
+    /// there is no such entry: the walk is then past its last entry, or at its start for an `index` below 0.
     void *Iterate(CDSList *list, short index);
 
     /// Steps on and gives the value; null past the end.
     void *Next();
-    /// The value that Next or Previous gave last, null before the first.
+    /// The value of the entry that Next or Previous delivered last, null before the first.
     void *Current();
     /// Steps back. Past the end it gives the last entry, and so it does once more when it stands on it; at
     /// the start null.
@@ -46,7 +46,7 @@ class KELMARA_API CIterator {
     void *Reset_To(void *data);
 
     /// Removes the entry delivered last from the list and releases nothing. The walk then stands on the entry
-    /// in front of it, and Next delivers the one behind. Right after Reset the walk stays at its start.
+    /// in front of it, and Next delivers the one behind; where there is none in front, it is at its start.
     void Delete_Current();
 
   private:

@@ -93,13 +93,16 @@ long CDSList::QueryInterface(GUID const &iid, void **out) {
     return S_OK;
 }
 
+// A release routine may take a reference to the list that is being destroyed, and give it back.
+constexpr unsigned long Being_Destroyed = 0x80000000;
+
 unsigned long CDSList::AddRef() {
     return ++Ref_Count;
 }
 
 unsigned long CDSList::Release() {
-    if (Ref_Count == 0) return 0;
     if (--Ref_Count != 0) return Ref_Count;
+    Ref_Count = Being_Destroyed;
     Delete_List(this);
     return 0;
 }
@@ -302,9 +305,7 @@ void *CDSList::Remove(void *data, long key) {
     return nullptr;
 }
 
-// A null from GetEntry may be a value: the range is asked for first.
 void *CDSList::RemoveAt(long index) {
-    if (index < 0 || index >= Count) return nullptr;
     return Remove(GetEntry(index, 0), 0);
 }
 

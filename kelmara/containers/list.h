@@ -54,8 +54,8 @@ class KELMARA_API CDSList : public IListInterface {
     long QueryInterface(GUID const &iid, void **out) override;
     unsigned long AddRef() override;
     /// The last reference destroys the list, which must have been made with `new`, as a CDSList. A list that
-    /// was never handed out has no references and is destroyed by its owner; releasing it gives 0 and does
-    /// nothing.
+    /// was never handed out has no references and is destroyed by its owner, not by a release. While it is
+    /// being destroyed a release routine may take a reference and give it back.
     unsigned long Release() override;
 
     /// Appends at the tail. Final, as Push and Pop are, because they are compiled into their callers; a
@@ -72,7 +72,8 @@ class KELMARA_API CDSList : public IListInterface {
     void *Pop(long key) final;
     /// Removes the first entry whose value is `data` and gives the value; null when there is none.
     void *Remove(void *data, long key) override;
-    /// Looks up the value at `index` and removes the first entry of that value. Null on a locked list.
+    /// Looks up the value at `index` and removes the first entry of that value. Null on a locked list. Out of
+    /// range the value is null: an entry that is null is then what goes.
     void *RemoveAt(long index) override;
     /// The index of the first entry whose value is `data`, -1 when there is none or the key is refused.
     long Contains(void *data, long key) override;
@@ -85,7 +86,8 @@ class KELMARA_API CDSList : public IListInterface {
     long Entries(long key) override;
     /// Pops all entries and releases every value that is not null through the list's release routine,
     /// volatile or not. What the routine throws is swallowed. Ends early when a Pop takes nothing out, be it
-    /// that the routine locked the list or that a derived class counts in its own way.
+    /// that the routine locked the list or that a derived class counts in its own way. The routine may not
+    /// give back the list's last reference.
     virtual void DeleteAllEntriesAsPointers(long key);
 
     /// The number as the value. A 0 is a value like any other: walk with CIterator::More.
@@ -115,6 +117,7 @@ class KELMARA_API CDSList : public IListInterface {
     /// its second, and exactly -1 the other way round; other numbers leave a pair as it is. Stable. Values
     /// are exchanged, not items, so iterators keep their places. Takes the square of the count in calls and
     /// gives the time slice away after each pass. The key is ignored; without a routine nothing happens.
+    /// The routine must not change the list.
     void Sort(bool ascending, long key);
     void SetListSortProc(int (*proc)(void *, void *, long), long data);
     /// The routines for entries that the list copies and owns; to be set before there are any. Without an

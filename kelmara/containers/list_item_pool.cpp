@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
+#include <cstring>
 
 constinit ListItemPoolFront ListItemPool::Front = {};
 
@@ -93,6 +94,7 @@ ItemPoolBlock Make_Block() {
         Free_Block(block);
         throw -1;
     }
+    std::memset(static_cast<void *>(block.Items), 0xDB, Items_Per_Block * sizeof(CListItem));
     for (long i = 0; i < Items_Per_Block; ++i) block.Free_Stack[i] = block.Items + i;
     return block;
 }
@@ -119,15 +121,11 @@ ItemPoolBlock *ListItemPool::First_Block_With_Free_Item() {
 
 // The records move: what points to them moves along.
 void ListItemPool::Grow_Records() {
-    ItemPoolBlock *grown = nullptr;
-    Grow_Table(grown, Pool_Block_Count + 1);
-    std::copy_n(Pool_Blocks, Pool_Block_Count, grown);
-    if (Front.Current_Pool_Block) {
-        Front.Current_Pool_Block = grown + (Front.Current_Pool_Block - Pool_Blocks);
-        Front.Last_Return_Block = grown + (Front.Last_Return_Block - Pool_Blocks);
-    }
-    std::free(Pool_Blocks);
-    Pool_Blocks = grown;
+    const long current = Front.Current_Pool_Block ? Front.Current_Pool_Block - Pool_Blocks : -1;
+    const long last_return = Front.Last_Return_Block ? Front.Last_Return_Block - Pool_Blocks : -1;
+    Grow_Table(Pool_Blocks, Pool_Block_Count + 1);
+    if (current >= 0) Front.Current_Pool_Block = Pool_Blocks + current;
+    if (last_return >= 0) Front.Last_Return_Block = Pool_Blocks + last_return;
 }
 
 // The first block with a free item becomes current, a new one if need be.

@@ -19,8 +19,9 @@ struct ItemPoolBlock {
     long Free_Top;          // offset 8, where the top of the stack is
 
     bool Holds(const CListItem *item) const {
-        return reinterpret_cast<unsigned long>(item) - reinterpret_cast<unsigned long>(Items) <
-               Items_Per_Block * sizeof(CListItem);
+        const unsigned long offset =
+            reinterpret_cast<unsigned long>(item) - reinterpret_cast<unsigned long>(Items);
+        return offset < Items_Per_Block * sizeof(CListItem) && offset % sizeof(CListItem) == 0;
     }
 };
 static_assert(offsetof(ItemPoolBlock, Free_Stack) == 4 && offsetof(ItemPoolBlock, Free_Top) == 8);

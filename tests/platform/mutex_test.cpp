@@ -3,7 +3,10 @@
 #include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
 
+#include <atomic>
+#include <fstream>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -18,6 +21,15 @@ SECOND_PROCESS(mutex_holder) {
     process.Tell(std::to_string(WaitForSingleObject(mutex, INFINITE)));
     while (process.Hear() == "release") process.Tell(ReleaseMutex(mutex) ? "released" : "refused");
     return 0;
+}
+
+// A thread of this process that waits for something.
+bool Is_Asleep(int thread) {
+    std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string word;
+    while (status >> word && word.back() != ')') {
+    }
+    return status >> word && word == "S";
 }
 
 TEST_F(Mutexes, ReportWhetherTheyAreFresh) {
@@ -130,11 +142,13 @@ TEST_F(Mutexes, ClosedWhileOwnedGoWhenTheirOwnerEnds) {
 TEST_F(Mutexes, CanBeClosedUnderAWaiter) {
     const HANDLE owned = CreateMutexA(nullptr, TRUE, Name);
     const HANDLE waited_for = CreateMutexA(nullptr, FALSE, Name);
+    std::atomic<int> number{0};
     std::thread waiter([&] {
+        number = gettid();
         EXPECT_EQ(WaitForSingleObject(waited_for, INFINITE), WAIT_OBJECT_0);
         EXPECT_FALSE(ReleaseMutex(waited_for)) << "its handle is gone; the thread's end gives it up";
     });
-    Sleep(20);
+    while (number == 0 || !Is_Asleep(number)) Sleep(1);
     CloseHandle(waited_for);
     ReleaseMutex(owned);
     waiter.join();
