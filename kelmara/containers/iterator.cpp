@@ -80,7 +80,7 @@ void CIterator::Delete_Current() {
     CListItem *prev = Current_Item->Prev;
     List->Remove_Item(Current_Item);
     Current_Item = prev;
-    if (prev) {
+    if (prev && Steps > 0) {
         Next_Item = prev->Next;
         --Steps;
     } else {

@@ -46,7 +46,8 @@ class KELMARA_API CIterator {
     void *Reset_To(void *data);
 
     /// Removes the entry delivered last from the list and releases nothing. The walk then stands on the entry
-    /// in front of it, and Next delivers the one behind; where there is none in front, it is at its start.
+    /// in front of it, and Next delivers the one behind; where there is none in front, it is at its
+    /// start, as it stays right after Reset, so that More is always right.
     void Delete_Current();
 
   private:
