@@ -12,8 +12,7 @@
 namespace {
 
 struct Pool : Lists {
-    // All blocks that were there are empty now; one block is fresh but for a single item.
-    Pool() {
+    Pool() { // leaves all blocks that were there empty, and a fresh one but for a single item
         for (long left = Free_Items() + 1; left > 0; --left) filler_.Add(1, 0);
         EXPECT_EQ(Blocks().size(), 1u);
     }
@@ -45,12 +44,8 @@ TEST_F(Pool, FillsABlockTo499) {
     EXPECT_EQ(Blocks().size(), 3u);
 }
 
-struct OpenList final : CDSList {
-    using CDSList::DeleteItem;
-};
-
 TEST_F(Pool, MarksWhatComesBackAndIgnoresTheRest) {
-    OpenList list;
+    OddList list;
     list.Push(5, 0);
     list.Push(6, 0);
     char *item = First_Item(list);
@@ -70,38 +65,20 @@ TEST_F(Pool, MarksWhatComesBackAndIgnoresTheRest) {
 }
 
 TEST_F(Pool, ThrowsWhenMemoryRunsOut) {
-    const auto outcome = [](auto operation) -> std::string {
-        try {
-            return operation() ? "done" : "refused";
-        } catch (int number) {
-            return "int " + std::to_string(number);
-        } catch (long number) {
-            return "long " + std::to_string(number);
-        }
-    };
-    const std::initializer_list<bool (*)(CDSList &)> operations = {
-        [](CDSList &full) { return full.Add(2, 0); },
-        [](CDSList &full) { return full.Push(2, 0); },
-        [](CDSList &full) { return full.Insert(Value(2), 3, 0); },
-        [](CDSList &full) { return full.PushCString("2", 0); },
-        [](CDSList &full) { return full.AddCString(const_cast<char *>("2"), 0); },
-    };
     CDSList list;
     for (long n = 0; n < 498; ++n) list.Add(1, 0);
     const long blocks_before = LibraryHeap::Live_Blocks();
     std::vector<std::string> thrown;
     for (long nth = 1;; ++nth) {
         Heap().Fail(nth);
-        thrown.push_back(outcome([&] { return list.Add(2, 0); }));
+        thrown.push_back(Outcome(Additions[0], list));
         if (thrown.back() == "done") break;
         const NoLeak no_leak;
-        for (const auto operation : operations) {
+        for (const auto &addition : Additions) {
             Heap().Fail(nth);
-            EXPECT_EQ(outcome([&] { return operation(list); }), thrown.back()) << nth;
+            const bool quiet = &addition == &Additions[Push_Volatile];
+            EXPECT_EQ(Outcome(addition, list), quiet ? "refused" : thrown.back()) << &addition - Additions;
         }
-        char text[] = "";
-        Heap().Fail(nth);
-        EXPECT_FALSE(list.PushVolatile(text, 1, 0));
         Heap().Fail(nth);
         EXPECT_EQ(list.ShallowClone(), nullptr);
         EXPECT_EQ(list.Entries(0), 498);
@@ -114,10 +91,7 @@ TEST_F(Pool, ThrowsWhenMemoryRunsOut) {
     EXPECT_EQ(Blocks().size(), 2u);
 }
 
-// --- beside a model of it ---------------------------------------------------------------------------------
-
-// Where blocks come to lie: close together, below and above those before. They are listed as they are given
-// out.
+// Where blocks come to lie: close together, below and above those before; listed as they are given out.
 constexpr long Most_Blocks = 64;
 char arena[Most_Blocks * Block_Bytes];
 std::vector<char *> blocks;
@@ -157,7 +131,8 @@ class Model {
     std::size_t current_ = 0;
 };
 
-std::string Use_At_Random() {
+SECOND_PROCESS(uses_the_pool_at_random) {
+    const ReplacedImport malloc("libkelmara.so", "malloc", reinterpret_cast<void *>(Scattered_Malloc));
     Model model;
     CDSList plain[4];
     OddList odd[2]; // goes the long way round
@@ -170,7 +145,7 @@ std::string Use_At_Random() {
         if (count < most && random() % 3 != 0) {
             ++count;
             list.Push(Value(step), 0);
-            if (First_Item(list) != model.Take()) return "another item at step " + std::to_string(step);
+            if (First_Item(list) != model.Take()) std::_Exit(2);
         } else if (list.Entries(0) > 0) {
             --count;
             char *item = First_Item(list);
@@ -178,22 +153,13 @@ std::string Use_At_Random() {
             model.Return(item);
         }
     }
-    return blocks.size() > 15 ? "as the model" : "too few blocks";
-}
-
-SECOND_PROCESS(uses_the_pool_at_random) {
-    const ReplacedImport malloc("libkelmara.so", "malloc", reinterpret_cast<void *>(Scattered_Malloc));
-    process.Tell(Use_At_Random());
-    std::_Exit(0); // nobody is to free the arena
+    std::_Exit(blocks.size() > 15 ? 0 : 3); // nobody is to free the arena
 }
 
 TEST(PoolAtRandom, ServesItemsFromTheFirstBlockThatHasSome) {
     SecondProcess user("uses_the_pool_at_random");
-    EXPECT_EQ(user.Hear(), "as the model");
-    EXPECT_EQ(user.Wait(), 0) << user.Errors();
+    EXPECT_EQ(user.Wait(), 0) << "2: not the model's item; 3: too few blocks" << user.Errors();
 }
-
-// --- what happens at the exit of a process ----------------------------------------------------------------
 
 LibraryHeap *last_heap = nullptr; // watches to the very end
 CDSList *last_list = nullptr;
@@ -206,12 +172,10 @@ ssize_t Tell_At_Last(void *, const char *, std::size_t size) {
         report = std::to_string(last_list->Entries(0)) + " entries, ";
         last_list->~CDSList();
     }
-    report += std::to_string(LibraryHeap::Live_Blocks()) + " blocks";
+    report += std::to_string(LibraryHeap::Live_Blocks()) + " blocks\n";
     CDSList().Add(1, 0); // a new pool
     delete last_heap;
-    report += "\n";
-    if (write(STDOUT_FILENO, report.data(), report.size()) < 0) return 0;
-    return static_cast<ssize_t>(size);
+    return write(STDOUT_FILENO, report.data(), report.size()) < 0 ? 0 : static_cast<ssize_t>(size);
 }
 
 void Arrange_Last_Word() {
