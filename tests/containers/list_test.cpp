@@ -16,7 +16,6 @@ namespace {
 
 TEST_F(Lists, ServeAsListStackAndQueue) {
     CDSList list;
-    EXPECT_EQ(list.Pop(0), nullptr);
     Add_Numbers(list, 2, 4);
     EXPECT_TRUE(list.Push(1, 0));
     EXPECT_EQ(Content(list), "1234");
@@ -26,9 +25,7 @@ TEST_F(Lists, ServeAsListStackAndQueue) {
     EXPECT_EQ(list.Contains(Value(1), 0), -1);
     EXPECT_EQ(list.GetEntry(3, 0), Value(5));
     for (long index : {-1L, 4L, 1000000L}) EXPECT_EQ(list.GetEntry(index, 0), nullptr) << index;
-    while (list.Pop(0)) {
-    }
-    EXPECT_EQ(list.Entries(0), 0);
+    for (long value : {2L, 3L, 4L, 5L, 0L}) EXPECT_EQ(list.Pop(0), Value(value));
     EXPECT_TRUE(list.Push(7, 0)) << "an emptied list starts anew at both ends";
     EXPECT_TRUE(list.Add(8, 0));
     EXPECT_EQ(Content(list), "78");
@@ -326,7 +323,7 @@ TEST_F(Lists, HaveTheSlotsOfTheirInterface) {
     }
 }
 
-TEST_F(Lists, AreEmptyHandedWithoutItems) {
+TEST_F(Lists, AreEmptyHandedWithoutItemsOrMemory) {
     OddList list, empty;
     Add_Numbers(list, 1, 2);
     for (const bool throws : {false, true}) {
@@ -339,8 +336,17 @@ TEST_F(Lists, AreEmptyHandedWithoutItems) {
         }
         EXPECT_EQ(Outcome(Additions[Push_Volatile], empty), "refused");
     }
-    EXPECT_EQ(Content(list), "12");
     list.making = OddList::From_Pool;
+    {
+        const NoLeak no_leak;
+        const FailingMemory failing(1, true);
+        for (std::size_t i = First_Copying; i < std::size(Additions); ++i) {
+            EXPECT_EQ(Outcome(Additions[i], list), "refused") << i;
+        }
+        EXPECT_EQ(failing.Refused(), 6);
+        EXPECT_EQ(new CDSList, nullptr);
+    }
+    EXPECT_EQ(Content(list), "12");
     list.Insert(Value(3), 0, 0);
     *static_cast<void **>(list.contentsOfItem(1)) = Value(4);
     EXPECT_EQ(Content(list), "142");
@@ -349,19 +355,6 @@ TEST_F(Lists, AreEmptyHandedWithoutItems) {
     list.Clear(0);
     EXPECT_EQ(list.made, 3);
     EXPECT_EQ(list.deleted, 3) << "all items came and went through the class's own operations";
-}
-
-TEST_F(Lists, KeepNothingThatFoundNoMemory) {
-    CDSList list;
-    list.Add(1, 0);
-    const NoLeak no_leak;
-    const FailingMemory failing(1, true);
-    for (std::size_t i = First_Copying; i < std::size(Additions); ++i) {
-        EXPECT_EQ(Outcome(Additions[i], list), "refused") << i;
-    }
-    EXPECT_EQ(failing.Refused(), 6);
-    EXPECT_EQ(Content(list), "1");
-    EXPECT_EQ(new CDSList, nullptr);
 }
 
 } // namespace

@@ -54,7 +54,7 @@ TEST(Conversions, NumbersGoToTextAndComeFromHexadecimalDigits) {
     const std::pair<const char *, unsigned long> numbers[] = {
         {"", 0},
         {"aB", 171},
-        {"1fedcba98", 0xFEDCBA98}, // what overflows is lost
+        {"1fedcba98", 0xFEDCBA98},
         {"1g", 0x10u + 'g' - '0'},
         {"-1", static_cast<unsigned long>(('-' - '0') * 16 + 1)},
         {"\xE9", 0xE9u - '0'}};
@@ -77,7 +77,6 @@ TEST(Conversions, WideTextBecomesNarrowWithinItsSize) {
         {u"t\u20ACxt", 5, 0, Text("t\x80xt")},
         {u"t\u20ACxt", 4, Does_Not_Fit, Text("") + "###"},
         {u"t\u20ACxt", 3, E_OUTOFMEMORY, Text("") + "##"},
-        {u"t\u20ACxt", 0, E_OUTOFMEMORY, ""},
         {u"t\u20ACxt", -1, E_OUTOFMEMORY, ""},
         {u"", 1, 0, Text("")},
         {u"", 0, Does_Not_Fit, ""}};
@@ -120,8 +119,8 @@ TEST(Conversions, BytesBecomeHexadecimalDigitsAndComeBack) {
         {to_hex, "a", 9, {"61\0\0\0\0\0\0\0", 9}},
         {to_hex, "\x05\xA0\xFFmore", 3, std::string(3, '\0')},
         {to_hex, "a", 1, Text("")},
-        {to_bytes, "05A0f", 4, {"\x05\xA0\0\0", 4}}, // a lone digit is dropped
-        {to_bytes, "616263", 2, "ab"},               // full, without a terminator
+        {to_bytes, "05A0f", 4, {"\x05\xA0\0\0", 4}},
+        {to_bytes, "616263", 2, "ab"},
         {to_bytes, "6", 1, Text("")},
         {to_bytes, "g0", 2, Text("p")}}; // the lowest 8 bits of a wrong value
     for (const auto &[convert, in, size, expected] : cases) {
@@ -139,8 +138,7 @@ TEST(Conversions, AddressesGoToNumbersLowestByteFirstAndToText) {
                                                                {"", 0},
                                                                {"1...4", 0x04000001},
                                                                {"256.257.-1.x", 0x00FF0100},
-                                                               {"1000.2.3", 0x03020064}, // "100", "",
-                                                                                         // "2", "3"
+                                                               {"1000.2.3", 0x03020064},
                                                                {"1234567", 0x377B},
                                                                {"1.2.3.4567", 0xC8030201}};
     for (const auto &[text, address] : addresses) {
@@ -156,18 +154,14 @@ TEST(Conversions, AddressesGoToNumbersLowestByteFirstAndToText) {
     EXPECT_EQ(Written(16, [](char *text) { AddressToString(0xFFFFFFFF, text); }), Text("255.255.255.255"));
 }
 
-TEST(Conversions, CharacterCodesGoThereAndBack) {
-    EXPECT_EQ(String_To_Char_Code("Modm"), 0x4D6F646D);
+TEST(Conversions, CodesGoThereAndBackAndScrambledTextUnlessItHoldsTheKey) {
     EXPECT_EQ(String_To_Char_Code("'Modm'"), 0x4D6F646D);
     EXPECT_EQ(Written(5, [](char *out) { Char_Code_To_String(0x4D6F646D, out); }), Text("Modm"));
-    for (const unsigned long code : {0x00410042ul, 0xFFFEFD00ul, 0ul, 0x41272727ul}) {
+    for (const unsigned long code : {0x4D6F646Dul, 0x00410042ul, 0xFFFEFD00ul, 0ul, 0x41272727ul}) {
         char text[5];
         Char_Code_To_String(static_cast<long>(code), text);
         EXPECT_EQ(static_cast<unsigned long>(String_To_Char_Code(text)), code);
     }
-}
-
-TEST(Conversions, ScrambledTextIsWhatOthersStoredAndComesBackUnlessItHoldsTheKey) {
     const auto in = [](std::string &text) { return reinterpret_cast<unsigned char *>(text.data()); };
     std::string stored("aaaaaaaaa\0behind", 16), with_key = "aZa", every_byte;
     Lock_String(in(stored));

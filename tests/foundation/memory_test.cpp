@@ -25,8 +25,8 @@ class MemoryBinding : public MachineTest {
         RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\Dunmerit Software\\KelMara", 0, nullptr, 0,
                         KEY_ALL_ACCESS, nullptr, &key, nullptr);
         const auto size = static_cast<DWORD>(text.size() + 1);
-        ASSERT_EQ(RegSetValueExA(key, value, 0, REG_SZ, reinterpret_cast<const BYTE *>(text.c_str()), size),
-                  0);
+        const auto *bytes = reinterpret_cast<const BYTE *>(text.c_str());
+        ASSERT_EQ(RegSetValueExA(key, value, 0, REG_SZ, bytes, size), 0);
         RegCloseKey(key);
     }
     /// Puts a module of tests/modules on the machine, and names it in the registry.
@@ -76,15 +76,6 @@ TEST_F(MemoryBinding, EndsTheProcessWithoutAWholeCompanion) {
     }
 }
 
-TEST_F(MemoryBinding, LoadsTheCompanionOnceAndGivesItBackAtTheEnd) {
-    const std::string life = "loaded\nInitialize\nm_free\nm_free\nm_free(null)\nunloaded\n";
-    Install("companion_whole");
-    EXPECT_EQ(Run("allocator"), Outcome(7, life));
-    const std::string folder = "C:\\" + std::string(120, 'd') + "\\" + std::string(120, 'e') + "\\";
-    Install("companion_whole", folder + std::string(254 - folder.size() - 4, 'm') + ".dll");
-    EXPECT_EQ(Run("allocator"), Outcome(7, life)) << "the longest path that the value may hold";
-}
-
 constinit void *left_for_the_end = nullptr;
 
 void Free_At_The_Very_End(int, void *) {
@@ -104,8 +95,13 @@ SECOND_PROCESS(late_releaser) {
     return 0;
 }
 
-TEST_F(MemoryBinding, IsMadeAnewByAReleaseAfterTheExitRoutine) {
+TEST_F(MemoryBinding, GoesAtTheEndAndIsMadeAnewByAReleaseAfterIt) {
+    const Outcome life(7, "loaded\nInitialize\nm_free\nm_free\nm_free(null)\nunloaded\n");
+    const std::string folder = "C:\\" + std::string(120, 'd') + "\\" + std::string(120, 'e') + "\\";
+    Install("companion_whole", folder + std::string(254 - folder.size() - 4, 'm') + ".dll");
+    EXPECT_EQ(Run("allocator"), life) << "the longest path that the value may hold";
     Install("companion_whole");
+    EXPECT_EQ(Run("allocator"), life);
     EXPECT_EQ(Run("late_releaser"), Outcome(0, "loaded\nInitialize\nunloaded\nInitialize\nm_free\n"));
 }
 

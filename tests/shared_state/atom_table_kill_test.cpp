@@ -1,7 +1,6 @@
 // A process killed at any instruction of a change leaves the table as it was before or as it is after.
 
 #include <tests/shared_state/raw_atom_table.h>
-#include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
 
 #include <chrono>
@@ -27,13 +26,6 @@ constexpr char Data[] = "whole";
 
 bool New(CAtomTable &table, long id) {
     return table.New_Atom(1, id, Data, sizeof Data) >= 0;
-}
-
-[[noreturn]] void Churn(CAtomTable &table) {
-    for (;;) {
-        New(table, 9);
-        table.Delete_Atom(1, 9);
-    }
 }
 
 /// A child that makes atom 9 and then deletes atom 2, one instruction at a time.
@@ -90,8 +82,7 @@ class KilledAtomUsers : public MachineTest {
     std::optional<RawAtomTable> raw;
 };
 
-// What a kill leaves is what the block holds at that instruction: it is kept for each of them, and given to
-// the next owner.
+// What a kill leaves is what the block holds at that instruction: kept for each, and given to the next owner.
 TEST_F(KilledAtomUsers, LeaveTheTableWholeAtEveryInstruction) {
     std::vector<std::string> left;
     SteppedChild child(table);
@@ -116,7 +107,7 @@ TEST_F(KilledAtomUsers, GiveUpTheLockAThousandTimesInARow) {
     std::mt19937 random(1);
     for (int kills = 0; kills < Kills; ++kills) {
         const pid_t child = fork();
-        if (child == 0) Churn(table);
+        while (child == 0) New(table, 9), table.Delete_Atom(1, 9);
         const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(random() % 600);
         while (std::chrono::steady_clock::now() < until) sched_yield();
         kill(child, SIGKILL);
@@ -131,32 +122,12 @@ TEST_F(KilledAtomUsers, GiveUpTheLockAThousandTimesInARow) {
     }
 }
 
-SECOND_PROCESS(atom_churner) {
-    CAtomTable table;
-    if (table.Initialize(Table_Name) != 0) return 1;
-    process.Tell("attached");
-    Churn(table);
-}
-
-TEST_F(KilledAtomUsers, GiveUpTheLockOfATableThatTheyAttachedToThemselves) {
-    for (int kills = 0; kills < 20; ++kills) {
-        SecondProcess churner("atom_churner");
-        ASSERT_EQ(churner.Hear(), "attached");
-        Sleep(static_cast<DWORD>(kills) % 4);
-        churner.Kill();
-        ASSERT_TRUE(Ids() == "123" || Ids() == "1239") << Ids();
-        churner.Wait();
-        raw->Expect_Whole();
-    }
-}
-
 // The mark of a change that nobody finished, with the half-made states that a kill can leave.
 TEST_F(KilledAtomUsers, ArePutRightByTheNextOwnerWhateverTheyLeft) {
     AtomTableHeader &header = *raw->header;
     AtomRecord *records = raw->records;
     const std::tuple<long *, long, const char *> damages[] = {
-        {&header.Count, 77, "123"},      {&header.Tail, 12345, "123"},
-        {&records[2].Next, 1, "123"},                                    // a ring
+        {&header.Count, 77, "123"},      {&header.Tail, 12345, "123"},   {&records[2].Next, 1, "123"},
         {&records[2].Next, 5000, "123"}, {&records[40].InUse, 1, "123"}, // filled, and not yet linked
         {&records[1].InUse, 0, "13"},                                    // released, and not yet unlinked
         {&header.Head, -7, ""}};
