@@ -22,12 +22,11 @@ inline void *Value(long number) {
     return reinterpret_cast<void *>(number);
 }
 
-/// The list's values as numbers, separated by spaces: "1 2 3".
+/// The list's values as numbers, in a row: "123".
 inline std::string Content(CDSList &list) {
     std::string text;
     CIterator walk;
     for (void *value = walk.Iterate(&list); walk.More(); value = walk.Next()) {
-        if (!text.empty()) text += ' ';
         text += std::to_string(reinterpret_cast<long>(value));
     }
     return text;
@@ -35,6 +34,37 @@ inline std::string Content(CDSList &list) {
 
 inline void Add_Numbers(CDSList &list, int first, int last) {
     for (int number = first; number <= last; ++number) list.Add(number, 0);
+}
+
+/// Every way to add an entry; those from First_Copying on ask for memory of their own.
+inline constexpr std::size_t First_Copying = 3, Push_Volatile = 4;
+inline char Text_X[] = "\1x"; // with its length in front, and without
+inline unsigned char *const Pascal_X = reinterpret_cast<unsigned char *>(Text_X);
+inline bool (*const Additions[])(CDSList &list, long key) = {
+    [](CDSList &list, long key) { return list.Add(Value(2), key); },
+    [](CDSList &list, long key) { return list.Push(Value(2), key); },
+    [](CDSList &list, long key) { return list.Insert(Value(2), 0, key); },
+    [](CDSList &list, long key) { return list.AddVolatile(Text_X, 1, key) != nullptr; },
+    [](CDSList &list, long key) { return list.PushVolatile(Text_X, 1, key); },
+    [](CDSList &list, long key) { return list.AddCString(Text_X, key); },
+    [](CDSList &list, long key) { return list.PushCString(Text_X, key); },
+    [](CDSList &list, long key) { return list.AddPString(Pascal_X, key); },
+    [](CDSList &list, long key) { return list.AddStr255(Pascal_X, key); },
+};
+
+/// What comes of an addition: "done", "refused" or what it threw.
+inline std::string Outcome(bool (*addition)(CDSList &, long), CDSList &list, long key = 0) {
+    try {
+        return addition(list, key) ? "done" : "refused";
+    } catch (int number) {
+        return "int " + std::to_string(number);
+    } catch (long number) {
+        return "long " + std::to_string(number);
+    } catch (CDSList::NoItem number) {
+        return "no item " + std::to_string(number);
+    } catch (const std::string &text) {
+        return text;
+    }
 }
 
 /// A list that makes no items when it is told so, and tells what is protected.
@@ -60,7 +90,7 @@ class OddList final : public CDSList {
 
   private:
     bool Makes() {
-        if (making == Throws) throw std::string("no item");
+        if (making == Throws) throw std::string("own");
         if (making == From_Pool) ++made;
         return making == From_Pool;
     }

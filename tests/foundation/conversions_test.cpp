@@ -21,12 +21,8 @@ std::string Text(const std::string &content) {
     return content + '\0';
 }
 
-std::string Hex(unsigned long value, int digits) {
-    return Written(digits + 1, [&](char *out) { NumToHex(value, digits, out); });
-}
-
-const unsigned char *Bytes(const std::string &text) {
-    return reinterpret_cast<const unsigned char *>(text.c_str());
+const unsigned char *Bytes(const char *text) {
+    return reinterpret_cast<const unsigned char *>(text);
 }
 
 std::basic_string<unsigned short> Wide(const std::u16string &text) {
@@ -44,59 +40,60 @@ std::string Guid_Bytes(const char *text) {
     return {reinterpret_cast<const char *>(&guid), sizeof guid};
 }
 
-TEST(Numbers, GoToTextAndHexadecimalDigits) {
+TEST(Conversions, NumbersGoToTextAndComeFromHexadecimalDigits) {
     EXPECT_EQ(Written(12, [](char *out) { EXPECT_EQ(itoa(LONG_MIN, out), out); }), Text("-2147483648"));
-    EXPECT_EQ(Written(2, [](char *out) { itoa(0, out); }), Text("0"));
-    EXPECT_EQ(Hex(0xABC, 2), Text("bc"));
-    EXPECT_EQ(Hex(0xABC, 6), Text("000abc"));
-    EXPECT_EQ(Hex(0xFEDCBA98, 8), Text("fedcba98"));
-    EXPECT_EQ(Hex(0xFEDCBA98, 10), Text("00fedcba98"));
-    EXPECT_EQ(Hex(0xABC, 0), Text(""));
-    EXPECT_EQ(Written(1, [](char *out) { NumToHex(0xABC, -7, out); }), Text(""));
+    const std::tuple<unsigned long, int, std::string> digits[] = {{0xABC, 2, "bc"},
+                                                                  {0xABC, 6, "000abc"},
+                                                                  {0xFEDCBA98, 10, "00fedcba98"},
+                                                                  {0xABC, 0, ""},
+                                                                  {0xABC, -7, ""}};
+    for (const auto &[value, count, text] : digits) {
+        const auto convert = [value, count](char *out) { NumToHex(value, count, out); };
+        EXPECT_EQ(Written(static_cast<int>(text.size()) + 1, convert), Text(text));
+    }
+    const std::pair<const char *, unsigned long> numbers[] = {
+        {"", 0},
+        {"aB", 171},
+        {"1fedcba98", 0xFEDCBA98},
+        {"1g", 0x10u + 'g' - '0'},
+        {"-1", static_cast<unsigned long>(('-' - '0') * 16 + 1)},
+        {"\xE9", 0xE9u - '0'}};
+    for (const auto &[text, number] : numbers) EXPECT_EQ(HexStringToNum(text), number) << text;
 }
 
-TEST(Numbers, ComeFromHexadecimalDigits) {
-    EXPECT_EQ(HexStringToNum(""), 0u);
-    EXPECT_EQ(HexStringToNum("AB"), 171u);
-    EXPECT_EQ(HexStringToNum("ab"), 171u);
-    EXPECT_EQ(HexStringToNum("fedcba98"), 0xFEDCBA98u);
-    EXPECT_EQ(HexStringToNum("1fedcba98"), 0xFEDCBA98u) << "what overflows is lost";
-    EXPECT_EQ(HexStringToNum("1g"), 0x10u + 'g' - '0');
-    EXPECT_EQ(HexStringToNum("-1"), static_cast<unsigned long>(('-' - '0') * 16 + 1)) << "wraps below 0";
-    EXPECT_EQ(HexStringToNum("\xE9"), 0xE9u - '0');
-}
-
-TEST(Guids, GoToTextAndBack) {
+TEST(Conversions, GuidsGoToTextAndBack) {
     EXPECT_EQ(Written(37, [](char *out) { GUIDToString(&Sample, out, true); }), Text(Sample_Text));
     const std::string braced = Written(39, [](char *out) { GUIDToString(&Sample, out, false); });
     EXPECT_EQ(braced, Text("{" + std::string(Sample_Text) + "}"));
     const std::string sample(reinterpret_cast<const char *>(&Sample), sizeof Sample);
-    EXPECT_EQ(Guid_Bytes("6B29FC40-CA47-1067-B31D-00DD010662DA"), sample);
-    EXPECT_EQ(Guid_Bytes("6b29fc40+ca47+1067 b31d000dd010662da"), sample);
+    EXPECT_EQ(Guid_Bytes("6B29fc40+ca47+1067 b31d000dd010662da"), sample);
     for (const char *text : {braced.c_str(), Sample_Text + 1, ""}) {
         EXPECT_EQ(Guid_Bytes(text), std::string(16, '\0')) << "\"" << text << "\" is refused by zeroes";
     }
 }
 
-TEST(WideText, BecomesNarrowWithinItsSize) {
-    const auto wide = Wide(u"t\u20ACxt");
-    const auto Expect = [&](const auto &text, int size, long result, const std::string &expected) {
-        const int room = size < 0 ? 0 : size;
-        const auto Convert = [&](char *out) { EXPECT_EQ(UnicodeToAnsi(text.c_str(), out, size), result); };
-        EXPECT_EQ(Written(room, Convert), expected) << size;
-        const auto Convert_Quietly = [&](char *out) { Make_API_String(text.c_str(), out, size); };
-        EXPECT_EQ(Written(room, Convert_Quietly), expected) << size;
-    };
-    Expect(wide, 5, 0, Text("t\x80xt"));
-    Expect(wide, 4, Does_Not_Fit, Text("") + "###");
-    Expect(wide, 3, E_OUTOFMEMORY, Text("") + "##");
-    Expect(wide, 0, E_OUTOFMEMORY, "");
-    Expect(wide, -1, E_OUTOFMEMORY, "");
-    Expect(Wide(u""), 1, 0, Text(""));
-    Expect(Wide(u""), 0, Does_Not_Fit, "");
+TEST(Conversions, WideTextBecomesNarrowWithinItsSize) {
+    const std::tuple<std::u16string, int, long, std::string> cases[] = {
+        {u"t\u20ACxt", 5, 0, Text("t\x80xt")},
+        {u"t\u20ACxt", 4, Does_Not_Fit, Text("") + "###"},
+        {u"t\u20ACxt", 3, E_OUTOFMEMORY, Text("") + "##"},
+        {u"t\u20ACxt", -1, E_OUTOFMEMORY, ""},
+        {u"", 1, 0, Text("")},
+        {u"", 0, Does_Not_Fit, ""}};
+    for (const auto &[text, size, result, expected] : cases) {
+        const auto wide = Wide(text);
+        long returned = 1;
+        const auto convert = [&, room = size](char *out) {
+            returned = UnicodeToAnsi(wide.c_str(), out, room);
+        };
+        const auto quietly = [&, room = size](char *out) { Make_API_String(wide.c_str(), out, room); };
+        EXPECT_EQ(Written(std::max(size, 0), convert), expected) << size;
+        EXPECT_EQ(returned, result) << size;
+        EXPECT_EQ(Written(std::max(size, 0), quietly), expected) << size;
+    }
 }
 
-TEST(NarrowText, BecomesWideWithinItsSize) {
+TEST(Conversions, NarrowTextBecomesWideWithinItsSize) {
     EXPECT_EQ(AnsiToUnicode("t\x80xt", nullptr, 99), 8) << "bytes, without a terminator";
     const auto before = Wide(u"######");
     for (const int size : {-1, 0, 1, 4, 5, 6}) {
@@ -107,102 +104,78 @@ TEST(NarrowText, BecomesWideWithinItsSize) {
         EXPECT_EQ(out, size >= 5 ? Wide(std::u16string(u"t\u20ACxt\0#", 6)) : before) << size;
         EXPECT_EQ(quiet_out, out);
     }
-}
-
-TEST(NarrowText, IsCopiedWholeForACall) {
-    EXPECT_EQ(Written(5, [](char *out) { Make_API_String("text", out, 1); }), Text("text"));
     char overlapping[] = "..text";
     Make_API_String(overlapping + 2, overlapping, 0);
-    EXPECT_STREQ(overlapping, "text");
+    EXPECT_STREQ(overlapping, "text") << "narrow text is copied whole for a call";
 }
 
-TEST(ByteStrings, BecomeHexadecimalDigits) {
-    const auto Hex_Of = [](const char *data, int size, int room) {
-        return Written(room, [&](char *out) { Gererate_Hex_String(Bytes(data), out, size); });
-    };
-    const char *const data = "\x05\xA0\xFFmore";
-    EXPECT_EQ(Hex_Of(data, 8, 8), std::string("05a0ff\0\0", 8));
-    EXPECT_EQ(Hex_Of(data, 7, 7), std::string("05a0\0\0\0", 7));
-    EXPECT_EQ(Hex_Of("a", 9, 9), std::string("61\0\0\0\0\0\0\0", 9));
-    EXPECT_EQ(Hex_Of(data, 3, 3), std::string(3, '\0'));
-    EXPECT_EQ(Hex_Of(data, 1, 1), Text(""));
-    for (const int size : {0, -1, INT_MIN}) EXPECT_EQ(Hex_Of(data, size, 2), "##") << size;
+TEST(Conversions, BytesBecomeHexadecimalDigitsAndComeBack) {
+    using Conversion = void (*)(const unsigned char *, char *, int);
+    const auto to_hex = [](auto *in, auto *out, int size) { Gererate_Hex_String(in, out, size); };
+    const auto to_bytes = [](auto *in, auto *out, int size) { Generate_Ascii_String(in, out, size); };
+    const std::tuple<Conversion, const char *, int, std::string> cases[] = {
+        {to_hex, "\x05\xA0\xFFmore", 8, {"05a0ff\0\0", 8}},
+        {to_hex, "\x05\xA0\xFFmore", 7, {"05a0\0\0\0", 7}},
+        {to_hex, "a", 9, {"61\0\0\0\0\0\0\0", 9}},
+        {to_hex, "\x05\xA0\xFFmore", 3, std::string(3, '\0')},
+        {to_hex, "a", 1, Text("")},
+        {to_bytes, "05A0f", 4, {"\x05\xA0\0\0", 4}},
+        {to_bytes, "616263", 2, "ab"},
+        {to_bytes, "6", 1, Text("")},
+        {to_bytes, "g0", 2, Text("p")}}; // the lowest 8 bits of a wrong value
+    for (const auto &[convert, in, size, expected] : cases) {
+        EXPECT_EQ(Written(size, [&](char *out) { convert(Bytes(in), out, size); }), expected) << in << size;
+        for (const int none : {0, -1, INT_MIN}) {
+            EXPECT_EQ(Written(2, [&](char *out) { convert(Bytes(in), out, none); }), "##") << none;
+        }
+    }
 }
 
-TEST(ByteStrings, ComeFromHexadecimalDigits) {
-    const auto Ascii_Of = [](const char *digits, int size, int room) {
-        return Written(room, [&](char *out) { Generate_Ascii_String(Bytes(digits), out, size); });
-    };
-    EXPECT_EQ(Ascii_Of("05A0f", 4, 4), std::string("\x05\xA0\0\0", 4)) << "a lone digit is dropped";
-    EXPECT_EQ(Ascii_Of("616263", 2, 2), "ab") << "full, without a terminator";
-    EXPECT_EQ(Ascii_Of("6", 1, 1), Text(""));
-    EXPECT_EQ(Ascii_Of("g0", 2, 2), Text("p")) << "the lowest 8 bits of a wrong value";
-    for (const int size : {0, -1, INT_MIN}) EXPECT_EQ(Ascii_Of("6162", size, 2), "##") << size;
-}
-
-TEST(Addresses, GoToNumbersLowestByteFirst) {
-    const std::vector<std::pair<std::string, unsigned long>> addresses = {
-        {"1.2.3.4", 0x04030201},
-        {"192.168.0.255", 0xFF00A8C0},
-        {"1.2.3.4.5", 0x04030201},
-        {"1.2", 0x0201},
-        {"", 0},
-        {"1...4", 0x04000001},
-        {"123", 123},
-        {"256.257.-1.x", 0x00FF0100},
-        {"1000.2.3", 0x03020064}, // "100", "", "2", "3"
-        {"1234567", 0x377B},
-        {"1.2.3.4567", 0xC8030201}};
+TEST(Conversions, AddressesGoToNumbersLowestByteFirstAndToText) {
+    const std::pair<std::string, unsigned long> addresses[] = {{"192.168.0.255", 0xFF00A8C0},
+                                                               {"1.2.3.4.5", 0x04030201},
+                                                               {"1.2", 0x0201},
+                                                               {"", 0},
+                                                               {"1...4", 0x04000001},
+                                                               {"256.257.-1.x", 0x00FF0100},
+                                                               {"1000.2.3", 0x03020064},
+                                                               {"1234567", 0x377B},
+                                                               {"1.2.3.4567", 0xC8030201}};
     for (const auto &[text, address] : addresses) {
         const std::vector<char> exact(text.c_str(), text.c_str() + text.size() + 1);
         EXPECT_EQ(AddressToLong(exact.data()), address) << text;
         EXPECT_EQ(AddressToInt(exact.data()), static_cast<int>(address)) << text;
     }
-}
-
-TEST(Addresses, GoToText) {
     char out[16] = "0.0.0.128";
     EXPECT_EQ(AddressToStrInt(out, out), out);
     EXPECT_STREQ(out, "-2147483648");
-    EXPECT_EQ(Written(8, [](char *text) { EXPECT_EQ(AddressToString(0x01020304, text), text); }),
-              Text("1.2.3.4"));
+    EXPECT_EQ(AddressToString(0x01020304, out), out);
+    EXPECT_STREQ(out, "1.2.3.4");
     EXPECT_EQ(Written(16, [](char *text) { AddressToString(0xFFFFFFFF, text); }), Text("255.255.255.255"));
 }
 
-TEST(CharacterCodes, GoThereAndBack) {
-    EXPECT_EQ(String_To_Char_Code("Modm"), 0x4D6F646D);
+TEST(Conversions, CodesGoThereAndBackAndScrambledTextUnlessItHoldsTheKey) {
     EXPECT_EQ(String_To_Char_Code("'Modm'"), 0x4D6F646D);
     EXPECT_EQ(Written(5, [](char *out) { Char_Code_To_String(0x4D6F646D, out); }), Text("Modm"));
-    for (const unsigned long code : {0x00410042ul, 0xFFFEFD00ul, 0ul, 0x41272727ul}) {
+    for (const unsigned long code : {0x4D6F646Dul, 0x00410042ul, 0xFFFEFD00ul, 0ul, 0x41272727ul}) {
         char text[5];
         Char_Code_To_String(static_cast<long>(code), text);
         EXPECT_EQ(static_cast<unsigned long>(String_To_Char_Code(text)), code);
     }
-}
-
-unsigned char *Scrambled(std::string &text) {
-    auto *const bytes = reinterpret_cast<unsigned char *>(text.data());
-    Lock_String(bytes);
-    return bytes;
-}
-
-TEST(ScrambledText, ComesBackUnlessItHoldsTheKey) {
-    std::string every_byte;
+    const auto in = [](std::string &text) { return reinterpret_cast<unsigned char *>(text.data()); };
+    std::string stored("aaaaaaaaa\0behind", 16), with_key = "aZa", every_byte;
+    Lock_String(in(stored));
+    EXPECT_EQ(stored, std::string("\x3B\x76\xEC\xD9\xB3\x67\xCE\x9D\x3B\0behind", 16));
     for (int c = 1; c < 256; ++c) every_byte += c == 0x5A ? "" : std::string(1, static_cast<char>(c));
     for (std::size_t start = 0; start < 9; ++start) {
         std::string text = every_byte.substr(start);
-        Unlock_String(Scrambled(text));
+        Lock_String(in(text));
+        Unlock_String(in(text));
         EXPECT_EQ(text, every_byte.substr(start));
     }
-    std::string with_key = "aZa";
-    Unlock_String(Scrambled(with_key));
+    Lock_String(in(with_key));
+    Unlock_String(in(with_key));
     EXPECT_STREQ(with_key.c_str(), "a");
-}
-
-TEST(ScrambledText, IsWhatOthersHaveStored) {
-    std::string text("aaaaaaaaa\0behind", 16);
-    Scrambled(text);
-    EXPECT_EQ(text, std::string("\x3B\x76\xEC\xD9\xB3\x67\xCE\x9D\x3B\0behind", 16));
 }
 
 } // namespace

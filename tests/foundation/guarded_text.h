@@ -1,6 +1,6 @@
 #pragma once
-// A text that ends where readable memory ends: whoever reads a byte behind its terminator, and whoever writes
-// one, dies of it.
+// A text that ends where readable memory ends: whoever reads or writes a byte behind its terminator dies of
+// it.
 
 #include <cstring>
 #include <string>
@@ -17,8 +17,6 @@ class GuardedText {
     }
     ~GuardedText() { munmap(memory_, Size + Guard); }
     GuardedText(const GuardedText &) = delete;
-    GuardedText &operator=(const GuardedText &) = delete;
-
     operator char *() const { return text_; }
 
   private:

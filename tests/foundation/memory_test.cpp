@@ -16,21 +16,20 @@
 
 namespace {
 
-constexpr char Not_Installed[] = "[Error] Kelmara is not installed or setup properly. Reinstall\n";
-
 class MemoryBinding : public MachineTest {
   protected:
+    using Outcome = std::pair<int, std::string>; // exit code, standard error
+
     void Write_Value(const char *value, const std::string &text) {
         HKEY key = nullptr;
-        ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\Dunmerit Software\\KelMara", 0, nullptr, 0,
-                                  KEY_ALL_ACCESS, nullptr, &key, nullptr),
-                  0);
-        EXPECT_EQ(RegSetValueExA(key, value, 0, REG_SZ, reinterpret_cast<const BYTE *>(text.c_str()),
-                                 static_cast<DWORD>(text.size() + 1)),
-                  0);
+        RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\Dunmerit Software\\KelMara", 0, nullptr, 0,
+                        KEY_ALL_ACCESS, nullptr, &key, nullptr);
+        const auto size = static_cast<DWORD>(text.size() + 1);
+        const auto *bytes = reinterpret_cast<const BYTE *>(text.c_str());
+        ASSERT_EQ(RegSetValueExA(key, value, 0, REG_SZ, bytes, size), 0);
         RegCloseKey(key);
     }
-    /// Puts a module of tests/modules on the machine under a Windows path, and names it in the registry.
+    /// Puts a module of tests/modules on the machine, and names it in the registry.
     void Install(const std::string &module, const std::string &windows_path = "C:\\m.dll") {
         char path[4096];
         ASSERT_TRUE(Host_Path(windows_path.c_str(), path, sizeof path));
@@ -39,13 +38,11 @@ class MemoryBinding : public MachineTest {
                                    std::filesystem::copy_options::overwrite_existing);
         Write_Value("Memory", windows_path);
     }
-    /// Runs the role to its end: its exit code and what it said on standard error.
-    std::pair<int, std::string> Run(const std::string &role) {
+    Outcome Run(const std::string &role) {
         SecondProcess process(role);
         const int code = process.Wait();
         return {code, process.Errors()};
     }
-    using Outcome = std::pair<int, std::string>;
 };
 
 SECOND_PROCESS(allocator) {
@@ -57,15 +54,13 @@ SECOND_PROCESS(allocator) {
     return block ? 7 : 1;
 }
 
-TEST_F(MemoryBinding, ReportsAMissingKeyOrValueAndEndsTheProcess) {
-    EXPECT_EQ(Run("allocator"), Outcome(1, Not_Installed));
+TEST_F(MemoryBinding, EndsTheProcessWithoutAWholeCompanion) {
+    const Outcome not_installed(1, "[Error] Kelmara is not installed or setup properly. Reinstall\n");
+    EXPECT_EQ(Run("allocator"), not_installed) << "not even a key";
     Write_Value("Memories", "C:\\m.dll");
-    EXPECT_EQ(Run("allocator"), Outcome(1, Not_Installed));
+    EXPECT_EQ(Run("allocator"), not_installed);
     Write_Value("Memory", std::string(255, 'x'));
-    EXPECT_EQ(Run("allocator"), Outcome(1, Not_Installed)) << "one byte more than the buffer takes";
-}
-
-TEST_F(MemoryBinding, EndsSilentlyWithoutAWholeCompanion) {
+    EXPECT_EQ(Run("allocator"), not_installed) << "one byte more than the buffer takes";
     Write_Value("Memory", "C:\\nowhere\\m.dll");
     EXPECT_EQ(Run("allocator"), Outcome(1, ""));
     machine.Write("drive_c/m.dll", "no module");
@@ -75,20 +70,10 @@ TEST_F(MemoryBinding, EndsSilentlyWithoutAWholeCompanion) {
     EXPECT_EQ(Run("allocator").first, 1);
     for (const char *part : {"alloc", "alloc_clear", "realloc", "free"}) {
         Install(std::string("companion_without_") + part);
-        const Outcome outcome = Run("allocator");
-        EXPECT_EQ(outcome.first, 1) << part;
-        EXPECT_EQ(outcome.second.rfind("loaded\nInitialize\n", 0), 0u) << outcome.second;
+        const auto [code, said] = Run("allocator");
+        EXPECT_EQ(code, 1) << part;
+        EXPECT_EQ(said.rfind("loaded\nInitialize\n", 0), 0u) << said;
     }
-}
-
-TEST_F(MemoryBinding, LoadsTheCompanionOnceAndGivesItBackAtTheEnd) {
-    const std::string life = "loaded\nInitialize\nm_free\nm_free\nm_free(null)\nunloaded\n";
-    Install("companion_whole");
-    EXPECT_EQ(Run("allocator"), Outcome(7, life));
-    // The longest path that the value may hold.
-    const std::string folder = "C:\\" + std::string(120, 'd') + "\\" + std::string(120, 'e') + "\\";
-    Install("companion_whole", folder + std::string(254 - folder.size() - 4, 'm') + ".dll");
-    EXPECT_EQ(Run("allocator"), Outcome(7, life));
 }
 
 constinit void *left_for_the_end = nullptr;
@@ -110,10 +95,13 @@ SECOND_PROCESS(late_releaser) {
     return 0;
 }
 
-TEST_F(MemoryBinding, IsMadeAnewByAReleaseAfterTheExitRoutine) {
+TEST_F(MemoryBinding, GoesAtTheEndAndIsMadeAnewByAReleaseAfterIt) {
+    const Outcome life(7, "loaded\nInitialize\nm_free\nm_free\nm_free(null)\nunloaded\n");
+    const std::string folder = "C:\\" + std::string(120, 'd') + "\\" + std::string(120, 'e') + "\\";
+    Install("companion_whole", folder + std::string(254 - folder.size() - 4, 'm') + ".dll");
+    EXPECT_EQ(Run("allocator"), life) << "the longest path that the value may hold";
     Install("companion_whole");
-    // The host ends the modules of an ending process first, and keeps them: only Initialize shows the new
-    // binding.
+    EXPECT_EQ(Run("allocator"), life);
     EXPECT_EQ(Run("late_releaser"), Outcome(0, "loaded\nInitialize\nunloaded\nInitialize\nm_free\n"));
 }
 

@@ -1,17 +1,10 @@
 #include <kelmara/foundation/pattern_string.h>
 
-#include <cstring>
-#include <memory>
+#include <tests/foundation/guarded_text.h>
+
 #include <random>
 
 namespace {
-
-// A block of exactly the text's size: the sanitizer sees a read behind it.
-std::unique_ptr<char[]> Exact(const std::string &text) {
-    std::unique_ptr<char[]> block(new char[text.size() + 1]);
-    std::memcpy(block.get(), text.c_str(), text.size() + 1);
-    return block;
-}
 
 struct OpenPatternString : CPatternString {
     using CPatternString::Apply_Pattern;
@@ -24,74 +17,62 @@ constexpr int Fails = -1;
 
 // How many characters of the text the pattern passes over.
 int Reach(const std::string &text, const std::string &pattern) {
-    const auto block = Exact(text);
-    const char *end = OpenPatternString(block.get()).Apply_Pattern(Exact(pattern).get());
-    return end ? static_cast<int>(end - block.get()) : Fails;
+    const GuardedText guarded(text);
+    const char *end = OpenPatternString(guarded).Apply_Pattern(GuardedText(pattern));
+    return end ? static_cast<int>(end - guarded) : Fails;
 }
 
-using Reaches = std::vector<std::pair<std::string, int>>;
-
-void Expect_Reach(const std::string &text, const Reaches &reaches) {
+void Expect_Reach(const std::string &text, const std::vector<std::pair<std::string, int>> &reaches) {
     for (const auto &[pattern, reach] : reaches) {
         EXPECT_EQ(Reach(text, pattern), reach) << "\"" << pattern << "\" on \"" << text << "\"";
     }
 }
 
-TEST(Patterns, MatchCharactersExactly) {
+TEST(Patterns, MatchCharactersAndStepOverThem) {
     Expect_Reach("abc", {{"ab", 2}, {"aB", Fails}, {"abcd", Fails}, {"", 0}, {"^^", Fails}, {"ab^", 2}});
     Expect_Reach("abc", {{"a^xb^\"c", 3}}); // directives that are none
     Expect_Reach("", {{"abc", 0}});
     // Of two carets the second one begins the next element.
     Expect_Reach("^^a", {{"^^", 1}, {"^^^a", 2}, {"^^*Ta", 2}, {"^^^", 2}, {"^^^^", Fails}});
-}
-
-TEST(Patterns, ScanToATarget) {
-    Expect_Reach("a,b", {{"^*T,", 1}, {"^*T;", Fails}, {"^*0|T;", 3}, {"^*T;|0", 3}, {"^*Ta", 0}});
-    Expect_Reach("a,b", {{"^*T,,^*T;|0", 3}, {"^*T,;", Fails}});        // goes on behind the list
-    Expect_Reach("a,b", {{"^*(", Fails}, {"^*(|0", 3}, {"^*x|T,", 1}}); // options that are none
-    Expect_Reach("a,b", {{"^*W|L|T,", Fails}, {"^*0|L|T,", 1}});
-    Expect_Reach("ab c", {{"^*W", 2}});
-    Expect_Reach("ab\tc", {{"^*W", 2}});
-    Expect_Reach("a|0LW^\xE9", {{"^*T||T0", 1}, {"^*T0", 2}, {"^*TL", 3}, {"^*TW", 4}, {"^*T^", 5}});
-    Expect_Reach("a|0LW^\xE9", {{"^*T\xE9", 6}});
-}
-
-TEST(Patterns, LeaveOutQuotedTargets) {
-    Expect_Reach("\"a,b\",c", {{"^*Q|T,", 5}, {"^*T,|Q", 5}, {"^*T,", 2}, {"^*Q|T\"", 4}});
-    Expect_Reach("\"a,b,c", {{"^*Q|T,", Fails}, {"^*Q|T,|0", 6}, {"^>Q|T\"", 1}});
-}
-
-TEST(Patterns, ScanPastTargets) {
-    Expect_Reach(" \t a)(", {{"^>W", 3}, {"^>Wa^>T(|T)", Fails}, {"^>Wa^>T(|T)|0", 6}, {"^>x", 0}});
-    Expect_Reach(" \t a)(", {{"^>W|L|Ta", 4}, {"^>L003", Fails}}); // L is nothing here
-    Expect_Reach("   ", {{"^>W", Fails}, {"^>0|W", 3}, {"   ^>W", Fails}, {"   ^>0", 3}, {"   ^*W", Fails}});
-}
-
-TEST(Patterns, StepOverCharacters) {
     Expect_Reach("abcd", {{"^*L003", 3}, {"^*L005", 4}, {"^*L000", 0}, {"^*L+03d", 4}, {"^*L1x9b", 2}});
     Expect_Reach("abcd", {{"^*L 2 c", 3}, {"^*Lxyz", 0}, {"ab^*L-02", 2}});
     Expect_Reach("a|" + std::string(1000, 'b'), {{"^*L001|", 2}, {"^*L999b", 1000}});
 }
 
-TEST(Patterns, ThatStopShortAreTakenForWhatTheyHave) {
+TEST(Patterns, ScanToATargetOutsideQuotes) {
+    Expect_Reach("a,b", {{"^*T,", 1}, {"^*T;", Fails}, {"^*0|T;", 3}, {"^*T;|0", 3}, {"^*Ta", 0}});
+    Expect_Reach("a,b", {{"^*T,,^*T;|0", 3}, {"^*T,;", Fails}});        // goes on behind the list
+    Expect_Reach("a,b", {{"^*(", Fails}, {"^*(|0", 3}, {"^*x|T,", 1}}); // options that are none
+    Expect_Reach("a,b", {{"^*W|L|T,", Fails}, {"^*0|L|T,", 1}});
+    for (const char *text : {"ab c", "ab\tc"}) Expect_Reach(text, {{"^*W", 2}});
+    Expect_Reach("a|0LW^\xE9", {{"^*T||T0", 1}, {"^*T0", 2}, {"^*TL", 3}, {"^*TW", 4}, {"^*T^", 5}});
+    Expect_Reach("a|0LW^\xE9", {{"^*T\xE9", 6}});
+    Expect_Reach("\"a,b\",c", {{"^*Q|T,", 5}, {"^*T,|Q", 5}, {"^*T,", 2}, {"^*Q|T\"", 4}});
+    Expect_Reach("\"a,b,c", {{"^*Q|T,", Fails}, {"^*Q|T,|0", 6}, {"^>Q|T\"", 1}});
+}
+
+TEST(Patterns, ScanPastTargetsAndAreTakenForWhatTheyHave) {
+    Expect_Reach(" \t a)(", {{"^>W", 3}, {"^>Wa^>T(|T)", Fails}, {"^>Wa^>T(|T)|0", 6}, {"^>x", 0}});
+    Expect_Reach(" \t a)(", {{"^>W|L|Ta", 4}, {"^>L003", Fails}}); // L is nothing here
+    Expect_Reach("   ", {{"^>W", Fails}, {"^>0|W", 3}, {"   ^>W", Fails}, {"   ^>0", 3}, {"   ^*W", Fails}});
     Expect_Reach("abcd", {{"^*", Fails}, {"^>", 0}, {"^*T", Fails}, {"^*0|T", 4}, {"^>T", 0}});
     Expect_Reach("abcd", {{"^*Tb|", 1}, {"^*L", 0}, {"^*L1", 1}, {"^*L03", 3}, {"ab^", 2}});
     std::string every_character;
-    for (int c = 1; c < 256; ++c) every_character += std::string("|T") + static_cast<char>(c);
-    every_character += every_character;
+    for (int c = 1; c < 511; ++c) {
+        if (c != 256) every_character += std::string("|T") + static_cast<char>(c);
+    }
     Expect_Reach("any", {{"^*x" + every_character, 0}, {"^>0" + every_character, 3}});
 }
 
 TEST(Patterns, StayWithinTheTextWhateverTheySay) {
     std::mt19937 random(7);
-    const auto Any_Text = [&](const std::string &characters) {
+    const auto any_text = [&](const std::string &characters) {
         std::string text;
         for (auto left = random() % 14; left > 0; --left) text += characters[random() % characters.size()];
         return text;
     };
     for (int i = 0; i < 20000; ++i) {
-        const std::string text = Any_Text("ab,^\" -1");
-        const std::string pattern = Any_Text("^^^**>>TTWLQ0||-1a,b");
+        const std::string text = any_text("ab,^\" -1"), pattern = any_text("^^^**>>TTWLQ0||-1a,b");
         const int reach = Reach(text, pattern);
         ASSERT_TRUE(reach >= Fails && reach <= int(text.size())) << text << " by " << pattern;
     }
@@ -111,23 +92,18 @@ TEST(PatternStrings, HandOutFieldByField) {
     EXPECT_FALSE(fields.More());
     EXPECT_EQ(fields.Next("literal", out, sizeof out), 0);
     EXPECT_STREQ(out, "") << "an empty success at the end of the text";
-
     EXPECT_TRUE(copy.More());
     EXPECT_EQ(copy.Skip("34"), 2);
-    fields.Reset();
-    EXPECT_EQ(fields.Skip("12-34"), 5);
     copy.Reset();
     fields = copy;
     EXPECT_EQ(fields.Skip("B"), 0);
-    EXPECT_EQ(fields.Skip("1"), 1) << "and the position where it was";
+    EXPECT_EQ(fields.Skip("12-34"), 5) << "from where it was";
 }
 
 TEST(PatternStrings, CutWhatDoesNotFit) {
     CPatternString text("0123456789,");
-    const struct {
-        int size;
-        const char *out;
-    } cases[] = {{11, "0123456789"}, {10, "012345678"}, {3, "01"}, {1, ""}, {0, "????"}, {-5, "????"}};
+    const std::pair<int, const char *> cases[] = {{11, "0123456789"}, {10, "012345678"}, {3, "01"}, {1, ""},
+                                                  {0, "????"},        {-5, "????"}};
     for (const auto &[size, expected] : cases) {
         char out[16] = "????";
         text.Reset();
@@ -143,19 +119,11 @@ TEST(PatternStrings, CutWhatDoesNotFit) {
 
 TEST(PatternStrings, LendTheirScansToDerivedOnes) {
     const OpenPatternString scanner("");
-    const char *const text = "\"a,\";b";
-    EXPECT_EQ(scanner.Scan_To(text, ",;", false, false), text + 2);
+    const char *const text = "\"a,\";b", *const end = text + 6;
     EXPECT_EQ(scanner.Scan_To(text, ",;", true, false), text + 4);
-    EXPECT_EQ(scanner.Scan_To(text, "!", false, false), nullptr);
-    EXPECT_EQ(scanner.Scan_To(text, "!", false, true), text + 6);
-    EXPECT_EQ(scanner.Scan_To(text, nullptr, false, true), text + 6);
-    EXPECT_EQ(scanner.Scan_Past(text, "\"a", false), text + 2);
+    EXPECT_EQ(scanner.Scan_To(text, nullptr, false, true), end);
     EXPECT_EQ(scanner.Scan_Past(text, nullptr, false), text);
     EXPECT_EQ(scanner.Scan_Past(text, "\",;ab", false), nullptr);
-    EXPECT_EQ(scanner.Scan_Past(text, "\",;ab", true), text + 6);
-    const char *const end = text + 6;
-    EXPECT_EQ(scanner.Scan_To(end, "a", false, false), nullptr);
-    EXPECT_EQ(scanner.Scan_Past(end, nullptr, false), nullptr);
     EXPECT_EQ(scanner.Scan_Past(end, nullptr, true), end);
 }
 

@@ -16,32 +16,31 @@ class MutexHolders : public MachineTest {
     void SetUp() override {
         MachineTest::SetUp();
         mutex = CreateMutexA(nullptr, FALSE, "HOLD");
-        Set_Debug_Output_Sink(
-            [](const char *text, void *context) {
-                auto *self = static_cast<MutexHolders *>(context);
-                std::lock_guard guard(self->lock);
-                self->debug_output += text;
-            },
-            this);
+        char text[20];
+        std::snprintf(text, sizeof text, "%lx", GetCurrentProcessId());
+        process_id = text;
+        const auto sink = [](const char *output, void *context) {
+            auto *self = static_cast<MutexHolders *>(context);
+            std::lock_guard guard(self->lock);
+            self->debug_output += output;
+        };
+        Set_Debug_Output_Sink(sink, this);
     }
     void TearDown() override {
+        EXPECT_TRUE(Is_Free());
         Set_Debug_Output_Sink(nullptr, nullptr);
         CloseHandle(mutex);
         MachineTest::TearDown();
     }
-    bool Is_Free() {
-        return std::async(std::launch::async,
-                          [this] {
-                              const bool had = WaitForSingleObject(mutex, 0) == WAIT_OBJECT_0;
-                              if (had) ReleaseMutex(mutex);
-                              return had;
-                          })
-            .get();
+    /// Another thread takes the mutex, and ends holding it.
+    void Abandon() {
+        std::thread([this] { WaitForSingleObject(mutex, INFINITE); }).join();
     }
-    std::string Process_Id() const {
-        char text[20];
-        std::snprintf(text, sizeof text, "%lx", GetCurrentProcessId());
-        return text;
+    bool Is_Free() {
+        const auto take = [this] {
+            return WaitForSingleObject(mutex, 0) == WAIT_OBJECT_0 && ReleaseMutex(mutex);
+        };
+        return std::async(std::launch::async, take).get();
     }
     /// Runs `work` while another thread holds the mutex.
     template <class Work>
@@ -60,7 +59,7 @@ class MutexHolders : public MachineTest {
 
     HANDLE mutex = nullptr;
     std::mutex lock;
-    std::string debug_output;
+    std::string debug_output, process_id;
 };
 
 TEST_F(MutexHolders, ReleaseWhatTheyHoldAtTheEndOfTheScope) {
@@ -68,7 +67,6 @@ TEST_F(MutexHolders, ReleaseWhatTheyHoldAtTheEndOfTheScope) {
         CMutexHolder holder;
         EXPECT_FALSE(holder.Is_Held());
         holder.Acquire(mutex, -1);
-        EXPECT_TRUE(holder.Is_Held());
         holder.Acquire(nullptr, -1);
         holder.Acquire(INVALID_HANDLE_VALUE, 0);
         EXPECT_TRUE(holder.Is_Held()) << "what is held is not taken again";
@@ -90,13 +88,12 @@ TEST_F(MutexHolders, GiveUpWhenTheirTimeIsOver) {
         CMutexHolder holder;
         holder.Acquire(mutex, 10);
         EXPECT_FALSE(holder.Is_Held());
-        EXPECT_EQ(debug_output, "Non Infinite Wait Mutex Acquire Failed. PID: " + Process_Id() + " \n");
+        EXPECT_EQ(debug_output, "Non Infinite Wait Mutex Acquire Failed. PID: " + process_id + " \n");
         EXPECT_EQ(Get_Mutex(mutex, 0), 1053);
         done.set_value();
         holder.Acquire(nullptr, 5000); // the mutex of the first call
         EXPECT_TRUE(holder.Is_Held());
     });
-    EXPECT_TRUE(Is_Free());
 }
 
 TEST_F(MutexHolders, WaitWithoutEndAndSayHowLong) {
@@ -110,12 +107,12 @@ TEST_F(MutexHolders, WaitWithoutEndAndSayHowLong) {
         EXPECT_TRUE(holder.Is_Held());
         later.join();
     });
-    EXPECT_EQ(debug_output, "Mutex Wait Timeout after 2 seconds. PID: " + Process_Id() + "   Trying Again\n");
+    EXPECT_EQ(debug_output, "Mutex Wait Timeout after 2 seconds. PID: " + process_id + "   Trying Again\n");
 }
 
 TEST_F(MutexHolders, TakeOverWhatAnEndedThreadHeld) {
     for (const long timeout : {-1L, 100L}) {
-        std::thread([&] { WaitForSingleObject(mutex, INFINITE); }).join();
+        Abandon();
         {
             CMutexHolder holder;
             holder.Acquire(mutex, timeout);
@@ -123,10 +120,9 @@ TEST_F(MutexHolders, TakeOverWhatAnEndedThreadHeld) {
         }
         EXPECT_TRUE(Is_Free()) << "released once, it is free";
     }
-    std::thread([&] { WaitForSingleObject(mutex, INFINITE); }).join();
+    Abandon();
     EXPECT_EQ(Get_Mutex(mutex, -1), 0);
     EXPECT_TRUE(ReleaseMutex(mutex));
-    EXPECT_TRUE(Is_Free());
     EXPECT_EQ(debug_output, "");
 }
 
@@ -134,10 +130,9 @@ TEST_F(MutexHolders, EndOnWhatIsNoMutex) {
     CMutexHolder holder;
     holder.Acquire(nullptr, -1);
     EXPECT_FALSE(holder.Is_Held());
-    const std::string line = "Mutex Acquire Failed. PID: " + Process_Id() + " \n";
+    const std::string line = "Mutex Acquire Failed. PID: " + process_id + " \n";
     EXPECT_EQ(debug_output, line + line);
-    EXPECT_EQ(Get_Mutex(nullptr, -1), 6);
-    EXPECT_EQ(Get_Mutex(nullptr, 0), 6);
+    for (const long timeout : {-1L, 0L}) EXPECT_EQ(Get_Mutex(nullptr, timeout), 6);
 }
 
 } // namespace
