@@ -1,27 +1,24 @@
-#include <platform/kernel.h>
-#include <platform/machine.h>
-
+#include <tests/platform/handles.h>
 #include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 namespace {
+
+namespace fs = std::filesystem;
 
 // Each test puts fresh copies of the built modules below its machine's folder; c:\work is current.
 class Modules : public MachineTest {
   protected:
     void SetUp() override {
         MachineTest::SetUp();
-        directory_ = std::filesystem::current_path();
+        directory_ = fs::current_path();
         path_ = std::getenv("PATH");
-        std::filesystem::create_directories(machine.Path("drive_c/work"));
-        std::filesystem::current_path(machine.Path("drive_c/work"));
+        Go_To("drive_c/work");
         Set_Debug_Output_Sink(
             [](const char *text, void *to) { *static_cast<std::string *>(to) += std::string(text) + " "; },
             &heard_);
@@ -31,23 +28,23 @@ class Modules : public MachineTest {
         Set_Debug_Output_Sink(nullptr, nullptr);
         for (const char *variable : {"TALKATIVE", "TALKATIVE_LOADS"}) unsetenv(variable);
         setenv("PATH", path_.c_str(), 1);
-        std::filesystem::current_path(directory_);
+        fs::current_path(directory_);
         MachineTest::TearDown();
     }
 
-    static std::string Built(const std::string &module) { return TEST_MODULE_FOLDER "/" + module + ".so"; }
-
-    void Put(const std::string &module, const std::string &relative) const {
-        const std::string path = machine.Path(relative);
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-        std::filesystem::copy_file(Built(module), path);
+    void Go_To(const std::string &folder) const {
+        fs::create_directories(machine.Path(folder));
+        fs::current_path(machine.Path(folder));
     }
-
+    void Put(const std::string &module, const std::string &relative) const {
+        const fs::path path = machine.Path(relative);
+        fs::create_directories(path.parent_path());
+        fs::copy_file(TEST_MODULE_FOLDER "/" + module + ".so", path);
+    }
     static std::string File_Name(HMODULE module) {
         char path[1024];
         return GetModuleFileNameA(module, path, sizeof path) ? path : "(none)";
     }
-
     // Where a name leads to, which is let go again.
     static std::string Found_As(const std::string &name) {
         const HMODULE module = LoadLibraryA(name.c_str());
@@ -56,12 +53,11 @@ class Modules : public MachineTest {
         EXPECT_TRUE(FreeLibrary(module));
         return path;
     }
-
     // What the modules said since the last call.
     std::string Heard() { return std::exchange(heard_, {}); }
 
   private:
-    std::filesystem::path directory_;
+    fs::path directory_;
     std::string path_, heard_;
 };
 
@@ -79,8 +75,7 @@ TEST_F(Modules, AreLoadedCountedAndFreed) {
     EXPECT_EQ(answer(), 42) << "one load is left";
     EXPECT_TRUE(FreeLibrary(module));
     EXPECT_EQ(GetLastError(), 77u) << "what succeeds leaves the last error alone";
-    EXPECT_FALSE(FreeLibrary(module));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+    EXPECT_EQ(Error_Of(FreeLibrary(module)), ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(GetModuleHandleA("plain.dll"), nullptr);
     EXPECT_EQ(File_Name(module), "(none)");
 }
@@ -101,12 +96,10 @@ TEST_F(Modules, GiveTheirOwnExportsOnly) {
              {GetModuleHandleA("kernel32"), "malloc"},
          }) {
         SetLastError(0);
-        EXPECT_EQ(GetProcAddress(in, name), nullptr) << in;
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PROC_NOT_FOUND)) << in;
+        EXPECT_EQ(Error_Of(GetProcAddress(in, name)), ERROR_PROC_NOT_FOUND) << in;
     }
     for (const HMODULE none : {reinterpret_cast<HMODULE>(-1L), reinterpret_cast<HMODULE>(0x1000), as_data}) {
-        EXPECT_EQ(GetProcAddress(none, "Answer"), nullptr) << none;
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND)) << none;
+        EXPECT_EQ(Error_Of(GetProcAddress(none, "Answer")), ERROR_MOD_NOT_FOUND) << none;
     }
     EXPECT_TRUE(FreeLibrary(as_data));
     EXPECT_TRUE(FreeLibrary(module));
@@ -114,8 +107,7 @@ TEST_F(Modules, GiveTheirOwnExportsOnly) {
 
 TEST_F(Modules, AreSoughtInOrder) {
     const std::string name = "kelmara-test-" + std::to_string(GetCurrentProcessId());
-    const auto beside_program =
-        std::filesystem::read_symlink("/proc/self/exe").parent_path() / (name + ".dll");
+    const fs::path beside_program = fs::read_symlink("/proc/self/exe").parent_path() / (name + ".dll");
     setenv("PATH", (machine.Path("nowhere") + "::" + machine.Path("drive_d/path")).c_str(), 1);
     EXPECT_EQ(Found_As(name), "error 126");
     for (const auto &[folder, found] : {std::pair{"drive_d/path", "D:\\path\\"},
@@ -126,14 +118,13 @@ TEST_F(Modules, AreSoughtInOrder) {
         EXPECT_EQ(Found_As(name), found + name + ".dll");
     }
     const HMODULE current = LoadLibraryA(name.c_str());
-    std::filesystem::current_path(machine.Path("drive_d/path"));
-    EXPECT_EQ(File_Name(current), "C:\\work\\" + name + ".dll")
-        << "though the current directory has moved on";
+    Go_To("drive_d/path");
+    EXPECT_EQ(File_Name(current), "C:\\work\\" + name + ".dll") << "the directory moved on, it did not";
     EXPECT_TRUE(FreeLibrary(current));
     EXPECT_EQ(Found_As(name), "D:\\path\\" + name + ".dll");
-    std::filesystem::copy_file(Built("plain"), beside_program);
+    fs::copy_file(TEST_MODULE_FOLDER "/plain.so", beside_program);
     EXPECT_EQ(Found_As(name).substr(0, 3), "Z:\\");
-    std::filesystem::remove(beside_program);
+    fs::remove(beside_program);
 }
 
 TEST_F(Modules, AreFoundUnderTheHostsNamesToo) {
@@ -142,11 +133,9 @@ TEST_F(Modules, AreFoundUnderTheHostsNamesToo) {
              {"two.so", "TWO", true},
              {"libThree.so", "three.dll", true},
              {"LIBfour.SO", "c:\\work\\four.ocx", true},
-             {"five.two.so", "five.two.dll", true},
              {"six", "six.", true},
              {"seven", "seven", false},
              {"eight.dll", "eight.", false},
-             {"nine.so", ".\\nine", true},
              {"ten.so", "c:ten", true},
          }) {
         Put("plain", std::string("drive_c/work/") + file);
@@ -154,19 +143,15 @@ TEST_F(Modules, AreFoundUnderTheHostsNamesToo) {
     }
     Put("plain", "drive_c/work/one.so");
     EXPECT_EQ(Found_As("one"), "C:\\work\\one.DLL") << "the name itself goes before the host's";
-    std::filesystem::create_directory("one.ocx");
+    fs::create_directory("one.ocx");
     EXPECT_EQ(Found_As("one.ocx"), "C:\\work\\one.so") << "a folder is no module";
     for (const char *none : {"libm.so.6", "libc.so.6.", "libdl.so.2", "m", ".", "..", "c:\\", "kernel32.",
                              "c:\\windows\\kernel32.dll", "bad|name", "q:\\x.dll"}) {
         EXPECT_EQ(Found_As(none), "error 126") << none << ": the host's own libraries are out of reach";
         EXPECT_EQ(GetModuleHandleA(none), nullptr) << none;
     }
-}
-
-TEST_F(Modules, NeedAName) {
     for (const char *none : {"", static_cast<const char *>(nullptr)}) {
-        EXPECT_EQ(LoadLibraryA(none), nullptr);
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+        EXPECT_EQ(Error_Of(LoadLibraryA(none)), ERROR_INVALID_PARAMETER);
     }
 }
 
@@ -180,7 +165,7 @@ TEST_F(Modules, IncludeTheMachineAndTheProgram) {
     EXPECT_EQ(GetProcAddress(platform, "GetTickCount"), reinterpret_cast<FARPROC>(&GetTickCount));
     char host[1024];
     ASSERT_TRUE(Host_Path(File_Name(GetModuleHandleA(nullptr)).c_str(), host, sizeof host));
-    EXPECT_EQ(host, std::filesystem::read_symlink("/proc/self/exe"));
+    EXPECT_EQ(host, fs::read_symlink("/proc/self/exe"));
 }
 
 TEST_F(Modules, TellTheirFileNameCutToTheBuffer) {
@@ -194,13 +179,9 @@ TEST_F(Modules, TellTheirFileNameCutToTheBuffer) {
         EXPECT_EQ(path[room], '#');
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(fits ? NO_ERROR : ERROR_INSUFFICIENT_BUFFER));
     }
-    std::string longest = "C:";
-    while (longest.size() < 200) longest += "\\" + std::string(20, 'd');
-    longest += "\\" + std::string(254 - longest.size() - 5, 'm') + ".dll";
-    std::string relative = "drive_c" + longest.substr(2);
-    std::replace(relative.begin(), relative.end(), '\\', '/');
-    Put("plain", relative);
-    EXPECT_EQ(Found_As(longest), longest);
+    const std::string folder(200, 'd'), file = std::string(46, 'm') + ".dll"; // 254 characters in all
+    Put("plain", "drive_c/" + folder + "/" + file);
+    EXPECT_EQ(Found_As("C:\\" + folder + "\\" + file), "C:\\" + folder + "\\" + file);
 }
 
 TEST_F(Modules, AreToldWhenTheyComeAndGo) {
@@ -262,8 +243,8 @@ TEST_F(Modules, AsDataFilesRunNothing) {
         EXPECT_TRUE(FreeLibrary(second));
         EXPECT_FALSE(FreeLibrary(first));
     }
-    EXPECT_EQ(LoadLibraryExA("nowhere.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+    EXPECT_EQ(Error_Of(LoadLibraryExA("nowhere.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE)),
+              ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(Heard(), "");
 }
 
@@ -275,9 +256,8 @@ TEST_F(Modules, ThatCannotBeLoadedAreRefused) {
     EXPECT_EQ(Found_As("unresolved"), "error 126");
     EXPECT_NE(Heard().find("Nobody_Has_This"), std::string::npos) << "the reason is the debugger's";
 
-    std::ostringstream content;
-    content << std::ifstream(Built("plain"), std::ios::binary).rdbuf();
-    const std::string whole = content.str();
+    Put("plain", "drive_c/work/plain.dll");
+    const std::string whole = machine.Read("drive_c/work/plain.dll");
     int number = 0;
     const auto try_it = [&](const std::string &bytes) {
         const std::string name = "cut" + std::to_string(number++);
