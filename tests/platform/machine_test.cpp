@@ -6,7 +6,6 @@
 #include <tests/support/test_machine.h>
 
 #include <filesystem>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,15 +15,6 @@ namespace fs = std::filesystem;
 
 class Machines : public MachineTest {
   protected:
-    /// Files that the machine has in the host's shared memory.
-    int Shared_Files() const {
-        int count = 0;
-        for (const auto &folder : fs::directory_iterator("/dev/shm")) {
-            if (folder.path().string().find(machine.Read("machine.id")) == std::string::npos) continue;
-            for ([[maybe_unused]] const auto &file : fs::directory_iterator(folder)) ++count;
-        }
-        return count;
-    }
     static bool Enter(const std::string &folder) { return Enter_Machine(folder.c_str()); }
 };
 
@@ -63,30 +53,6 @@ TEST_F(Machines, StandAnEmptyNumberFromAPowerFailure) {
     Enter(machine.Folder());
 }
 
-// Ends without closing anything.
-SECOND_PROCESS(leaver) {
-    const std::string name = process.Arguments().at(0);
-    CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 100, name.c_str());
-    CreateMutexA(nullptr, TRUE, (name + "-M").c_str());
-    process.Tell("made");
-    process.Hear();
-    return 0;
-}
-
-TEST_F(Machines, LeaveNoSharedMemoryBehind) {
-    for (const bool killed : {false, true}) {
-        SecondProcess leaver("leaver", {killed ? "A" : "B"});
-        leaver.Hear();
-        EXPECT_EQ(Shared_Files(), 2);
-        if (killed) leaver.Kill();
-        leaver.Wait();
-        EXPECT_EQ(Shared_Files(), killed ? 2 : 0) << "an ending process lets go";
-    }
-    SecondProcess next("leaver", {"C"});
-    next.Hear();
-    EXPECT_EQ(Shared_Files(), 2) << "the next process throws away what the killed one left";
-}
-
 SECOND_PROCESS(writer_without_descriptors) {
     const TestKey key("Key");
     MessageBoxA(nullptr, "nobody sees this", "Test", MB_OK);
@@ -96,14 +62,11 @@ SECOND_PROCESS(writer_without_descriptors) {
 }
 
 TEST_F(Machines, AreSafeFromAProcessWithoutStandardDescriptors) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    for (int descriptor : {0, 1, 2}) posix_spawn_file_actions_addclose(&actions, descriptor);
-    std::string words[] = {"test", "--second-process", "writer_without_descriptors"};
-    char *arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
-    pid_t process = -1;
-    ASSERT_EQ(posix_spawn(&process, "/proc/self/exe", &actions, nullptr, arguments, environ), 0);
-    posix_spawn_file_actions_destroy(&actions);
+    const pid_t process = fork();
+    if (process == 0) {
+        for (int descriptor : {0, 1, 2}) close(descriptor);
+        execl("/proc/self/exe", "test", "--second-process", "writer_without_descriptors", nullptr);
+    }
     int status = 0;
     waitpid(process, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7);

@@ -13,6 +13,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
 constexpr DWORD Size = 73740;
 
 HANDLE Create(DWORD size = Size, const char *name = "TEST BLOCK/1") {
@@ -25,18 +28,19 @@ char *View(HANDLE mapping, DWORD offset = 0, DWORD bytes = 0, DWORD access = FIL
 
 class Mappings : public MachineTest {
   protected:
-    /// The one file of the machine's shared memory.
-    std::string Block_File() const {
+    /// The files that the machine has in the host's shared memory.
+    std::vector<fs::path> Files() const {
+        std::vector<fs::path> files;
         for (const auto &folder : fs::directory_iterator("/dev/shm")) {
             if (folder.path().string().find(machine.Read("machine.id")) == std::string::npos) continue;
-            for (const auto &file : fs::directory_iterator(folder)) return file.path();
+            for (const auto &file : fs::directory_iterator(folder)) files.push_back(file);
         }
-        return {};
+        return files;
     }
     /// Writes into the file and gives what stood there.
     std::string Exchange(off_t offset, const std::string &bytes) const {
         std::string before(bytes.size(), '\0');
-        const int file = open(Block_File().c_str(), O_RDWR);
+        const int file = open(Files().at(0).c_str(), O_RDWR);
         const auto size = static_cast<ssize_t>(bytes.size());
         EXPECT_EQ(pread(file, before.data(), bytes.size(), offset), size);
         EXPECT_EQ(pwrite(file, bytes.data(), bytes.size(), offset), size);
@@ -45,7 +49,8 @@ class Mappings : public MachineTest {
     }
 };
 
-// Maps the block, says its last error and first bytes, writes its own, and stays until told.
+// Maps the block, says its last error and first bytes, writes its own, and stays until told; it closes
+// nothing.
 SECOND_PROCESS(mapper) {
     const HANDLE mapping = Create();
     process.Tell(std::to_string(GetLastError()));
@@ -53,6 +58,7 @@ SECOND_PROCESS(mapper) {
     if (!view) return 1;
     process.Tell(view);
     std::strcpy(view, "from the second");
+    CreateMutexA(nullptr, TRUE, "MUTEX");
     process.Tell("written");
     process.Hear();
     return 0;
@@ -68,6 +74,7 @@ TEST_F(Mappings, AreFreshOnceAndSharedFromThenOn) {
         SecondProcess second("mapper");
         for (const char *line : {"183", "from the first", "written"}) EXPECT_EQ(second.Hear(), line);
         EXPECT_STREQ(view, "from the second");
+        EXPECT_EQ(second.Wait(), 0);
     }
     const HANDLE again = Create(100);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
@@ -79,19 +86,26 @@ TEST_F(Mappings, AreFreshOnceAndSharedFromThenOn) {
     EXPECT_EQ(TestHandle(Create()).error, ERROR_ALREADY_EXISTS) << "a view keeps the name";
     EXPECT_TRUE(UnmapViewOfFile(view));
     EXPECT_EQ(Error_Of(UnmapViewOfFile(view)), ERROR_INVALID_ADDRESS);
-    EXPECT_EQ(Block_File(), "") << "nothing is left of it";
+    EXPECT_THAT(Files(), IsEmpty()) << "nothing is left of it";
 }
 
 TEST_F(Mappings, VanishWithTheLastProcessAlsoWhenItIsKilled) {
-    {
+    for (const bool killed : {false, true}) {
         SecondProcess second("mapper");
         for (const char *line : {"0", "", "written"}) EXPECT_EQ(second.Hear(), line);
+        EXPECT_THAT(Files(), SizeIs(2)) << "the mapping and the mutex";
+        if (killed) second.Kill();
+        second.Wait();
+        EXPECT_THAT(Files(), SizeIs(killed ? 2 : 0)) << "an ending process lets go";
     }
     const TestHandle mapping(Create(200));
     EXPECT_EQ(mapping.error, 0);
     char *view = View(mapping);
     EXPECT_STREQ(view, "");
     UnmapViewOfFile(view);
+    SecondProcess next("mapper");
+    for (const char *line : {"183", "", "written"}) EXPECT_EQ(next.Hear(), line);
+    EXPECT_THAT(Files(), SizeIs(2)) << "a starting process throws away what the killed one left";
 }
 
 TEST_F(Mappings, KeepToTheirSizeAndAlignment) {
@@ -116,8 +130,8 @@ TEST_F(Mappings, KeepToTheirSizeAndAlignment) {
 
 TEST_F(Mappings, BelongToTheirOwnerAndTheirMachine) {
     const TestHandle mapping(Create());
-    EXPECT_EQ(fs::status(Block_File()).permissions(), fs::perms(0600));
-    EXPECT_EQ(fs::status(fs::path(Block_File()).parent_path()).permissions(), fs::perms(0700));
+    EXPECT_EQ(fs::status(Files().at(0)).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(Files().at(0).parent_path()).permissions(), fs::perms(0700));
     EXPECT_EQ(fs::status(machine.Folder()).permissions(), fs::perms(0700));
     {
         const TestMachine other;

@@ -47,29 +47,33 @@ SECOND_PROCESS(registry_peer) {
     return 0;
 }
 
+class Peer : public SecondProcess {
+  public:
+    Peer() : SecondProcess("registry_peer") { EXPECT_EQ(Hear(), "ready"); }
+    std::string Ask(const std::string &line) {
+        Tell(line);
+        return Hear();
+    }
+};
+
 TEST_F(RegistryProcesses, SeeEachOthersChangesAtOnce) {
     const TestKey key("shared");
-    SecondProcess peer("registry_peer");
-    EXPECT_EQ(peer.Hear(), "ready");
-    const auto Ask = [&](const std::string &line) {
-        peer.Tell(line);
-        return peer.Hear();
-    };
+    Peer peer;
     for (int i = 0; i < 50; ++i) {
         const std::string mine = "mine" + std::to_string(i), theirs = "theirs" + std::to_string(i);
         EXPECT_EQ(key.Set(mine, mine), ERROR_SUCCESS);
-        EXPECT_EQ(Ask("get " + mine), mine);
-        EXPECT_EQ(Ask("set " + theirs), "0");
+        EXPECT_EQ(peer.Ask("get " + mine), mine);
+        EXPECT_EQ(peer.Ask("set " + theirs), "0");
         EXPECT_EQ(key.Get(theirs), theirs);
-        EXPECT_EQ(Ask("delete " + mine), "0");
+        EXPECT_EQ(peer.Ask("delete " + mine), "0");
         EXPECT_EQ(key.Get(mine), Missing);
         EXPECT_EQ(key.Values().size(), static_cast<std::size_t>(i) + 1);
     }
-    EXPECT_EQ(Ask("flush"), "0");
-    EXPECT_EQ(Ask("delete-key"), "0");
+    EXPECT_EQ(peer.Ask("flush"), "0");
+    EXPECT_EQ(peer.Ask("delete-key"), "0");
     EXPECT_EQ(key.Get("theirs0"), "(1018)");
     EXPECT_EQ(key.Set("theirs0", ""), ERROR_KEY_DELETED);
-    EXPECT_EQ(Ask("make-key"), "made");
+    EXPECT_EQ(peer.Ask("make-key"), "made");
     EXPECT_EQ(key.Get("theirs0"), "(1018)") << "another key, if of the same name";
     EXPECT_EQ(TestKey("shared").disposition, REG_OPENED_EXISTING_KEY);
 }
@@ -105,8 +109,8 @@ TEST_F(RegistryProcesses, KeepWhatTheyHaveOpenWhenTheFileIsRewritten) {
         EXPECT_EQ(Last_Change(of, &time), ERROR_SUCCESS);
         return time.dwLowDateTime;
     };
-    SecondProcess peer("registry_peer"), reader("registry_reader");
-    EXPECT_EQ(peer.Hear(), "ready");
+    Peer peer;
+    SecondProcess reader("registry_reader");
     EXPECT_EQ(reader.Hear(), "ready");
     const std::string filler(5000, 'f');
     for (int i = 1; i <= 1000; ++i) {
@@ -117,8 +121,7 @@ TEST_F(RegistryProcesses, KeepWhatTheyHaveOpenWhenTheFileIsRewritten) {
     reader.Tell("enough");
     for (const char *line : {"fine", "1000", "0"}) EXPECT_EQ(reader.Hear(), line);
     EXPECT_EQ(key.Get("by the reader"), "set");
-    peer.Tell("set asleep meanwhile");
-    EXPECT_EQ(peer.Hear(), "0");
+    EXPECT_EQ(peer.Ask("set asleep meanwhile"), "0");
     EXPECT_EQ(key.Get("asleep meanwhile"), "asleep meanwhile");
     EXPECT_EQ(gone.Get(""), "(1018)");
 
@@ -136,16 +139,12 @@ TEST_F(RegistryProcesses, KeepWhatTheyHaveOpenWhenTheFileIsRewritten) {
 
 TEST_F(RegistryProcesses, NeverTakeAFreshKeyForADeletedOne) {
     TestKey("churn");
-    SecondProcess holder("registry_peer");
-    EXPECT_EQ(holder.Hear(), "ready");
+    Peer holder;
     EXPECT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "shared"), ERROR_SUCCESS);
     Compact(); // nothing in the file tells of the deleted key any more
-    SecondProcess maker("registry_peer");
-    EXPECT_EQ(maker.Hear(), "ready");
-    maker.Tell("set value");
-    EXPECT_EQ(maker.Hear(), "0");
-    holder.Tell("get value");
-    EXPECT_EQ(holder.Hear(), "(1018)");
+    Peer maker;
+    EXPECT_EQ(maker.Ask("set value"), "0");
+    EXPECT_EQ(holder.Ask("get value"), "(1018)");
 }
 
 TEST_F(RegistryProcesses, LeaveNothingOpen) {
