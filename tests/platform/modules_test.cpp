@@ -210,17 +210,18 @@ TEST_F(Modules, WhoseConstructorThrowsEndTheProcess) {
 TEST_F(Modules, AsDataFilesRunNothing) {
     Put("talkative", "drive_c/windows/system32/winreg.dll");
     machine.Write("drive_c/work/text.dll", "no module at all");
+    const auto Load = [](const char *name) {
+        return LoadLibraryExA(name, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    };
     for (const char *name : {"winreg.dll", "text", "kernel32.dll"}) {
-        const HMODULE first = LoadLibraryExA(name, nullptr, LOAD_LIBRARY_AS_DATAFILE);
-        const HMODULE second = LoadLibraryExA(name, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+        const HMODULE first = Load(name), second = Load(name);
         EXPECT_EQ(reinterpret_cast<unsigned long>(first) & 1, 1u) << name;
         EXPECT_EQ(File_Name(first), "(none)");
         EXPECT_TRUE(FreeLibrary(first));
         EXPECT_TRUE(FreeLibrary(second));
         EXPECT_FALSE(FreeLibrary(first));
     }
-    EXPECT_EQ(Error_Of(LoadLibraryExA("nowhere.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE)),
-              ERROR_MOD_NOT_FOUND);
+    EXPECT_EQ(Error_Of(Load("nowhere.dll")), ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(Heard(), "");
 }
 
