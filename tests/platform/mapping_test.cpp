@@ -1,55 +1,64 @@
-#include <platform/kernel.h>
-#include <platform/kernel/shared_block.h>
-
+#include <tests/platform/handles.h>
 #include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
+
+#include <platform/kernel/shared_block.h>
 
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr char Name[] = "TEST BLOCK/1";
+namespace fs = std::filesystem;
+
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
 constexpr DWORD Size = 73740;
 
-HANDLE Create(DWORD size = Size, const char *name = Name) {
+HANDLE Create(DWORD size = Size, const char *name = "TEST BLOCK/1") {
     return CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, name);
 }
 
-char *View(HANDLE mapping) {
-    return static_cast<char *>(MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, 0, 0));
+char *View(HANDLE mapping, DWORD offset = 0, DWORD bytes = 0, DWORD access = FILE_MAP_ALL_ACCESS) {
+    return static_cast<char *>(MapViewOfFile(mapping, access, 0, offset, bytes));
 }
 
 class Mappings : public MachineTest {
   protected:
-    /// The one file of the machine's shared memory.
-    std::string Block_File() const {
-        for (const auto &folder : std::filesystem::directory_iterator("/dev/shm")) {
-            if (folder.path().string().find(Number()) == std::string::npos) continue;
-            for (const auto &file : std::filesystem::directory_iterator(folder)) return file.path();
+    /// The files that the machine has in the host's shared memory.
+    std::vector<fs::path> Files() const {
+        std::vector<fs::path> files;
+        for (const auto &folder : fs::directory_iterator("/dev/shm")) {
+            if (folder.path().string().find(machine.Read("machine.id")) == std::string::npos) continue;
+            for (const auto &file : fs::directory_iterator(folder)) files.push_back(file);
         }
-        return {};
+        return files;
     }
-    std::string Number() const { return machine.Read("machine.id"); }
-    void Overwrite(std::size_t offset, const std::string &bytes) const {
-        const int file = open(Block_File().c_str(), O_WRONLY);
-        EXPECT_EQ(pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(offset)),
-                  static_cast<ssize_t>(bytes.size()));
+    /// Writes into the file and gives what stood there.
+    std::string Exchange(off_t offset, const std::string &bytes) const {
+        std::string before(bytes.size(), '\0');
+        const int file = open(Files().at(0).c_str(), O_RDWR);
+        const auto size = static_cast<ssize_t>(bytes.size());
+        EXPECT_EQ(pread(file, before.data(), bytes.size(), offset), size);
+        EXPECT_EQ(pwrite(file, bytes.data(), bytes.size(), offset), size);
         close(file);
+        return before;
     }
 };
 
-// Maps the block, says its last error and first bytes, writes its own, and stays until told.
+// Maps the block, says its last error and first bytes, writes its own, and stays until told; it closes
+// nothing.
 SECOND_PROCESS(mapper) {
     const HANDLE mapping = Create();
     process.Tell(std::to_string(GetLastError()));
     char *view = View(mapping);
-    process.Tell(std::string(view ? view : "?"));
+    if (!view) return 1;
+    process.Tell(view);
     std::strcpy(view, "from the second");
+    CreateMutexA(nullptr, TRUE, "MUTEX");
     process.Tell("written");
     process.Hear();
     return 0;
@@ -57,17 +66,15 @@ SECOND_PROCESS(mapper) {
 
 TEST_F(Mappings, AreFreshOnceAndSharedFromThenOn) {
     const HANDLE first = Create();
-    ASSERT_NE(first, nullptr);
     EXPECT_EQ(GetLastError(), 0u);
     char *view = View(first);
-    for (DWORD i = 0; i < Size; ++i) ASSERT_EQ(view[i], 0) << i;
+    EXPECT_EQ(std::string(view, Size), std::string(Size, '\0'));
     std::strcpy(view, "from the first");
     {
         SecondProcess second("mapper");
-        EXPECT_EQ(second.Hear(), "183");
-        EXPECT_EQ(second.Hear(), "from the first");
-        EXPECT_EQ(second.Hear(), "written");
+        for (const char *line : {"183", "from the first", "written"}) EXPECT_EQ(second.Hear(), line);
         EXPECT_STREQ(view, "from the second");
+        EXPECT_EQ(second.Wait(), 0);
     }
     const HANDLE again = Create(100);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
@@ -76,81 +83,65 @@ TEST_F(Mappings, AreFreshOnceAndSharedFromThenOn) {
     EXPECT_EQ(same[Size - 1], 0);
     for (const HANDLE handle : {first, again}) EXPECT_TRUE(CloseHandle(handle));
     EXPECT_TRUE(UnmapViewOfFile(same));
-
-    const HANDLE third = Create();
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS)) << "a view keeps the name";
-    CloseHandle(third);
+    EXPECT_EQ(TestHandle(Create()).error, ERROR_ALREADY_EXISTS) << "a view keeps the name";
     EXPECT_TRUE(UnmapViewOfFile(view));
-    EXPECT_FALSE(UnmapViewOfFile(view));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_ADDRESS));
-    EXPECT_EQ(Block_File(), "") << "nothing is left of it";
+    EXPECT_EQ(Error_Of(UnmapViewOfFile(view)), ERROR_INVALID_ADDRESS);
+    EXPECT_THAT(Files(), IsEmpty()) << "nothing is left of it";
 }
 
 TEST_F(Mappings, VanishWithTheLastProcessAlsoWhenItIsKilled) {
-    SecondProcess second("mapper");
-    EXPECT_EQ(second.Hear(), "0");
-    EXPECT_EQ(second.Hear(), "");
-    EXPECT_EQ(second.Hear(), "written");
-    second.Kill();
-    second.Wait();
-    const HANDLE mapping = Create(200);
-    EXPECT_EQ(GetLastError(), 0u);
+    for (const bool killed : {false, true}) {
+        SecondProcess second("mapper");
+        for (const char *line : {"0", "", "written"}) EXPECT_EQ(second.Hear(), line);
+        EXPECT_THAT(Files(), SizeIs(2)) << "the mapping and the mutex";
+        if (killed) second.Kill();
+        second.Wait();
+        EXPECT_THAT(Files(), SizeIs(killed ? 2 : 0)) << "an ending process lets go";
+    }
+    const TestHandle mapping(Create(200));
+    EXPECT_EQ(mapping.error, 0);
     char *view = View(mapping);
     EXPECT_STREQ(view, "");
     UnmapViewOfFile(view);
-    CloseHandle(mapping);
+    SecondProcess next("mapper");
+    for (const char *line : {"183", "", "written"}) EXPECT_EQ(next.Hear(), line);
+    EXPECT_THAT(Files(), SizeIs(2)) << "a starting process throws away what the killed one left";
 }
 
 TEST_F(Mappings, KeepToTheirSizeAndAlignment) {
-    const HANDLE mapping = Create(65536 + 10);
-    EXPECT_EQ(MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, 4096, 0), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MAPPED_ALIGNMENT));
+    const TestHandle mapping(Create(65536 + 10)), mutex(CreateMutexA(nullptr, FALSE, "M"));
+    EXPECT_EQ(Error_Of(View(mapping, 4096)), ERROR_MAPPED_ALIGNMENT);
     for (const auto &[offset, bytes] : {std::pair<DWORD, DWORD>{0, 65547}, {65536, 11}, {131072, 0}}) {
-        EXPECT_EQ(MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, offset, bytes), nullptr) << offset;
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+        EXPECT_EQ(Error_Of(View(mapping, offset, bytes)), ERROR_ACCESS_DENIED) << offset;
     }
-    auto *whole = static_cast<char *>(MapViewOfFile(mapping, FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, 65546));
-    auto *end = static_cast<char *>(MapViewOfFile(mapping, FILE_MAP_READ, 0, 65536, 10));
-    auto *copy = static_cast<char *>(MapViewOfFile(mapping, FILE_MAP_COPY, 0, 65536, 0));
+    char *whole = View(mapping, 0, 65546, FILE_MAP_READ | FILE_MAP_WRITE);
+    char *end = View(mapping, 65536, 10, FILE_MAP_READ), *copy = View(mapping, 65536, 0, FILE_MAP_COPY);
     whole[65545] = 'x';
     EXPECT_EQ(end[9], 'x');
     copy[9] = 'y';
     EXPECT_EQ(end[9], 'x');
     for (const char *view : {whole, end, copy}) EXPECT_TRUE(UnmapViewOfFile(view));
-    CloseHandle(mapping);
 
-    EXPECT_EQ(Create(0), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
-    EXPECT_EQ(CreateFileMappingA(nullptr, nullptr, PAGE_READWRITE, 0, 10, Name), nullptr);
-    EXPECT_EQ(MapViewOfFile(reinterpret_cast<HANDLE>(4000L), FILE_MAP_READ, 0, 0, 0), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
-    const HANDLE mutex = CreateMutexA(nullptr, FALSE, "M");
-    EXPECT_EQ(Create(10, "M"), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
-    CloseHandle(mutex);
+    EXPECT_EQ(Error_Of(Create(0)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CreateFileMappingA(nullptr, nullptr, PAGE_READWRITE, 0, 10, "N"), nullptr);
+    EXPECT_EQ(Error_Of(View(reinterpret_cast<HANDLE>(4000L))), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(Error_Of(Create(10, "M")), ERROR_INVALID_HANDLE) << "a mutex's name";
 }
 
 TEST_F(Mappings, BelongToTheirOwnerAndTheirMachine) {
-    const HANDLE mapping = Create();
-    struct stat status;
-    ASSERT_EQ(stat(Block_File().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
-    ASSERT_EQ(stat(std::filesystem::path(Block_File()).parent_path().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0700u);
-    ASSERT_EQ(stat(machine.Folder().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0700u);
+    const TestHandle mapping(Create());
+    EXPECT_EQ(fs::status(Files().at(0)).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(Files().at(0).parent_path()).permissions(), fs::perms(0700));
+    EXPECT_EQ(fs::status(machine.Folder()).permissions(), fs::perms(0700));
     {
-        TestMachine other;
-        const HANDLE elsewhere = Create();
-        EXPECT_EQ(GetLastError(), 0u) << "another machine has names of its own";
-        CloseHandle(elsewhere);
+        const TestMachine other;
+        EXPECT_EQ(TestHandle(Create()).error, 0) << "another machine has names of its own";
     }
     Enter_Machine(machine.Folder().c_str());
-    CloseHandle(mapping);
 }
 
 TEST_F(Mappings, OfAnotherLayoutAreRefusedAndLeftAlone) {
-    const HANDLE mapping = Create();
+    const TestHandle mapping(Create());
     const struct {
         std::size_t offset;
         std::string bytes;
@@ -163,24 +154,13 @@ TEST_F(Mappings, OfAnotherLayoutAreRefusedAndLeftAlone) {
         {offsetof(SharedBlockHeader, size), std::string(4, '\0'), ERROR_FILE_CORRUPT},
         {offsetof(SharedBlockHeader, name), "Y", ERROR_FILE_CORRUPT},
     };
-    for (const auto &fault : faults) {
-        std::string kept(fault.bytes.size(), '\0');
-        const int file = open(Block_File().c_str(), O_RDONLY);
-        pread(file, kept.data(), kept.size(), static_cast<off_t>(fault.offset));
-        close(file);
-        Overwrite(fault.offset, fault.bytes);
-        // A second process looks the file up; this one knows the block already.
-        SecondProcess second("mapper");
-        EXPECT_EQ(second.Hear(), std::to_string(fault.error)) << fault.offset;
-        second.Kill();
-        second.Wait();
-        Overwrite(fault.offset, kept);
+    // A second process looks the file up; this one knows the block already.
+    for (const auto &[offset, bytes, error] : faults) {
+        const std::string kept = Exchange(static_cast<off_t>(offset), bytes);
+        EXPECT_EQ(SecondProcess("mapper").Hear(), std::to_string(error)) << offset;
+        EXPECT_EQ(Exchange(static_cast<off_t>(offset), kept), bytes) << offset;
     }
-    SecondProcess second("mapper");
-    EXPECT_EQ(second.Hear(), "183") << "put right, it is shared again";
-    second.Kill();
-    second.Wait();
-    CloseHandle(mapping);
+    EXPECT_EQ(SecondProcess("mapper").Hear(), "183") << "put right, it is shared again";
 }
 
 } // namespace

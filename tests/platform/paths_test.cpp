@@ -1,28 +1,21 @@
-#include <platform/kernel.h>
-#include <platform/machine.h>
-
+#include <tests/platform/handles.h>
 #include <tests/support/test_machine.h>
 
 #include <filesystem>
 
 namespace {
 
+namespace fs = std::filesystem;
+
 class Paths : public MachineTest {
   protected:
-    void SetUp() override {
-        MachineTest::SetUp();
-        before_ = std::filesystem::current_path();
-        Go_To("drive_c");
-    }
-    void TearDown() override {
-        std::filesystem::current_path(before_);
-        MachineTest::TearDown();
-    }
+    Paths() { Go_To("drive_c"); }
+    ~Paths() override { fs::current_path(before_); }
 
     // Makes a folder below the machine's the current directory.
-    void Go_To(const std::string &folder) {
-        std::filesystem::create_directories(On(folder));
-        std::filesystem::current_path(On(folder));
+    void Go_To(const std::string &folder) const {
+        fs::create_directories(On(folder));
+        fs::current_path(On(folder));
     }
     std::string On(const std::string &relative) const { return machine.Path(relative); }
 
@@ -33,15 +26,11 @@ class Paths : public MachineTest {
   private:
     static std::string Mapped(bool (*map)(const char *, char *, unsigned long), const std::string &path) {
         char result[4096];
-        if (map(path.c_str(), result, sizeof result)) return result;
-        return "error " + std::to_string(GetLastError());
+        const long error = Error_Of(map(path.c_str(), result, sizeof result));
+        return error ? "error " + std::to_string(error) : result;
     }
 
-    std::filesystem::path before_;
-};
-
-struct Row {
-    const char *windows, *host; // the host's below the machine's folder
+    const fs::path before_ = fs::current_path();
 };
 
 TEST_F(Paths, LeadToTheHost) {
@@ -49,35 +38,30 @@ TEST_F(Paths, LeadToTheHost) {
     machine.Write("drive_c/same", "x");
     machine.Write("drive_c/SAME", "x");
     Go_To("drive_c/Program Files");
-    for (const Row &row : {
-             Row{"c:\\", "drive_c"},
-             Row{"c:\\\\PROGRAM files\\/suite\\\\README.TXT", "drive_c/Program Files/Suite/readme.txt"},
-             Row{"C:/Program Files\\.\\nowhere\\..\\suite\\", "drive_c/Program Files/Suite"},
-             Row{"c:\\..\\..\\..\\program files", "drive_c/Program Files"},
-             Row{"suite\\readme.txt", "drive_c/Program Files/Suite/readme.txt"},
-             Row{"..\\..\\..\\x", "drive_c/x"}, Row{".", "drive_c/Program Files"},
-             Row{"c:", "drive_c/Program Files"},
-             Row{"c:..\\program files\\suite", "drive_c/Program Files/Suite"},
-             Row{"\\program files", "drive_c/Program Files"},
-             Row{"c:\\program files. \\...\\suite.\\readme.txt. .", "drive_c/Program Files/Suite/readme.txt"},
-             Row{"c:\\PROGRAM FILES\\New Folder\\SUITE", "drive_c/Program Files/New Folder/SUITE"},
-             Row{"c:\\.hidden\\a.b.c", "drive_c/.hidden/a.b.c"}, Row{"c:\\same", "drive_c/same"},
-             Row{"c:\\Same", "drive_c/SAME"}, // the first in order of bytes
+    for (const auto &[windows, host] : {
+             std::pair{"c:\\", "drive_c"},
+             {"c:\\\\PROGRAM files\\/suite\\\\README.TXT", "drive_c/Program Files/Suite/readme.txt"},
+             {"C:/Program Files\\.\\nowhere\\..\\suite\\", "drive_c/Program Files/Suite"},
+             {"c:\\..\\..\\..\\program files", "drive_c/Program Files"},
+             {"suite\\readme.txt", "drive_c/Program Files/Suite/readme.txt"},
+             {"..\\..\\..\\x", "drive_c/x"},
+             {"c:", "drive_c/Program Files"},
+             {"\\program files", "drive_c/Program Files"},
+             {"c:\\program files. \\...\\suite.\\readme.txt. .", "drive_c/Program Files/Suite/readme.txt"},
+             {"c:\\PROGRAM FILES\\New Folder\\SUITE", "drive_c/Program Files/New Folder/SUITE"},
+             {"c:\\.hidden\\a.b.c", "drive_c/.hidden/a.b.c"},
+             {"c:\\same", "drive_c/same"},
+             {"c:\\Same", "drive_c/SAME"}, // the first in order of bytes
          }) {
-        EXPECT_EQ(Host(row.windows), On(row.host)) << row.windows;
+        EXPECT_EQ(Host(windows), On(host)) << windows;
     }
 }
 
 TEST_F(Paths, LeadBackToWindows) {
     Go_To("drive_c/Sub");
-    for (const Row &row : {
-             Row{"C:\\", "drive_c/"},
-             Row{"C:\\Sub\\New", "drive_c//Sub/./New/"},
-             Row{"C:\\New", "drive_c/Sub/../New"},
-             Row{"D:\\a b\\c", "drive_d/a b/c"},
-         }) {
-        EXPECT_EQ(Windows(On(row.host)), row.windows) << row.host;
-    }
+    EXPECT_EQ(Windows(On("drive_c/")), "C:\\");
+    EXPECT_EQ(Windows(On("drive_c//Sub/./New/")), "C:\\Sub\\New");
+    EXPECT_EQ(Windows(On("drive_d/a b/../c")), "D:\\c");
     EXPECT_EQ(Windows("."), "C:\\Sub");
     EXPECT_EQ(Windows("../file"), "C:\\file");
     EXPECT_EQ(Windows(On("drive_cc/x")).substr(0, 3), "Z:\\");
@@ -93,22 +77,22 @@ TEST_F(Paths, ThatAreNoneAreRefusedWithTheirReason) {
         for (const auto &path : paths) EXPECT_EQ(Host(path), "error " + std::to_string(error)) << path;
     }
     Go_To("drive_c/gone");
-    std::filesystem::remove(On("drive_c/gone"));
+    fs::remove(On("drive_c/gone"));
     EXPECT_EQ(Host("x") + Windows("x") + Windows(""), "error 3error 3error 3");
     EXPECT_EQ(Host("c:x"), On("drive_c/x"));
 }
 
 TEST_F(Paths, KnowTheDrives) {
     Go_To("outside/Sub");
-    std::filesystem::remove(On("drive_c"));
+    fs::remove(On("drive_c"));
     EXPECT_EQ(Host("c:x"), On("drive_c/x")) << "from the root, as the current directory is elsewhere";
-    EXPECT_TRUE(std::filesystem::is_directory(On("drive_c")));
+    EXPECT_TRUE(fs::is_directory(On("drive_c")));
     EXPECT_EQ(Host("d:\\x"), "error 3");
     machine.Write("drive_d/X", "");
     EXPECT_EQ(Host("d:\\x"), On("drive_d/X"));
     machine.Set("Drive_E", "cdrom");
     EXPECT_EQ(Host("e:"), On("drive_e"));
-    EXPECT_TRUE(std::filesystem::is_directory(On("drive_e")));
+    EXPECT_TRUE(fs::is_directory(On("drive_e")));
     machine.Write("drive_f", "a file");
     EXPECT_EQ(Host("f:"), "error 3");
 
@@ -120,8 +104,8 @@ TEST_F(Paths, KnowTheDrives) {
 
 TEST_F(Paths, FollowLinksAsTheHostDoes) {
     machine.Write("elsewhere/inner/file", "x");
-    std::filesystem::create_directory_symlink(On("elsewhere"), On("drive_d"));
-    std::filesystem::create_directory_symlink(On("elsewhere/inner"), On("drive_c/Link"));
+    fs::create_directory_symlink(On("elsewhere"), On("drive_d"));
+    fs::create_directory_symlink(On("elsewhere/inner"), On("drive_c/Link"));
     EXPECT_EQ(Host("d:\\INNER\\file"), On("drive_d/inner/file"));
     EXPECT_EQ(Host("c:\\link\\file"), On("drive_c/Link/file"));
     EXPECT_EQ(Host("c:\\link\\..\\x"), On("drive_c/x"));
@@ -143,12 +127,10 @@ TEST_F(Paths, CarryCodePage1252AndNoMore) {
     for (const auto &[host, seen_as] : {
              std::pair{"\xCE\xB1\xCE\xB2", "??"},
              {"\xF0\x9F\x98\x80!", "?!"},
-             {"caf\xE9", "caf?"},
              {"\xC0\xAF\xED\xA0\x80", "?????"},
              {"cut\xE2\x82", "cut??"},
              {"a\\b:c", "a?b?c"},
              {"dot.", "dot?"},
-             {"blank ", "blank?"},
          }) {
         machine.Write(std::string("drive_c/") + host, "x");
         EXPECT_EQ(Windows(On(std::string("drive_c/") + host)), std::string("C:\\") + seen_as);
@@ -160,8 +142,7 @@ TEST_F(Paths, KeepWithinTheBuffer) {
     const std::string expected = On("drive_c/file");
     std::vector<char> out(expected.size() + 2, '#');
     for (const std::size_t size : {expected.size(), std::size_t{1}, std::size_t{0}}) {
-        EXPECT_FALSE(Host_Path("c:\\file", out.data(), size));
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILENAME_EXCED_RANGE));
+        EXPECT_EQ(Error_Of(Host_Path("c:\\file", out.data(), size)), ERROR_FILENAME_EXCED_RANGE);
     }
     EXPECT_EQ(out, std::vector<char>(out.size(), '#'));
     EXPECT_TRUE(Host_Path("c:\\file", out.data(), expected.size() + 1));

@@ -1,18 +1,33 @@
 #pragma once
 // The registry in the verbs of a test: keys that close themselves, values as text.
 
+#include <tests/support/test_machine.h>
+
 #include <platform/registry.h>
 
-#include <string>
 #include <vector>
 
 constexpr char Missing[] = "(missing)";
 
+inline LONG Value_Name(HKEY key, DWORD index, char *name, DWORD *size) {
+    return RegEnumValueA(key, index, name, size, nullptr, nullptr, nullptr, nullptr);
+}
+inline LONG Subkey_Name(HKEY key, DWORD index, char *name, DWORD *size) {
+    return RegEnumKeyExA(key, index, name, size, nullptr, nullptr, nullptr, nullptr);
+}
+inline LONG Last_Change(HKEY key, FILETIME *time) {
+    return RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                            nullptr, nullptr, time);
+}
+inline LONG Set_Nothing(HKEY key) {
+    return RegSetValueExA(key, "value", 0, REG_NONE, nullptr, 0);
+}
+
 class TestKey {
   public:
     /// Opens or makes it.
-    explicit TestKey(const std::string &path, HKEY root = HKEY_CURRENT_USER) {
-        error = RegCreateKeyExA(root, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &handle,
+    explicit TestKey(const std::string &path, HKEY root = HKEY_CURRENT_USER, char *class_name = nullptr) {
+        error = RegCreateKeyExA(root, path.c_str(), 0, class_name, 0, KEY_ALL_ACCESS, nullptr, &handle,
                                 &disposition);
     }
     ~TestKey() {
@@ -30,34 +45,24 @@ class TestKey {
     std::string Get(const std::string &name) const {
         std::string text(256, '\0');
         DWORD size = 256;
-        LONG result = Query(name, text, &size);
-        if (result == ERROR_MORE_DATA) {
-            text.resize(size);
-            result = Query(name, text, &size);
-        }
+        const auto Query = [&] {
+            return RegQueryValueExA(handle, name.c_str(), nullptr, nullptr,
+                                    reinterpret_cast<BYTE *>(text.data()), &size);
+        };
+        LONG result = Query();
+        if (result == ERROR_MORE_DATA) text.resize(size), result = Query();
         if (result == ERROR_FILE_NOT_FOUND) return Missing;
         return result == ERROR_SUCCESS ? text.substr(0, size) : "(" + std::to_string(result) + ")";
     }
-    std::vector<std::string> Values() const { return All(RegEnumValueA_Name); }
-    std::vector<std::string> Subkeys() const { return All(RegEnumKeyExA_Name); }
+    std::vector<std::string> Values() const { return All(Value_Name); }
+    std::vector<std::string> Subkeys() const { return All(Subkey_Name); }
 
     HKEY handle = nullptr;
     LONG error = 0;
     DWORD disposition = 0;
 
   private:
-    LONG Query(const std::string &name, std::string &text, DWORD *size) const {
-        return RegQueryValueExA(handle, name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE *>(text.data()),
-                                size);
-    }
-    static LONG RegEnumValueA_Name(HKEY key, DWORD index, char *name, DWORD *size) {
-        return RegEnumValueA(key, index, name, size, nullptr, nullptr, nullptr, nullptr);
-    }
-    static LONG RegEnumKeyExA_Name(HKEY key, DWORD index, char *name, DWORD *size) {
-        return RegEnumKeyExA(key, index, name, size, nullptr, nullptr, nullptr, nullptr);
-    }
-    template <class Enumerate>
-    std::vector<std::string> All(Enumerate enumerate) const {
+    std::vector<std::string> All(LONG (*enumerate)(HKEY, DWORD, char *, DWORD *)) const {
         std::vector<std::string> names;
         char name[300];
         for (DWORD size = sizeof name; enumerate(handle, names.size(), name, &size) == ERROR_SUCCESS;
@@ -66,4 +71,13 @@ class TestKey {
         }
         return names;
     }
+};
+
+class RegistryTest : public MachineTest {
+  protected:
+    static constexpr char File[] = "registry/registry.log";
+
+    std::string Stored() const { return machine.Read(File); }
+    /// Reads the registry anew. Handles of before are worth nothing.
+    void Reopen() const { ASSERT_TRUE(Enter_Machine(machine.Folder().c_str())); }
 };
