@@ -3,6 +3,7 @@
 #include <platform/files/paths.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/module_file.h>
+#include <platform/kernel/windows_version.h>
 
 #include <algorithm>
 #include <cstring>
@@ -212,6 +213,11 @@ long Find_Windows_Path(HMODULE module, std::string &windows_path) {
     return Map_To_Windows(host_path, windows_path);
 }
 
+// A call that came with a later Windows than this one.
+bool Is_Lacking(const char *name) {
+    return std::strcmp(name, "GetDiskFreeSpaceExA") == 0 && Is_First_Windows_95();
+}
+
 template <class Result>
 Result Fail(long error) {
     SetLastError(static_cast<DWORD>(error));
@@ -245,6 +251,7 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     if (!module || reinterpret_cast<std::uintptr_t>(name) < First_Name) {
         return Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
     }
+    if (module == The_Platform() && Is_Lacking(name)) return Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
     const std::lock_guard guard(The_Modules().lock);
     void *address = Find_Export(module, name);
     return address ? reinterpret_cast<FARPROC>(address) : Fail<FARPROC>(ERROR_PROC_NOT_FOUND);

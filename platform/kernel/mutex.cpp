@@ -12,6 +12,7 @@
 
 #include <platform/kernel/announced_use.h>
 #include <platform/kernel/named_objects.h>
+#include <platform/kernel/waiting.h>
 
 #include <platform/kernel.h>
 
@@ -34,7 +35,7 @@ class MutexObject final : public NamedObject {
 
     /// False when another thread owns it.
     bool Try(DWORD &result);
-    DWORD Wait(DWORD milliseconds);
+    DWORD Wait(DWORD milliseconds) override;
     BOOL Release_By_Owner();
     void Finish_If_Lingering() {
         if (lingering_.load(std::memory_order_acquire)) [[unlikely]]
@@ -234,13 +235,6 @@ void MutexObject::Sweep_Lingering() {
     for (MutexObject *object : waiting) object->Finish();
 }
 
-[[gnu::noinline]] DWORD Wait_Slowly(HANDLE handle, DWORD milliseconds) {
-    const HandleUse use(handle, ObjectKind::Mutex);
-    if (use) return use.As<MutexObject>().Wait(milliseconds);
-    SetLastError(ERROR_INVALID_HANDLE);
-    return WAIT_FAILED;
-}
-
 } // namespace
 
 extern "C" {
@@ -259,17 +253,19 @@ HANDLE CreateMutexA(const SECURITY_ATTRIBUTES *, BOOL initial_owner, LPCSTR name
     return handle;
 }
 
+// Mutexes come first, by a way that counts nothing in; everything else, and a mutex that has to be waited for,
+// behind it.
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
     AnnouncedUse quick(handle, ObjectKind::Mutex);
     auto *mutex = static_cast<MutexObject *>(quick.Get());
     if (!mutex) [[unlikely]]
-        return Wait_Slowly(handle, milliseconds);
+        return Wait_By_Kind(handle, milliseconds);
     DWORD result = WAIT_TIMEOUT;
     const bool done = mutex->Try(result);
     quick.End();
     mutex->Finish_If_Lingering();
     if (done || milliseconds == 0) return result;
-    return Wait_Slowly(handle, milliseconds);
+    return Wait_By_Kind(handle, milliseconds);
 }
 
 BOOL ReleaseMutex(HANDLE mutex) {
