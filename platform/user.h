@@ -1,5 +1,5 @@
 #pragma once
-// Windows and message boxes: the calls of USER32.
+// Message boxes, and what other processes show: the calls of USER32.
 
 #include <platform/errors.h>
 #include <platform/types.h>
@@ -32,4 +32,9 @@ extern "C" {
 /// to standard error and the default button is the answer. Null texts count as empty, a null caption as
 /// "Error". 0 and ERROR_INVALID_PARAMETER for a set of buttons that does not exist.
 PLATFORM_API int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style);
+
+/// Until a program waits for its user's input. No program of the machine has windows to wait for it at, and
+/// of a console program Windows says at once what is said here: WAIT_FAILED, ERROR_NOT_GUI_PROCESS, or
+/// ERROR_INVALID_HANDLE for what is no process.
+PLATFORM_API DWORD WaitForInputIdle(HANDLE process, DWORD milliseconds);
 }

@@ -253,8 +253,8 @@ HANDLE CreateMutexA(const SECURITY_ATTRIBUTES *, BOOL initial_owner, LPCSTR name
     return handle;
 }
 
-// Mutexes come first, by a way that counts nothing in; everything else, and a mutex that has to be waited for,
-// behind it.
+// Mutexes come first, by a way that counts nothing in; everything else, and a mutex that has to be waited
+// for, behind it.
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
     AnnouncedUse quick(handle, ObjectKind::Mutex);
     auto *mutex = static_cast<MutexObject *>(quick.Get());
