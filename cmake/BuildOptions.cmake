@@ -23,8 +23,7 @@ endif()
 # Flags of our own code; what is built from Debian's sources keeps its own.
 add_library(kelmara_build_options INTERFACE)
 target_compile_options(kelmara_build_options INTERFACE
-  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wundef
-  -Wno-unknown-pragmas)
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wundef)
 target_include_directories(kelmara_build_options INTERFACE "${CMAKE_SOURCE_DIR}")
 target_link_libraries(kelmara_build_options INTERFACE Threads::Threads)
 

@@ -51,14 +51,16 @@ inline constexpr long ERROR_BADDB = 1009;
 inline constexpr long ERROR_BADKEY = 1010;
 inline constexpr long ERROR_CANTOPEN = 1011;
 inline constexpr long ERROR_KEY_DELETED = 1018;
+inline constexpr long ERROR_SERVICE_REQUEST_TIMEOUT = 1053;
 inline constexpr long ERROR_DLL_INIT_FAILED = 1114;
 inline constexpr long ERROR_MAPPED_ALIGNMENT = 1132;
 inline constexpr long ERROR_REVISION_MISMATCH = 1306;
 inline constexpr long ERROR_INVALID_SID = 1337;
 inline constexpr long ERROR_FILE_CORRUPT = 1392;
+inline constexpr long ERROR_INVALID_MSGBOX_STYLE = 1438;
 inline constexpr long ERROR_COMMITMENT_LIMIT = 1455;
 inline constexpr long ERROR_NOT_GUI_PROCESS = 1471;
-inline constexpr long ERROR_TOO_MANY_HANDLES = 1816; // no quota left for another handle
+inline constexpr long ERROR_NOT_ENOUGH_QUOTA = 1816; // for another handle
 
 inline constexpr long S_OK = 0;
 inline constexpr long E_NOTIMPL = static_cast<long>(0x80004001u);

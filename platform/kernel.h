@@ -81,7 +81,9 @@ inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 /// and "Local\" in front mean nothing.
 PLATFORM_API HANDLE CreateMutexA(const SECURITY_ATTRIBUTES *security, BOOL initial_owner, LPCSTR name);
 
-/// FALSE and ERROR_NOT_OWNER when the calling thread does not own it.
+/// FALSE and ERROR_NOT_OWNER when the calling thread does not own it. A mutex whose last handle in this
+/// process is closed while a thread owns it stays that thread's until it ends, as far as other processes have
+/// it.
 PLATFORM_API BOOL ReleaseMutex(HANDLE mutex);
 
 /// Waits until the calling thread owns the mutex: WAIT_OBJECT_0, or WAIT_ABANDONED when the last owner
@@ -126,10 +128,11 @@ inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;
 /// name without an ending gets ".dll"; where the host has the module as `name.so` or `libname.so`, that is
 /// it. A bare name that is loaded already is that module, wherever it lies; "kernel32", "advapi32" and
 /// "user32" are the machine's own. Loading again counts, and gives the same handle. Null on failure:
-/// ERROR_MOD_NOT_FOUND, also for what a module itself needs (the debugger's sink hears what),
-/// ERROR_BAD_EXE_FORMAT for what is no module of this word size or is cut short, ERROR_DLL_INIT_FAILED when
-/// the module's own `DllMain(module, 1, null)` threw or said no; one that said no hears reason 0 at once.
-/// DllMain may load and free others, but must not wait for a thread that does.
+/// ERROR_INVALID_PARAMETER without a name; ERROR_MOD_NOT_FOUND, also for what a module itself needs (the
+/// debugger's sink hears what), ERROR_BAD_EXE_FORMAT for what is no module of this word size or is cut short,
+/// ERROR_DLL_INIT_FAILED when the module's own `DllMain(module, 1, null)` threw or said no; one that said no
+/// hears reason 0 at once. DllMain may load and free others, but must not wait for a thread that does; nor
+/// may a module that the host loads by itself load others while it is initialised.
 PLATFORM_API HMODULE LoadLibraryA(LPCSTR path);
 
 /// LoadLibraryA with flags. With LOAD_LIBRARY_AS_DATAFILE nothing of the module runs and nothing of it can
@@ -137,7 +140,7 @@ PLATFORM_API HMODULE LoadLibraryA(LPCSTR path);
 PLATFORM_API HMODULE LoadLibraryExA(LPCSTR path, HANDLE reserved, DWORD flags);
 
 /// An export of that module itself, not of what it depends on. Null and ERROR_PROC_NOT_FOUND when there is
-/// none, for a null module too.
+/// none, for a null module too; ERROR_MOD_NOT_FOUND for what is no module with code.
 PLATFORM_API FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 
 /// A module that is loaded already, not counted. Null `name`: the program.
@@ -148,8 +151,8 @@ PLATFORM_API HMODULE GetModuleHandleA(LPCSTR name);
 /// on failure. Null module: the program.
 PLATFORM_API DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size);
 
-/// Takes back one load; with the last, `DllMain(module, 0, null)` runs and the module goes. FALSE and
-/// ERROR_MOD_NOT_FOUND for what LoadLibraryA did not load, or no longer holds.
+/// Takes back one load; with the last, `DllMain(module, 0, null)` runs and the module goes. What
+/// the program was linked with stays. FALSE and ERROR_MOD_NOT_FOUND for what is not loaded.
 PLATFORM_API BOOL FreeLibrary(HMODULE module);
 
 // --- wide and narrow text ---------------------------------------------------------------------------------
@@ -218,7 +221,10 @@ PLATFORM_API HANDLE GetCurrentProcess();
 /// Stands for the calling thread in OpenThreadToken. Not to be closed.
 PLATFORM_API HANDLE GetCurrentThread();
 
-/// Runs the exit routines and ends the process. What the host sees are the lowest 8 bits of `code`.
+/// Ends the process as the host's exit does: the program's exit routines run, then those of its modules
+/// (their DllMain is not called). An exit routine may end the process again, with another code; other threads
+/// run on meanwhile, and one that asks for the end waits for it. What the host sees are the lowest 8 bits of
+/// `code`.
 [[noreturn]] PLATFORM_API void ExitProcess(UINT code);
 PLATFORM_API DWORD GetCurrentProcessId();
 

@@ -3,10 +3,10 @@
 //
 // A machine is a folder of the host. The environment's KELMARA_MACHINE names it; without it
 // $XDG_DATA_HOME/kelmara (~/.local/share/kelmara) serves. It is made at first need, readable by its owner
-// alone, and a folder that belongs to somebody else is refused. Processes with the same folder are on the
-// same machine. Texts handed out are the machine's own and stay valid until the process enters another one.
-// All calls may be made from any thread, except Enter_Machine and the installing of handlers: those belong
-// before the threads.
+// alone; a folder that belongs to somebody else, or holds other things, is refused. Processes with the same
+// folder are on the same machine. Texts handed out are the machine's own and stay valid until the process
+// enters another one. All calls may be made from any thread, except Enter_Machine and the installing of
+// handlers: those belong before the threads.
 
 #include <platform/types.h>
 

@@ -30,7 +30,8 @@ extern "C" {
 
 /// Shows a message and gives back the button that was chosen. Without a handler (machine.h) the message goes
 /// to standard error and the default button is the answer. Null texts count as empty, a null caption as
-/// "Error". 0 and ERROR_INVALID_PARAMETER for a set of buttons that does not exist.
+/// "Error". 0 and ERROR_INVALID_MSGBOX_STYLE for a set of buttons that does not exist. In a process that is
+/// ending, and from within a handler, nothing is shown and the default button is the answer.
 PLATFORM_API int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style);
 
 /// Until a program waits for its user's input. No program of the machine has windows to wait for it at, and

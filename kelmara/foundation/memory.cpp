@@ -43,10 +43,17 @@ bool Read_Companion_Path(char *path) {
     return result == 0;
 }
 
+// Exit routines that still use memory must not find half a binding.
+[[noreturn]] void Give_Up(HMODULE companion) {
+    Memory_Binding = 0;
+    FreeLibrary(companion);
+    ExitProcess(1);
+}
+
 template <class Proc>
-void Bind_Or_Exit(Proc &proc, HMODULE companion, const char *name) {
+void Bind_Or_Give_Up(Proc &proc, HMODULE companion, const char *name) {
     proc = reinterpret_cast<Proc>(GetProcAddress(companion, name));
-    if (!proc) ExitProcess(1);
+    if (!proc) Give_Up(companion);
 }
 
 void Bind_Memory_Library() {
@@ -58,12 +65,12 @@ void Bind_Memory_Library() {
     const HMODULE companion = LoadLibraryA(path);
     Memory_Binding = reinterpret_cast<unsigned long>(companion);
     FARPROC initialize = nullptr;
-    Bind_Or_Exit(initialize, companion, "Initialize");
+    Bind_Or_Give_Up(initialize, companion, "Initialize");
     initialize();
-    Bind_Or_Exit(Alloc_Proc, companion, "m_alloc");
-    Bind_Or_Exit(Alloc_Clear_Proc, companion, "m_alloc_clear");
-    Bind_Or_Exit(Realloc_Proc, companion, "m_realloc");
-    Bind_Or_Exit(Free_Proc, companion, "m_free");
+    Bind_Or_Give_Up(Alloc_Proc, companion, "m_alloc");
+    Bind_Or_Give_Up(Alloc_Clear_Proc, companion, "m_alloc_clear");
+    Bind_Or_Give_Up(Realloc_Proc, companion, "m_realloc");
+    Bind_Or_Give_Up(Free_Proc, companion, "m_free");
 }
 
 // The first call of each entry point. Apart from it, so that the way behind it saves nothing and ends in a

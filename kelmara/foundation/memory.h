@@ -1,13 +1,16 @@
 #pragma once
 // The memory services: four entry points that hand every request to four bound routines.
 //
-// At the first call the routines are bound: those of the companion allocator library, whose path is the value
-// "Memory" of the suite's registry key, unless a host has installed its own with Set_Local_Memory_Procs. From
-// then on a call costs one test and one indirect call. A block goes back only through the entry points of the
-// binding that gave it.
+// At the first call the routines are bound: those of the companion allocator library, whose path, of at most
+// 254 characters, is the value "Memory" of the suite's registry key, unless a host has installed its own with
+// Set_Local_Memory_Procs. From then on a call costs one test and one indirect call. A block goes back only
+// through the entry points of the binding that gave it. Where the suite's key or value is missing, the first
+// call tells the user in a message box and ends the process with 1; where the companion cannot be loaded or
+// lacks an export, it ends the process with 1 and says nothing.
 //
-// Binding takes no lock: a program makes its first allocation before it starts threads. Afterwards the entry
-// points are as thread-safe as the bound routines.
+// Binding takes no lock: a program makes its first allocation before it starts threads, and the companion's
+// "Initialize" makes none. Afterwards the entry points are as thread-safe as the bound routines. The
+// library's exit routine takes the binding back; a call after that binds once more, and for good.
 
 #include <kelmara/api.h>
 

@@ -14,12 +14,16 @@ void Release_Object(void *block) noexcept {
 
 // The library's own; kelmara.map keeps them inside. A failed one gives null, which -fcheck-new makes the
 // compiler test for, although these cannot be declared noexcept.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpragmas"
 void *operator new(std::size_t size) {
     return Allocate_Object(size);
 }
 void *operator new[](std::size_t size) {
+    return Allocate_Object(size);
+}
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+    return Allocate_Object(size);
+}
+void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
     return Allocate_Object(size);
 }
 void operator delete(void *block) noexcept {
@@ -34,4 +38,3 @@ void operator delete(void *block, std::size_t) noexcept {
 void operator delete[](void *block, std::size_t) noexcept {
     Release_Object(block);
 }
-#pragma GCC diagnostic pop

@@ -7,6 +7,8 @@
 
 #include <kelmara/api.h>
 
+#include <new>
+
 /// A block for an object, null when there is no memory.
 KELMARA_API void *Allocate_Object(std::size_t size) noexcept;
 /// Gives such a block back; null is ignored.
@@ -18,6 +20,9 @@ KELMARA_API void Release_Object(void *block) noexcept;
         return Allocate_Object(size);                                                                        \
     }                                                                                                        \
     static void *operator new[](std::size_t size) noexcept {                                                 \
+        return Allocate_Object(size);                                                                        \
+    }                                                                                                        \
+    static void *operator new(std::size_t size, const std::nothrow_t &) noexcept {                           \
         return Allocate_Object(size);                                                                        \
     }                                                                                                        \
     static void *operator new(std::size_t, void *place) noexcept {                                           \

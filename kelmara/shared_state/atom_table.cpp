@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 // A process may be killed between any two instructions of a change. So each change is made in steps of which
 // one decides, and is fenced by a mark in the block:
@@ -22,7 +23,6 @@ constexpr char Block_Name[] = "DS-ATOM-TABLE-HI-MOM";
 constexpr char Default_Name[] = "DS-GENERIC_ATOM_TABLE";
 constexpr char Mutex_Suffix[] = "-MUTEX";
 constexpr long None = -1;
-constexpr long Last_Slot = Atom_Capacity - 1;
 constexpr long Key_Exists = -ERROR_ALREADY_EXISTS;
 
 // A chain that a stray write has bent into a ring ends too. Far above what a walk needs whose callback makes
@@ -128,17 +128,27 @@ void CAtomTable::Detach() {
     m_Mapping = nullptr;
 }
 
+// What is attached already stays until the new is had, so that the last holder of the block keeps its atoms.
 long CAtomTable::Initialize(const char *name) {
     if (!name) name = Default_Name;
-    if (std::strlen(name) + sizeof Mutex_Suffix > sizeof m_Name) {
-        Detach();
-        return ERROR_FILENAME_EXCED_RANGE;
-    }
-    char own_name[sizeof m_Name] = {};
-    std::strcpy(own_name, name); // `name` may be this object's own
-    Detach();
-    std::memcpy(m_Name, own_name, sizeof m_Name);
+    if (std::strlen(name) + sizeof Mutex_Suffix > sizeof m_Name) return ERROR_FILENAME_EXCED_RANGE;
+    CAtomTable fresh;
+    std::strcpy(fresh.m_Name, name);
+    const long result = fresh.Attach();
+    if (result != 0 && m_Header) return result;
+    Swap(fresh);
+    return result;
+}
 
+void CAtomTable::Swap(CAtomTable &other) {
+    std::swap(m_Header, other.m_Header);
+    std::swap(m_Records, other.m_Records);
+    std::swap(m_Name, other.m_Name);
+    std::swap(m_Mutex, other.m_Mutex);
+    std::swap(m_Mapping, other.m_Mapping);
+}
+
+long CAtomTable::Attach() {
     char mutex_name[sizeof m_Name];
     std::snprintf(mutex_name, sizeof mutex_name, "%.249s%s", m_Name, Mutex_Suffix);
     m_Mutex = CreateMutexA(nullptr, FALSE, mutex_name);
@@ -154,7 +164,7 @@ long CAtomTable::Attach_To_Block() {
     const long error = static_cast<long>(GetLastError());
     if (error != NO_ERROR && error != ERROR_ALREADY_EXISTS) return error;
 
-    // The size is asked for, so that a block of another size is refused.
+    // The size is asked for, so that a smaller block is refused.
     void *view = MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, 0, Atom_Block_Size);
     if (!view) {
         const long map_error = static_cast<long>(GetLastError());
@@ -164,20 +174,29 @@ long CAtomTable::Attach_To_Block() {
     m_Mapping = mapping;
     m_Header = static_cast<AtomTableHeader *>(view);
     m_Records = reinterpret_cast<AtomRecord *>(static_cast<char *>(view) + sizeof(AtomTableHeader));
-    if (error == NO_ERROR || m_Records[Last_Slot].Slot != Last_Slot) Make_Fresh();
-    if (m_Records[0].Reserved) Repair();
+    if (error == NO_ERROR || Is_Half_Made())
+        Make_Fresh();
+    else if (m_Records[0].Reserved)
+        Repair();
     return 0;
 }
 
-// The block is zero-filled when it comes here, but for what a process wrote that was killed at this work. The
-// last record's number says that it is done.
+// The block of a process that was killed in Make_Fresh: an empty table of which Head was not yet written. A
+// change that was cut short has its mark.
+bool CAtomTable::Is_Half_Made() const {
+    return m_Header->Count == 0 && m_Header->Head != None && !m_Records[0].Reserved;
+}
+
+// The block is zero-filled when it comes here, but for what an earlier Make_Fresh wrote. Head says that it is
+// done.
 void CAtomTable::Make_Fresh() {
-    m_Header->Head = None;
+    for (long i = 0; i < Atom_Capacity; ++i) {
+        m_Header->FreeSlots[i] = i;
+        m_Records[i].Slot = i;
+    }
     m_Header->Tail = None;
-    for (long i = 0; i < Atom_Capacity; ++i) m_Header->FreeSlots[i] = i;
-    for (long i = 0; i < Last_Slot; ++i) m_Records[i].Slot = i;
     End_Step();
-    m_Records[Last_Slot].Slot = Last_Slot;
+    m_Header->Head = None;
 }
 
 // Makes everything anew that follows from the chain. May itself be cut short: the links that it writes lead

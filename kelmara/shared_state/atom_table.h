@@ -13,7 +13,8 @@
 // Any thread of any process may call any operation; each takes the lock and waits for it as long as it takes.
 // A process killed in the middle of a change leaves no trace of it: whoever takes the lock next puts the
 // table in order, with every atom whose New_Atom had returned and none whose Delete_Atom had. (Bytes that a
-// killed Set_Atom_Data had copied already stay.) A copy of a table object attaches to the table by itself.
+// killed Set_Atom_Data had copied already stay.) A copy of a table object attaches to the table by itself;
+// where it cannot, it is one on which Initialize has failed.
 
 #include <kelmara/foundation/auto_deleteable_object.h>
 
@@ -55,14 +56,15 @@ class KELMARA_API CAtomTable : public CAutoDeleteableObject {
 
     /// Attaches to the table, making it if nobody has it. A null `name` is "DS-GENERIC_ATOM_TABLE". 0 on
     /// success; -1 when the lock could not be had; otherwise the Win32 code of what failed, among them 206
-    /// for a name of more than 249 characters and 1306 when a process of another layout made the block.
-    /// After a failure every operation fails until an Initialize succeeds. An object that is attached
-    /// already lets go first.
+    /// for a name of more than 249 characters; a process of another layout on the machine shows as -1, for
+    /// its mutex, or as 1306. After a failure every operation fails until an Initialize succeeds; an object
+    /// that was attached before stays as it was.
     long Initialize(const char *name);
 
     /// Makes an atom with the first `size` bytes of `data`, at most 256; the bytes behind them are what an
     /// earlier atom left. The atom's slot, 0 to 255; -1 when the table is full or the lock was not had; -183
-    /// when the key exists, whose atom stays as it is. A size below 0 counts as 0.
+    /// when the key exists, whose atom stays as it is. Here and below a size under 0 counts as 0, and null
+    /// `data` as no data.
     long New_Atom(long group, long id, const char *data, long size);
 
     /// Copies the first `size` bytes, at most 256, to `buffer`; a null buffer only asks whether the atom
@@ -76,7 +78,9 @@ class KELMARA_API CAtomTable : public CAutoDeleteableObject {
 
     /// Calls `callback` for each atom of the group, oldest first, until it answers false. `data` points into
     /// the shared block and is valid during the call. The lock is held throughout: the callback must be
-    /// short, and may call any operation of this table; it may delete the atom it is handed. Always false.
+    /// short. It may make, change and delete atoms of this table, the one it is handed too; it may not attach
+    /// the object anew, assign to it or destroy it. A walk that its callback prolongs ends after 65,536
+    /// atoms. Always false.
     bool Iterate_Atoms(long group, bool (*callback)(long slot, long id, char *data, long user), long user);
 
     /// False when there is no such atom.
@@ -91,7 +95,10 @@ class KELMARA_API CAtomTable : public CAutoDeleteableObject {
   private:
     KELMARA_INTERNAL bool Take_Lock(CMutexHolder &lock);
     KELMARA_INTERNAL bool Holds_Atom(long slot) const;
+    KELMARA_INTERNAL long Attach();
     KELMARA_INTERNAL long Attach_To_Block();
+    KELMARA_INTERNAL bool Is_Half_Made() const;
+    KELMARA_INTERNAL void Swap(CAtomTable &other);
     KELMARA_INTERNAL void Make_Fresh();
     KELMARA_INTERNAL void Repair();
     KELMARA_INTERNAL void Detach();

@@ -9,7 +9,6 @@ namespace {
 constexpr long Infinite = -1;
 constexpr DWORD Round_Milliseconds = 2000;
 constexpr int Most_Failures = 2;
-constexpr long Not_Responding = 1053;
 
 bool Owns_After(DWORD wait_result) {
     return wait_result == WAIT_OBJECT_0 || wait_result == WAIT_ABANDONED;
@@ -69,7 +68,7 @@ long Get_Mutex(void *mutex, long timeout) {
     for (int attempt = 0; attempt < Most_Failures; ++attempt) {
         const DWORD result = WaitForSingleObject(mutex, static_cast<DWORD>(timeout));
         if (Owns_After(result)) return 0;
-        if (result == WAIT_TIMEOUT) return Not_Responding;
+        if (result == WAIT_TIMEOUT) return ERROR_SERVICE_REQUEST_TIMEOUT;
     }
     return ERROR_INVALID_HANDLE;
 }

@@ -11,7 +11,8 @@
 namespace {
 
 [[gnu::constructor]] void Initialize_Library() {
-    // An exit routine that finds no room is one that does not run; the process ends all the same.
+    // Always the last line. An exit routine that finds no room is one that does not run; the process ends all
+    // the same.
     (void)std::atexit(Release_Memory_Library);
 }
 

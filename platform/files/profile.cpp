@@ -99,7 +99,7 @@ long Read_Profile(LPCSTR name, std::string &text) {
 
 DWORD Give_Cut(std::string_view text, LPSTR out, DWORD size) {
     const std::size_t length = std::min<std::size_t>(text.size(), size - 1);
-    std::memmove(out, text.data(), length); // the fallback may stand in the buffer
+    std::char_traits<char>::move(out, text.data(), length); // the fallback may stand in the buffer
     out[length] = '\0';
     return static_cast<DWORD>(length);
 }

@@ -1,6 +1,6 @@
 #pragma once
-// A call on an object that costs no locked instruction: each thread announces in a record of its own what it
-// is about to use, and whoever wants to take an object away asks all records.
+// A call on an object that costs no locked instruction (a hazard pointer): each thread announces in a record
+// of its own what it is about to use, and whoever wants to take an object away asks all records.
 //
 // The announcing thread only stores and loads, in that order. What makes this safe is the other side, which
 // has the kernel put a barrier into every running thread of the process before it looks: an announcement made

@@ -137,7 +137,7 @@ HANDLE Open_Handle(KernelObject *object) {
     HandleSlot *slot = Take_Free_Slot();
     if (!slot) {
         object->Release();
-        SetLastError(ERROR_TOO_MANY_HANDLES);
+        SetLastError(ERROR_NOT_ENOUGH_QUOTA);
         return nullptr;
     }
     slot->object.store(Tagged(object), std::memory_order_relaxed);

@@ -80,7 +80,7 @@ class HandleUse {
 };
 
 /// A new handle to `object`, which takes over the caller's hold of it. Null, with the hold let go and
-/// ERROR_TOO_MANY_HANDLES, when the table is full.
+/// ERROR_NOT_ENOUGH_QUOTA, when the table is full.
 HANDLE Open_Handle(KernelObject *object);
 
 /// Closes a handle to an object of that kind; false when it is no such handle. Calls under way on it finish.

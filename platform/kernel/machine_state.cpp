@@ -68,10 +68,16 @@ std::string Read_Number(const std::string &path) {
     return std::strspn(number, "0123456789abcdef") == Number_Length ? number : std::string();
 }
 
+bool Is_Empty_File(const std::string &path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
+}
+
 std::string Read_Or_Make_Number(const std::string &folder) {
     const std::string path = folder + "/machine.id";
     for (int attempt = 0; attempt < 100; ++attempt) {
-        const std::string existing = Read_Number(path);
+        if (Is_Empty_File(path)) unlink(path.c_str()); // what a power failure left of it
+        std::string existing = Read_Number(path);
         if (!existing.empty() || errno != ENOENT) return existing;
         char number[Number_Length + 1] = {};
         unsigned char bytes[16];
@@ -81,7 +87,9 @@ std::string Read_Or_Make_Number(const std::string &folder) {
         const std::string aside = path + "." + number;
         FileDescriptor fresh(open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
         if (!fresh) return {};
-        const bool written = write(fresh.Get(), number, Number_Length) == static_cast<ssize_t>(Number_Length);
+        const bool written =
+            write(fresh.Get(), number, Number_Length) == static_cast<ssize_t>(Number_Length) &&
+            fsync(fresh.Get()) == 0;
         fresh.Close();
         if (written && link(aside.c_str(), path.c_str()) != 0 && errno != EEXIST) {
             unlink(aside.c_str());
@@ -91,6 +99,13 @@ std::string Read_Or_Make_Number(const std::string &folder) {
         if (!written) return {};
     }
     return {};
+}
+
+// A folder that holds anything else is somebody's own.
+bool May_Become_A_Machine(const std::string &folder) {
+    std::error_code error;
+    const bool empty = std::filesystem::is_empty(folder, error);
+    return error || empty || access((folder + "/machine.id").c_str(), F_OK) == 0;
 }
 
 // Empty when the folder has no number, or the number cannot be read.
@@ -112,11 +127,18 @@ bool Prepare(const std::string &named, Machine &machine) {
     std::string folder = named;
     if (folder[0] != '/') {
         char here[PATH_MAX];
-        if (!getcwd(here, sizeof here)) return false;
+        if (!getcwd(here, sizeof here)) {
+            Report_Machine_Trouble(named + ": the current directory that it counts from is gone");
+            return false;
+        }
         folder = std::string(here) + "/" + folder;
     }
     while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
     Make_Parents(folder);
+    if (!May_Become_A_Machine(folder)) {
+        Report_Machine_Trouble(folder + ": neither a machine nor empty; it is left as it is");
+        return false;
+    }
     if (const long error = Make_Private_Folder(folder); error != NO_ERROR) {
         Report_Machine_Trouble(folder + (error == ERROR_ACCESS_DENIED
                                              ? ": not a folder of this user alone; it is left as it is"
@@ -124,7 +146,10 @@ bool Prepare(const std::string &named, Machine &machine) {
         return false;
     }
     char real[PATH_MAX];
-    if (!realpath(folder.c_str(), real)) return false;
+    if (!realpath(folder.c_str(), real)) {
+        Report_Machine_Trouble(folder + ": its path cannot be followed");
+        return false;
+    }
     machine.folder = real;
     machine.shared_memory_folder =
         Shared_Memory_Folder_Of(machine.folder, Read_Or_Make_Number(machine.folder));
@@ -201,10 +226,16 @@ bool Remove_Machine(const char *folder) {
     if (lstat(real, &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid()) return false;
     const std::string shared = Shared_Memory_Folder_Of(real, Read_Number(std::string(real) + "/machine.id"));
     if (shared.empty()) return false;
+    // Its number goes last: until then the folder can be told for what it is.
     std::error_code error;
     std::filesystem::remove_all(shared, error);
-    std::filesystem::remove_all(real, error);
-    return !error;
+    for (const auto &entry : std::filesystem::directory_iterator(real, error)) {
+        if (entry.path().filename() == "machine.id") continue;
+        std::filesystem::remove_all(entry.path(), error);
+        if (error) return false;
+    }
+    std::filesystem::remove(std::string(real) + "/machine.id", error);
+    return rmdir(real) == 0;
 }
 
 bool Enter_Machine(const char *folder) {

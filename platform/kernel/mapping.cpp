@@ -26,6 +26,7 @@ class MappingObject final : public NamedObject {
 
   private:
     ~MappingObject() override = default;
+    void Let_Name_Go() override { block_->Let_Name_Go_If_Last(SharedBlock::Patience::Give_Up); }
     void Last_Released() override {
         Forget_Name();
         delete this;
@@ -65,7 +66,7 @@ HANDLE CreateFileMappingA(HANDLE file, const SECURITY_ATTRIBUTES *, DWORD protec
         return Fail(ERROR_INVALID_PARAMETER);
     if (size_high != 0 || size_low > 0x70000000) return Fail(ERROR_COMMITMENT_LIMIT);
     bool fresh = false;
-    return NamedObjects::Open(ObjectKind::Mapping, SharedBlockKind::Mapping, name, size_low, nullptr,
+    return NamedObjects::Open(ObjectKind::Mapping, SharedBlockKind::Mapping, name, size_low, {},
                               MappingObject::Make, &fresh);
 }
 

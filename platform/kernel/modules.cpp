@@ -149,9 +149,13 @@ void Unload(Modules &modules, HMODULE module) {
     if (gone.mapped().attached) Run_Dll_Main(module, Process_Detach);
 }
 
+// What the program was linked with was never loaded by a call, and stays.
 bool Take_Back_Load(Modules &modules, HMODULE module) {
     const auto found = modules.loaded.find(module);
-    if (found == modules.loaded.end()) return false;
+    if (found == modules.loaded.end()) {
+        std::string path;
+        return module && Find_Host_Path(module, path);
+    }
     if (--found->second.loads == 0) Unload(modules, module);
     return true;
 }
@@ -234,7 +238,7 @@ HMODULE LoadLibraryA(LPCSTR path) {
 
 HMODULE LoadLibraryExA(LPCSTR path, HANDLE reserved, DWORD flags) {
     if (reserved || (flags & ~Known_Flags)) return Fail<HMODULE>(ERROR_INVALID_PARAMETER);
-    if (!path) return Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
+    if (!path || !*path) return Fail<HMODULE>(ERROR_INVALID_PARAMETER);
     const DWORD last_error = GetLastError();
     const ModuleName name(path);
     HMODULE module = nullptr;
@@ -251,21 +255,20 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     if (!module || reinterpret_cast<std::uintptr_t>(name) < First_Name) {
         return Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
     }
+    std::string path;
+    if (!Find_Host_Path(module, path)) return Fail<FARPROC>(ERROR_MOD_NOT_FOUND);
     if (module == The_Platform() && Is_Lacking(name)) return Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
-    const std::lock_guard guard(The_Modules().lock);
     void *address = Find_Export(module, name);
     return address ? reinterpret_cast<FARPROC>(address) : Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
 }
 
 HMODULE GetModuleHandleA(LPCSTR name) {
     if (!name) return The_Program();
-    const std::lock_guard guard(The_Modules().lock);
     const HMODULE module = Module_Of(Find_Loaded(ModuleName(name)));
     return module ? module : Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
 }
 
 DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
-    const std::lock_guard guard(The_Modules().lock);
     std::string windows_path;
     if (const long error = Find_Windows_Path(module ? module : The_Program(), windows_path);
         error != NO_ERROR) {

@@ -17,17 +17,24 @@
 #include <platform/kernel.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <ctime>
 #include <mutex>
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 
-[[gnu::tls_model("initial-exec")]] constinit thread_local char this_thread =
-    0; // its address is the thread's identity within the process
+// Numbers of threads are never used again, as the host's are.
+constinit std::atomic<unsigned> last_thread_number{0};
+[[gnu::tls_model("initial-exec")]] constinit thread_local unsigned own_thread_number = 0;
+
+unsigned This_Thread() {
+    if (own_thread_number == 0) [[unlikely]]
+        own_thread_number = ++last_thread_number;
+    return own_thread_number;
+}
 
 class MutexObject final : public NamedObject {
   public:
@@ -37,6 +44,8 @@ class MutexObject final : public NamedObject {
     bool Try(DWORD &result);
     DWORD Wait(DWORD milliseconds) override;
     BOOL Release_By_Owner();
+    /// The lock was taken by this thread while the block was made.
+    void Begin_As_Owner();
     void Finish_If_Lingering() {
         if (lingering_.load(std::memory_order_acquire)) [[unlikely]]
             Finish();
@@ -48,8 +57,8 @@ class MutexObject final : public NamedObject {
   private:
     ~MutexObject() override = default;
     void Last_Released() override;
+    void Let_Name_Go() override { block_->Let_Name_Go_If_Last(SharedBlock::Patience::Give_Up); }
     void Take(std::unique_ptr<SharedBlock> block, pthread_mutex_t *lock);
-    void Put_Aside();
     DWORD Outcome(int locked);
     [[gnu::noinline]] DWORD Unusual_Outcome(int locked);
     bool In_Use_By_This_Process() const;
@@ -58,7 +67,7 @@ class MutexObject final : public NamedObject {
     std::unique_ptr<SharedBlock> block_;
     pthread_mutex_t *lock_ = nullptr; // in the block
     // Written by the owner alone. Another thread reads it only to find that it is not the owner.
-    std::atomic<const char *> owner_{nullptr};
+    std::atomic<unsigned> owner_{0};
     unsigned depth_ = 0;
     std::atomic<bool> lingering_{false};
 };
@@ -84,6 +93,10 @@ void Prepare_Lock(void *contents) {
     pthread_mutexattr_destroy(&attributes);
 }
 
+void Take_Prepared_Lock(void *contents) {
+    pthread_mutex_lock(static_cast<pthread_mutex_t *>(contents));
+}
+
 timespec Deadline_After(DWORD milliseconds) {
     timespec at;
     clock_gettime(CLOCK_MONOTONIC, &at);
@@ -104,8 +117,8 @@ int Lock(pthread_mutex_t *lock, DWORD milliseconds) {
 
 DWORD MutexObject::Outcome(int locked) {
     if (locked == 0) [[likely]] {
-        if (owner_.load(std::memory_order_relaxed) != &this_thread) depth_ = 0;
-        owner_.store(&this_thread, std::memory_order_relaxed);
+        if (owner_.load(std::memory_order_relaxed) != This_Thread()) depth_ = 0;
+        owner_.store(This_Thread(), std::memory_order_relaxed);
         ++depth_;
         return WAIT_OBJECT_0;
     }
@@ -116,7 +129,7 @@ DWORD MutexObject::Unusual_Outcome(int locked) {
     switch (locked) {
     case EOWNERDEAD:
         pthread_mutex_consistent(lock_);
-        owner_.store(&this_thread, std::memory_order_relaxed);
+        owner_.store(This_Thread(), std::memory_order_relaxed);
         depth_ = 1;
         return WAIT_ABANDONED;
     case ETIMEDOUT:
@@ -139,15 +152,15 @@ DWORD MutexObject::Wait(DWORD milliseconds) {
 }
 
 BOOL MutexObject::Release_By_Owner() {
-    if (owner_.load(std::memory_order_relaxed) != &this_thread) {
+    if (owner_.load(std::memory_order_relaxed) != This_Thread()) {
         SetLastError(ERROR_NOT_OWNER);
         return FALSE;
     }
     // From the unlock on, nothing of the shared page may be touched.
     const bool last = --depth_ == 0;
-    if (last) owner_.store(nullptr, std::memory_order_relaxed);
+    if (last) owner_.store(0, std::memory_order_relaxed);
     if (pthread_mutex_unlock(lock_) != 0) {
-        owner_.store(nullptr, std::memory_order_relaxed);
+        owner_.store(0, std::memory_order_relaxed);
         SetLastError(ERROR_NOT_OWNER);
         return FALSE;
     }
@@ -163,9 +176,7 @@ bool MutexObject::In_Use_By_This_Process() const {
     const int word = __atomic_load_n(&lock_->__data.__lock, __ATOMIC_SEQ_CST);
     const unsigned thread = static_cast<unsigned>(word) & Thread_Mask;
     if (thread == 0) return false;
-    char path[64];
-    std::snprintf(path, sizeof path, "/proc/self/task/%u", thread);
-    return access(path, F_OK) == 0;
+    return syscall(SYS_tgkill, getpid(), thread, 0) == 0;
 }
 
 NamedObject *MutexObject::Make(std::unique_ptr<SharedBlock> block) {
@@ -191,13 +202,20 @@ NamedObject *MutexObject::Make(std::unique_ptr<SharedBlock> block) {
 void MutexObject::Take(std::unique_ptr<SharedBlock> block, pthread_mutex_t *lock) {
     block_ = std::move(block);
     lock_ = lock;
-    owner_.store(nullptr, std::memory_order_relaxed);
+    owner_.store(0, std::memory_order_relaxed);
     depth_ = 0;
     lingering_.store(false, std::memory_order_relaxed);
 }
 
+void MutexObject::Begin_As_Owner() {
+    owner_.store(This_Thread(), std::memory_order_relaxed);
+    depth_ = 1;
+}
+
+// The name goes with the last handle; the page stays for a thread that owns the lock.
 void MutexObject::Last_Released() {
     Forget_Name();
+    block_->Let_Name_Go_If_Last();
     Shelf &shelf = The_Shelf();
     std::unique_lock guard(shelf.lock);
     lingering_.store(true, std::memory_order_seq_cst);
@@ -217,7 +235,7 @@ void MutexObject::Finish() {
         lingering_.store(false, std::memory_order_relaxed);
         std::unique_ptr<SharedBlock> block = std::move(block_);
         lock_ = nullptr;
-        owner_.store(nullptr, std::memory_order_relaxed);
+        owner_.store(0, std::memory_order_relaxed);
         shelf.aside.push_back(this);
         guard.unlock();
         return; // the block goes here, outside the shelf's lock
@@ -242,13 +260,12 @@ extern "C" {
 HANDLE CreateMutexA(const SECURITY_ATTRIBUTES *, BOOL initial_owner, LPCSTR name) {
     MutexObject::Sweep_Lingering();
     bool fresh = false;
-    const HANDLE handle =
-        NamedObjects::Open(ObjectKind::Mutex, SharedBlockKind::Mutex, name, sizeof(pthread_mutex_t),
-                           Prepare_Lock, MutexObject::Make, &fresh);
+    const HANDLE handle = NamedObjects::Open(
+        ObjectKind::Mutex, SharedBlockKind::Mutex, name, sizeof(pthread_mutex_t),
+        {Prepare_Lock, initial_owner ? Take_Prepared_Lock : nullptr}, MutexObject::Make, &fresh);
     if (handle && fresh && initial_owner) {
-        const DWORD kept = GetLastError();
-        WaitForSingleObject(handle, INFINITE);
-        SetLastError(kept);
+        const HandleUse use(handle, ObjectKind::Mutex);
+        if (use) use.As<MutexObject>().Begin_As_Owner();
     }
     return handle;
 }

@@ -42,6 +42,14 @@ HANDLE Hand_Out(NamedObject *object, bool fresh) {
 
 } // namespace
 
+// After the exit routines of all that stands above: what they left open would stay in memory until its name
+// is asked for again.
+void NamedObjects::Let_Names_Go() {
+    Names &names = The_Names();
+    std::lock_guard guard(names.lock);
+    for (const auto &[key, object] : names.open) object->Let_Name_Go();
+}
+
 void NamedObject::Forget_Name() {
     if (key_.empty()) return;
     Names &names = The_Names();
@@ -53,9 +61,9 @@ void NamedObject::Forget_Name() {
 }
 
 HANDLE NamedObjects::Open(ObjectKind kind, SharedBlockKind block_kind, const char *name, std::uint32_t size,
-                          void (*prepare)(void *contents), Maker make, bool *fresh) {
+                          SharedBlockMaking making, Maker make, bool *fresh) {
     if (!name || !*name) {
-        SharedBlock::Opened opened = SharedBlock::Make_Private(size, prepare);
+        SharedBlock::Opened opened = SharedBlock::Make_Private(size, making);
         if (!opened.block) return Fail(opened.error);
         NamedObject *object = make(std::move(opened.block));
         if (!object) return Fail(ERROR_COMMITMENT_LIMIT);
@@ -80,7 +88,7 @@ HANDLE NamedObjects::Open(ObjectKind kind, SharedBlockKind block_kind, const cha
             return Hand_Out(object, false);
         }
     }
-    SharedBlock::Opened opened = SharedBlock::Open(block_kind, name, size, prepare);
+    SharedBlock::Opened opened = SharedBlock::Open(block_kind, name, size, making);
     if (!opened.block) return Fail(opened.error);
     NamedObject *object = make(std::move(opened.block));
     if (!object) return Fail(ERROR_COMMITMENT_LIMIT);

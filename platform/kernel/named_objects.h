@@ -12,6 +12,8 @@ class NamedObject : public KernelObject {
     using KernelObject::KernelObject;
 
   protected:
+    /// When the process ends: the name goes unless another process has it. The object stays usable.
+    virtual void Let_Name_Go() = 0;
     /// Takes the object out of the process's names. To be called when it goes, before its block does.
     void Forget_Name();
 
@@ -28,5 +30,8 @@ class NamedObjects {
     /// turns a freshly opened block into an object, null when it cannot. Sets the last error: 0, or
     /// ERROR_ALREADY_EXISTS, or why there is no handle.
     static HANDLE Open(ObjectKind kind, SharedBlockKind block_kind, const char *name, std::uint32_t size,
-                       void (*prepare)(void *contents), Maker make, bool *fresh);
+                       SharedBlockMaking making, Maker make, bool *fresh);
+
+  private:
+    [[gnu::destructor]] static void Let_Names_Go();
 };

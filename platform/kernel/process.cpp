@@ -1,5 +1,7 @@
 #include <platform/kernel.h>
 
+#include <platform/kernel/process_end.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <ctime>
@@ -9,6 +11,10 @@
 
 namespace {
 constinit std::atomic<pthread_t> exiting_thread{};
+}
+
+bool Process_Is_Ending() {
+    return exiting_thread != pthread_t{};
 }
 
 extern "C" {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <mutex>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -22,10 +23,16 @@ constexpr std::size_t Longest_Name = sizeof(SharedBlockHeader::name) - 1;
 // file. The kernel takes the file's lock back from a process that is killed.
 class NamesLock {
   public:
-    explicit NamesLock(const std::string &path)
+    explicit NamesLock(const std::string &path, int flags = 0)
         : guard_(Process_Lock()), file_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600)) {
-        held_ = file_.Get() >= 0 && Lock_File(file_.Get(), LOCK_EX);
+        held_ = file_.Get() >= 0 && Lock_File(file_.Get(), LOCK_EX | flags);
     }
+    // Not left to the closing: a process forked meanwhile has the file open too.
+    ~NamesLock() {
+        if (held_) Lock_File(file_.Get(), LOCK_UN);
+    }
+    NamesLock(const NamesLock &) = delete;
+    NamesLock &operator=(const NamesLock &) = delete;
     bool Held() const { return held_; }
 
   private:
@@ -84,6 +91,11 @@ void *Map(int descriptor, std::uint32_t size) {
     return contents == MAP_FAILED ? nullptr : contents;
 }
 
+std::uint64_t Thread_Numbers() {
+    struct stat status;
+    return stat("/proc/self/ns/pid", &status) == 0 ? status.st_ino : 0;
+}
+
 bool Write_Header(int descriptor, SharedBlockKind kind, const std::string &name, std::uint32_t size) {
     SharedBlockHeader header = {};
     std::memcpy(header.magic, Magic, sizeof Magic);
@@ -92,6 +104,7 @@ bool Write_Header(int descriptor, SharedBlockKind kind, const std::string &name,
     header.kind = static_cast<std::uint32_t>(kind);
     header.size = size;
     std::memcpy(header.name, name.data(), name.size());
+    header.thread_numbers = Thread_Numbers();
     return pwrite(descriptor, &header, sizeof header, 0) == static_cast<ssize_t>(sizeof header);
 }
 
@@ -106,6 +119,8 @@ long Check_Header(int descriptor, SharedBlockKind kind, const std::string &name,
     if (header.layout_version != Shared_Block_Layout_Version || header.word_size != sizeof(void *)) {
         return ERROR_REVISION_MISMATCH;
     }
+    // Locks tell their owners by thread number: other numbers, other owners.
+    if (header.thread_numbers != Thread_Numbers()) return ERROR_REVISION_MISMATCH;
     if (header.name[Longest_Name] != 0 || name != header.name) return ERROR_FILE_CORRUPT;
     if (header.kind != static_cast<std::uint32_t>(kind)) return ERROR_INVALID_HANDLE;
     if (header.size == 0 || status.st_size < static_cast<off_t>(Shared_Block_Contents_Offset) + header.size) {
@@ -120,13 +135,34 @@ bool Somebody_Holds(int descriptor) {
     return !Lock_File(descriptor, LOCK_EX | LOCK_NB);
 }
 
+// The caller holds the lock of names.
+void Throw_Away_What_Nobody_Holds(const std::string &folder) {
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
+        const FileDescriptor file(open(entry.path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        if (file && !Somebody_Holds(file.Get())) unlink(entry.path().c_str());
+    }
+}
+
+// True once for each machine of this process.
+bool Is_First_Opening(const std::string &folder) {
+    static std::string *seen = new std::string; // under the lock of names
+    if (*seen == folder) return false;
+    *seen = folder;
+    return true;
+}
+
 } // namespace
 
 SharedBlock::SharedBlock(int descriptor, std::string path, std::string lock_path, std::uint32_t size)
-    : descriptor_(descriptor), path_(std::move(path)), lock_path_(std::move(lock_path)), size_(size) {}
+    : descriptor_(descriptor),
+      opener_(getpid()),
+      path_(std::move(path)),
+      lock_path_(std::move(lock_path)),
+      size_(size) {}
 
 SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &name, std::uint32_t size,
-                                      void (*prepare)(void *contents)) {
+                                      SharedBlockMaking making) {
     Opened opened;
     if (name.empty() || name.size() > Longest_Name || size == 0) {
         opened.error = ERROR_INVALID_PARAMETER;
@@ -147,6 +183,7 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
         return opened;
     }
     if ((opened.error = Make_Private_Folder(folder)) != NO_ERROR) return opened;
+    if (Is_First_Opening(folder)) Throw_Away_What_Nobody_Holds(folder);
 
     FileDescriptor existing(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
     if (existing.Get() < 0 && errno != ENOENT) {
@@ -172,8 +209,9 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
         return opened;
     }
     std::unique_ptr<SharedBlock> block(new SharedBlock(file.Give(), {}, {}, size));
-    const bool complete = Reserve(block->descriptor_, size) && (!prepare || block->Contents());
-    if (complete && prepare) prepare(block->Contents());
+    const bool worked_on = making.prepare || making.first_use;
+    const bool complete = Reserve(block->descriptor_, size) && (!worked_on || block->Contents());
+    if (complete && making.prepare) making.prepare(block->Contents());
     if (!complete || !Write_Header(block->descriptor_, kind, name, size) ||
         !Lock_File(block->descriptor_, LOCK_SH)) {
         opened.error = Error_Of_Errno(errno);
@@ -182,12 +220,13 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
     }
     block->path_ = path;
     block->lock_path_ = lock_path;
+    if (making.first_use) making.first_use(block->Contents());
     opened.block = std::move(block);
     opened.fresh = true;
     return opened;
 }
 
-SharedBlock::Opened SharedBlock::Make_Private(std::uint32_t size, void (*prepare)(void *contents)) {
+SharedBlock::Opened SharedBlock::Make_Private(std::uint32_t size, SharedBlockMaking making) {
     Opened opened;
     FileDescriptor descriptor(memfd_create("kelmara-private-block", MFD_CLOEXEC));
     if (!descriptor || size == 0 || !Reserve(descriptor.Get(), size)) {
@@ -195,13 +234,12 @@ SharedBlock::Opened SharedBlock::Make_Private(std::uint32_t size, void (*prepare
         return opened;
     }
     std::unique_ptr<SharedBlock> block(new SharedBlock(descriptor.Give(), {}, {}, size));
-    if (prepare) {
-        if (!block->Contents()) {
-            opened.error = ERROR_COMMITMENT_LIMIT;
-            return opened;
-        }
-        prepare(block->Contents());
+    if ((making.prepare || making.first_use) && !block->Contents()) {
+        opened.error = ERROR_COMMITMENT_LIMIT;
+        return opened;
     }
+    if (making.prepare) making.prepare(block->Contents());
+    if (making.first_use) making.first_use(block->Contents());
     opened.block = std::move(block);
     opened.fresh = true;
     return opened;
@@ -209,17 +247,23 @@ SharedBlock::Opened SharedBlock::Make_Private(std::uint32_t size, void (*prepare
 
 SharedBlock::~SharedBlock() {
     if (contents_) munmap(contents_, size_);
-    if (lock_path_.empty()) {
-        close(descriptor_);
+    Let_Name_Go_If_Last();
+    close(descriptor_);
+}
+
+// The file goes with its last holder, and the folder with its last file. Where others hold it the shared lock
+// is taken back: asking has cost it.
+void SharedBlock::Let_Name_Go_If_Last(Patience patience) {
+    if (lock_path_.empty() || opener_ != getpid()) return;
+    const NamesLock names(lock_path_, patience == Patience::Give_Up ? LOCK_NB : 0);
+    if (!names.Held()) return;
+    if (Somebody_Holds(descriptor_)) {
+        Lock_File(descriptor_, LOCK_SH);
         return;
     }
-    NamesLock names(lock_path_);
-    // The file goes with its last holder, and the folder with its last file.
-    if (names.Held() && !Somebody_Holds(descriptor_)) {
-        unlink(path_.c_str());
-        rmdir(path_.substr(0, path_.rfind('/')).c_str());
-    }
-    close(descriptor_);
+    unlink(path_.c_str());
+    rmdir(path_.substr(0, path_.rfind('/')).c_str());
+    lock_path_.clear();
 }
 
 void *SharedBlock::Contents() {

@@ -5,12 +5,15 @@
 // then the contents. Every process that has a block open holds a shared lock on its file, which the kernel
 // takes back however the process ends; whoever opens a file that nobody holds throws it away and makes a
 // fresh one. So a name vanishes with its last holder, and nothing of it outlives a restart of the host.
-// Opening and letting go happen under one lock of the whole machine.
+// Opening and letting go happen under one lock of the whole machine. The first opening of a process throws
+// away what all of the killed left. A block that a forked process has inherited is the first one's affair:
+// the fork lets go of its memory and no more.
 
 #include <platform/types.h>
 
 #include <memory>
 #include <string>
+#include <sys/types.h>
 
 /// First page of every block's file. The layout is frozen for a given magic and layout version.
 struct SharedBlockHeader {
@@ -20,34 +23,48 @@ struct SharedBlockHeader {
     std::uint32_t kind;           // offset 16, a SharedBlockKind
     std::uint32_t size;           // offset 20, bytes of the contents
     char name[264];               // offset 24, terminated
+    std::uint64_t thread_numbers; // offset 288, whose numbers of threads these are (the host's PID namespace)
 };
 static_assert(offsetof(SharedBlockHeader, layout_version) == 8 && offsetof(SharedBlockHeader, size) == 20);
-static_assert(offsetof(SharedBlockHeader, name) == 24 && sizeof(SharedBlockHeader) == 288);
+static_assert(offsetof(SharedBlockHeader, name) == 24 && offsetof(SharedBlockHeader, thread_numbers) == 288);
 
 inline constexpr std::uint32_t Shared_Block_Layout_Version = 1;
 inline constexpr std::uint32_t Shared_Block_Contents_Offset = 4096;
 
 enum class SharedBlockKind : std::uint32_t { Mutex = 1, Mapping = 2, Internal = 3 };
 
+/// What is done to fresh contents before any other process meets them. A maker killed in `prepare` leaves no
+/// block; one killed in `first_use` leaves a whole one.
+struct SharedBlockMaking {
+    void (*prepare)(void *contents) = nullptr;
+    void (*first_use)(void *contents) = nullptr;
+};
+
 class SharedBlock {
   public:
     struct Opened {
         std::unique_ptr<SharedBlock> block; // null on failure
-        bool fresh = false;                 // made by this call: contents are zero but for what `prepare` did
+        bool fresh = false;                 // made by this call: contents are zero but for what `making` did
         long error = 0;                     // a code of errors.h on failure
     };
 
-    /// Opens the block of that name or makes one of `size` bytes. `prepare` runs on fresh contents before any
-    /// other process can see them. A block that exists keeps its own size. Kinds share one space of names.
+    /// Opens the block of that name or makes one of `size` bytes. A block that exists keeps its own size.
+    /// Kinds share one space of names.
     static Opened Open(SharedBlockKind kind, const std::string &name, std::uint32_t size,
-                       void (*prepare)(void *contents) = nullptr);
+                       SharedBlockMaking making = {});
 
     /// A block without a name, of this process alone.
-    static Opened Make_Private(std::uint32_t size, void (*prepare)(void *contents) = nullptr);
+    static Opened Make_Private(std::uint32_t size, SharedBlockMaking making = {});
 
     ~SharedBlock();
     SharedBlock(const SharedBlock &) = delete;
     SharedBlock &operator=(const SharedBlock &) = delete;
+
+    enum class Patience { Wait, Give_Up };
+    /// Takes the name away when no other process holds the block; whoever asks for it next gets a fresh one.
+    /// The contents stay for this process. Giving up, it leaves the name where another process is busy with
+    /// names.
+    void Let_Name_Go_If_Last(Patience patience = Patience::Wait);
 
     /// Contents mapped for the block's lifetime; null when that fails.
     void *Contents();
@@ -58,6 +75,7 @@ class SharedBlock {
     SharedBlock(int descriptor, std::string path, std::string lock_path, std::uint32_t size);
 
     int descriptor_;
+    pid_t opener_;
     std::string path_;      // empty for a private block
     std::string lock_path_; // the machine's lock of names that guards it
     std::uint32_t size_;

@@ -154,7 +154,7 @@ long Hand_Out(ProcessObject *process, PROCESS_INFORMATION &information) {
     if (handed_out) return NO_ERROR;
     if (process_handle) CloseHandle(process_handle);
     if (thread_handle) CloseHandle(thread_handle);
-    return ERROR_TOO_MANY_HANDLES;
+    return ERROR_NOT_ENOUGH_QUOTA;
 }
 
 long Create_Process(LPCSTR program, LPCSTR command_line, const char *environment, LPCSTR directory,

@@ -26,11 +26,8 @@ class Enumeration {
     }
 
     /// To be told before an entry is erased, and when one came in that may stand before the place.
-    void Before_Erase(Iterator entry) {
-        if (known_ && entry == place_)
-            ++place_;
-        else
-            known_ = false;
+    void Before_Erase(Container &container, Iterator entry) {
+        known_ = known_ && entry == place_ && ++place_ != container.end();
     }
     void Forget() { known_ = false; }
 

@@ -22,7 +22,7 @@ KeyTree::KeyTree(std::uint64_t made, std::uint32_t first_free_key)
     Make_Fixed_Key(Users_Key, No_Key, {});
     Make_Fixed_Key(Software_Key, Local_Machine_Key, "Software");
     Make_Fixed_Key(Classes_Key, Software_Key, "Classes");
-    Make_Fixed_Key(Current_User_Key, Users_Key, "S-1-5-21-1000");
+    Make_Fixed_Key(Current_User_Key, Users_Key, "S-1-5-21-0-0-0-1000");
     Make_Fixed_Key(System_Key, Local_Machine_Key, "System");
     Make_Fixed_Key(Control_Set_Key, System_Key, "CurrentControlSet");
     Make_Fixed_Key(Profiles_Key, Control_Set_Key, "Hardware Profiles");
@@ -73,6 +73,10 @@ std::string KeyTree::Free_Name(const RegistryKey &parent, std::string_view wante
     std::string name(wanted);
     while (parent.Subkey(name)) name += '+';
     return name;
+}
+
+void KeyTree::Skip_Numbers(std::uint32_t count) {
+    first_free_ += std::min<std::uint32_t>(count, Last_Key - first_free_);
 }
 
 void KeyTree::Apply(const RegistryRecord &record) {
@@ -140,7 +144,7 @@ void KeyTree::Remove(RegistryKey *key) {
     }
     live_size_ -= Record_Size(key->name.size(), key->class_name.size());
     const auto place = key->parent->subkeys.find(key);
-    key->parent->subkey_place.Before_Erase(place);
+    key->parent->subkey_place.Before_Erase(key->parent->subkeys, place);
     key->parent->subkeys.erase(place);
     keys_.erase(key->number);
 }
@@ -173,7 +177,7 @@ void KeyTree::Delete_Value(const RegistryRecord &record) {
     const RegistryKey::Values::iterator value = *found;
     live_size_ -= Record_Size(value->name.size(), value->data.size());
     key->by_name.erase(found);
-    key->value_place.Before_Erase(value);
+    key->value_place.Before_Erase(key->values, value);
     key->values.erase(value);
 }
 

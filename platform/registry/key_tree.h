@@ -94,6 +94,8 @@ class KeyTree {
     RegistryKey *Key(std::uint32_t number) const;
     /// Greater than that of any key that there ever was.
     std::uint32_t First_Free() const { return first_free_; }
+    /// Keys of so many further numbers may have been made of which nothing is known.
+    void Skip_Numbers(std::uint32_t count);
     std::uint64_t Made() const { return made_; }
     /// Bytes of the records that make the tree as it stands.
     std::uint32_t Live_Size() const { return live_size_; }

@@ -37,7 +37,7 @@ LONG Open_Key_Handle(std::uint32_t key, unsigned machine, DWORD access, HKEY *ha
     auto *object = new (std::nothrow) OpenKey(key, machine, access);
     if (!object) return ERROR_NOT_ENOUGH_MEMORY;
     *handle = static_cast<HKEY>(Open_Handle(object));
-    return *handle ? ERROR_SUCCESS : ERROR_TOO_MANY_HANDLES;
+    return *handle ? ERROR_SUCCESS : ERROR_NOT_ENOUGH_QUOTA;
 }
 
 KeyReference Look_Up(HKEY handle) {

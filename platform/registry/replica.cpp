@@ -77,6 +77,7 @@ long Replica::Read(std::uint32_t to, std::uint32_t settled, const std::string &n
     }
     end = scanned.end;
     if (scanned.damaged > 0) {
+        tree->Skip_Numbers(scanned.damaged / sizeof(RecordHeader) + 1);
         Report_Machine_Trouble(name + ": " + std::to_string(scanned.damaged) +
                                " damaged bytes are passed over");
     }

@@ -1,7 +1,5 @@
 #include <platform/registry/results.h>
 
-#include <cstring>
-
 namespace {
 
 bool Wants_Terminator(const RegistryValue &value) {
@@ -18,7 +16,7 @@ bool Name_Fits(std::string_view name, LPSTR out, const DWORD *size) {
 void Give_Name(std::string_view name, LPSTR out, DWORD *size, bool give) {
     if (size) *size = static_cast<DWORD>(name.size()) + (give ? 0 : 1);
     if (!out || !give) return;
-    std::memcpy(out, name.data(), name.size());
+    name.copy(out, name.size());
     out[name.size()] = '\0';
 }
 
@@ -31,7 +29,7 @@ void Give_Data(const RegistryValue &value, DWORD *type, BYTE *data, DWORD *size,
     if (type) *type = value.type;
     if (size) *size = static_cast<DWORD>(value.data.size());
     if (!data || !give) return;
-    std::memcpy(data, value.data.data(), value.data.size());
+    value.data.copy(reinterpret_cast<char *>(data), value.data.size());
     if (room > value.data.size() && Wants_Terminator(value)) data[value.data.size()] = 0;
 }
 

@@ -15,22 +15,6 @@ namespace {
 constexpr std::uint32_t Least_Compacted_File = 1u << 20;
 constexpr std::size_t Kept_Buffer = 1u << 20;
 
-// Users' names of objects have no backslash in them.
-constexpr char Block_Name[] = "machine\\registry 1";
-
-struct BlockContents {
-    std::atomic<std::uint64_t>
-        published; // offset 0: generation in the upper half, end in the lower; 0 unknown
-};
-static_assert(sizeof(BlockContents) == 8 && std::atomic<std::uint64_t>::is_always_lock_free);
-
-constexpr std::uint32_t Generation_Of(std::uint64_t published) {
-    return static_cast<std::uint32_t>(published >> 32);
-}
-constexpr std::uint32_t End_Of(std::uint64_t published) {
-    return static_cast<std::uint32_t>(published);
-}
-
 } // namespace
 
 RegistryStore &RegistryStore::Of_This_Process() {
@@ -47,19 +31,34 @@ RegistryStore &RegistryStore::Of_This_Process() {
 
 RegistryStore::Reading::Reading()
     : store_(Of_This_Process()),
-      hold_(store_.replica_lock_),
+      hold_(store_.Hold_For_Reading()),
       error_(store_.Is_Current() ? NO_ERROR : store_.Look_At_File(hold_)) {}
 
+std::unique_lock<std::mutex> RegistryStore::Hold_For_Reading() {
+    if (writer_waits_.load(std::memory_order_relaxed)) {
+        std::lock_guard turn(turn_);
+    }
+    return std::unique_lock(replica_lock_);
+}
+
+void RegistryStore::Hold_Before_Readers(std::unique_lock<std::mutex> &hold) {
+    std::lock_guard turn(turn_);
+    writer_waits_.store(true, std::memory_order_relaxed);
+    hold.lock();
+    writer_waits_.store(false, std::memory_order_relaxed);
+}
+
 bool RegistryStore::Is_Current() {
-    if (!published_ || !replica_.file || machine_ != Machine_Serial()) return false;
-    const std::uint64_t published = Published();
+    if (!publication_ || !replica_.file || machine_ != Machine_Serial()) return false;
+    const std::uint64_t published = publication_.Get();
     return published == seen_ || Follow(published);
 }
 
 // Reads what was published since, or the file that took the old one's place. False when the file and what is
 // published are at odds.
 bool RegistryStore::Follow(std::uint64_t published) {
-    const std::uint32_t generation = Generation_Of(published), end = End_Of(published);
+    const std::uint32_t generation = Publication::Generation(published);
+    const std::uint32_t end = Publication::End(published);
     if (end < Records_Offset || end % 8 != 0) return false;
     if (generation == replica_.file->Header().generation) {
         if (end < replica_.end || replica_.Read(end, end, path_) != NO_ERROR) return false;
@@ -79,12 +78,12 @@ bool RegistryStore::Follow(std::uint64_t published) {
 long RegistryStore::Look_At_File(std::unique_lock<std::mutex> &hold) {
     hold.unlock();
     std::lock_guard writers(writers_);
-    hold.lock();
+    Hold_Before_Readers(hold);
     if (const long error = Enter_Current_Machine()) return error;
     hold.unlock();
     Writing::FileLock file_lock;
     const bool locked = lock_file_ && file_lock.Take(lock_file_.Get());
-    hold.lock();
+    Hold_Before_Readers(hold);
     const long error = Settle(locked);
     if (!error && !replica_.file && locked && !Why_Not_Writable()) (void)Rewrite(hold);
     return error;
@@ -103,14 +102,18 @@ RegistryStore::Writing::FileLock::~FileLock() {
 }
 
 RegistryStore::Writing::Writing()
-    : store_(Of_This_Process()), writers_(store_.writers_), hold_(store_.replica_lock_), error_(Begin()) {}
+    : store_(Of_This_Process()),
+      writers_(store_.writers_),
+      hold_(store_.replica_lock_, std::defer_lock),
+      error_(Begin()) {}
 
 long RegistryStore::Writing::Begin() {
+    store_.Hold_Before_Readers(hold_);
     if (const long error = store_.Enter_Current_Machine()) return error;
     if (const long error = store_.Why_Not_Writable()) return error;
     hold_.unlock();
     const bool locked = file_lock_.Take(store_.lock_file_.Get());
-    hold_.lock();
+    store_.Hold_Before_Readers(hold_);
     if (!locked) return ERROR_ACCESS_DENIED;
     if (const long error = store_.Settle(true)) return error;
     if (!store_.replica_.file) return store_.Rewrite(hold_);
@@ -175,12 +178,12 @@ void RegistryStore::Compact(std::unique_lock<std::mutex> &hold) {
 // still while readers are let in during the wait for the disk.
 long RegistryStore::Rewrite(std::unique_lock<std::mutex> &hold) {
     const std::uint32_t before = replica_.file ? replica_.file->Header().generation : 0;
-    const std::uint32_t generation = std::max(before, Generation_Of(Published())) + 1;
+    const std::uint32_t generation = std::max(before, Publication::Generation(publication_.Get())) + 1;
     WrittenAside written = Write_Aside(path_, *replica_.tree, generation);
     if (written.error) return written.error;
     hold.unlock();
     const long error = Put_In_Place(path_, *written.file);
-    hold.lock();
+    Hold_Before_Readers(hold);
     if (error) return error;
     replica_.file = std::move(written.file);
     replica_.end = file_size_ = written.end;
@@ -231,21 +234,16 @@ long RegistryStore::Refuse(long error) {
     return error;
 }
 
-std::uint64_t RegistryStore::Published() const {
-    return published_ ? published_->load(std::memory_order_acquire) : 0;
-}
-
 // How far the file that is open is known to have been whole.
 std::uint32_t RegistryStore::Published_End() const {
-    const std::uint64_t published = Published();
-    if (Generation_Of(published) != replica_.file->Header().generation || End_Of(published) % 8 != 0)
-        return 0;
-    return End_Of(published);
+    const std::uint64_t published = publication_.Get();
+    const std::uint32_t end = Publication::End(published);
+    return Publication::Generation(published) == replica_.file->Header().generation && end % 8 == 0 ? end : 0;
 }
 
 void RegistryStore::Publish() {
-    seen_ = static_cast<std::uint64_t>(replica_.file->Header().generation) << 32 | replica_.end;
-    if (published_ && Published() != seen_) published_->store(seen_, std::memory_order_release);
+    seen_ = Publication::Of(replica_.file->Header().generation, replica_.end);
+    publication_.Set(seen_);
 }
 
 long RegistryStore::Flush() {
@@ -265,75 +263,4 @@ long RegistryStore::Flush() {
     std::lock_guard guard(replica_lock_);
     if (replica_.file == file) folder_flushed_ = true;
     return NO_ERROR;
-}
-
-// --- the machine ------------------------------------------------------------------------------------------
-
-// Opens what is not open yet. What only writing needs may fail: Why_Not_Writable tells.
-long RegistryStore::Enter_Current_Machine() {
-    const unsigned serial = Machine_Serial();
-    if (machine_ != serial) {
-        Leave_Machine();
-        const std::string machine_folder = Machine_Folder_Path();
-        if (machine_folder.empty()) return ERROR_CANTOPEN;
-        folder_ = machine_folder + "/registry";
-        path_ = folder_ + "/registry.log";
-        machine_ = serial;
-    }
-    if (!block_) Open_Block();
-    return lock_file_ && !lock_error_ ? NO_ERROR : Open_Lock();
-}
-
-void RegistryStore::Leave_Machine() {
-    replica_ = {};
-    seen_ = 0;
-    compact_from_ = 0;
-    refusal_reported_ = false;
-    lock_file_.Close();
-    published_ = nullptr;
-    block_.reset();
-    machine_ = 0;
-}
-
-void RegistryStore::Let_Go() {
-    std::lock_guard writers(writers_);
-    std::lock_guard replica(replica_lock_);
-    Leave_Machine();
-}
-
-void RegistryStore::Open_Block() {
-    SharedBlock::Opened opened =
-        SharedBlock::Open(SharedBlockKind::Internal, Block_Name, sizeof(BlockContents));
-    block_error_ = opened.error;
-    if (!opened.block) return;
-    auto *contents = opened.block->Size() >= sizeof(BlockContents)
-                         ? static_cast<BlockContents *>(opened.block->Contents())
-                         : nullptr;
-    if (!contents) {
-        block_error_ = ERROR_COMMITMENT_LIMIT;
-        return;
-    }
-    block_ = std::move(opened.block);
-    published_ = &contents->published;
-}
-
-// Fails when the folder is not this user's own.
-long RegistryStore::Open_Lock() {
-    lock_error_ = Make_Private_Folder(folder_);
-    if (lock_error_ == ERROR_ACCESS_DENIED) return lock_error_;
-    if (lock_error_ == ERROR_PATH_NOT_FOUND) lock_error_ = ERROR_ACCESS_DENIED; // it cannot be made
-    if (lock_error_) return NO_ERROR;
-    const std::string path = folder_ + "/registry.lock";
-    lock_file_ = FileDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (!lock_file_) {
-        lock_error_ = Registry_Error_Of_Errno(errno, ERROR_CANTOPEN);
-        lock_file_ = FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-    }
-    return NO_ERROR;
-}
-
-long RegistryStore::Why_Not_Writable() const {
-    if (lock_error_) return lock_error_;
-    if (block_error_) return block_error_;
-    return euidaccess(folder_.c_str(), W_OK) == 0 ? NO_ERROR : ERROR_ACCESS_DENIED;
 }

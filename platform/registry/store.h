@@ -9,13 +9,12 @@
 // file is looked at under the lock. A writer never trusts the block about where the records end.
 //
 // Locks are taken in this order: `writers_` (one thread of this process writes), the lock file's (one process
-// does), `replica_lock_` (the replica stands still). The file's lock is held while waiting for the disk and
-// for nothing else.
+// does), `replica_lock_` (the replica stands still). The file's lock is held while waiting for the disk, and
+// at most for the one reader of this process who has the replica just then.
 
-#include <platform/kernel/shared_block.h>
+#include <platform/registry/publication.h>
 #include <platform/registry/replica.h>
 
-#include <atomic>
 #include <mutex>
 
 class RegistryStore {
@@ -76,15 +75,18 @@ class RegistryStore {
     void Let_Go();
 
   private:
+    // The replica's lock: who is about to write goes before those who only read.
+    std::unique_lock<std::mutex> Hold_For_Reading();
+    void Hold_Before_Readers(std::unique_lock<std::mutex> &hold);
+
     // Reading.
     bool Is_Current();
     bool Follow(std::uint64_t published);
     long Look_At_File(std::unique_lock<std::mutex> &hold);
 
-    // The machine, its block and its lock.
+    // The machine and its lock.
     long Enter_Current_Machine();
     void Leave_Machine();
-    void Open_Block();
     long Open_Lock();
     long Why_Not_Writable() const;
 
@@ -96,20 +98,20 @@ class RegistryStore {
     bool Wants_Compaction() const;
     void Compact(std::unique_lock<std::mutex> &hold);
 
-    std::uint64_t Published() const;
     std::uint32_t Published_End() const;
     void Publish();
 
     std::mutex writers_;
     std::mutex replica_lock_;
+    std::mutex turn_; // readers wait here while `writer_waits_`
+    std::atomic<bool> writer_waits_{false};
 
     // Changed by who holds both locks, so that either of them is enough to read.
     unsigned machine_ = 0;
     std::string folder_; // empty: the machine has none
     std::string path_;
-    std::unique_ptr<SharedBlock> block_;
-    std::atomic<std::uint64_t> *published_ = nullptr; // in the block: generation, end; 0 is unknown
-    long block_error_ = 0;
+    Publication publication_;
+    long publication_error_ = 0;
     FileDescriptor lock_file_;
     long lock_error_ = 0;
 

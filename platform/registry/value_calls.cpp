@@ -6,7 +6,6 @@
 #include <platform/registry/file_time.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -27,7 +26,7 @@ LONG Give_Text(std::string_view text, LPSTR data, LONG *size) {
     if (size) *size = Text_Size(text);
     if (!data) return ERROR_SUCCESS;
     if (room < Text_Size(text)) return ERROR_MORE_DATA;
-    std::memcpy(data, text.data(), text.size());
+    text.copy(data, text.size());
     data[Text_Size(text) - 1] = '\0';
     return ERROR_SUCCESS;
 }

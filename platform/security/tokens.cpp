@@ -85,7 +85,7 @@ long Open_Token(HANDLE process, DWORD access, HANDLE *token) {
     const HandleUse use(process, ObjectKind::Process);
     if (!use && process != GetCurrentProcess()) return ERROR_INVALID_HANDLE;
     const HANDLE handle = Open_Handle(new TokenObject(access));
-    if (!handle) return ERROR_TOO_MANY_HANDLES;
+    if (!handle) return ERROR_NOT_ENOUGH_QUOTA;
     *token = handle;
     return NO_ERROR;
 }

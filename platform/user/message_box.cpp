@@ -1,6 +1,7 @@
 #include <platform/user.h>
 
 #include <platform/kernel.h>
+#include <platform/kernel/process_end.h>
 #include <platform/machine.h>
 
 #include <cstdio>
@@ -11,6 +12,8 @@ namespace {
 constinit std::mutex handler_lock;
 constinit MessageBoxHandler installed_handler = nullptr;
 constinit void *installed_context = nullptr;
+
+constinit thread_local bool in_handler = false;
 
 struct ButtonSet {
     UINT style;
@@ -49,7 +52,7 @@ void Set_Message_Box_Handler(MessageBoxHandler handler, void *context) {
 int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style) {
     const int answer = Default_Button(style);
     if (answer == 0) {
-        SetLastError(ERROR_INVALID_PARAMETER);
+        SetLastError(ERROR_INVALID_MSGBOX_STYLE);
         return 0;
     }
     if (!text) text = "";
@@ -61,7 +64,13 @@ int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style) {
         handler = installed_handler;
         context = installed_context;
     }
-    if (handler) return handler(owner, text, caption, style, context);
+    if (in_handler || Process_Is_Ending()) return answer;
+    if (handler) {
+        in_handler = true;
+        const int chosen = handler(owner, text, caption, style, context);
+        in_handler = false;
+        return chosen;
+    }
     std::fprintf(stderr, "[%s] %s\n", caption, text);
     return answer;
 }

@@ -3,6 +3,7 @@
 #include <platform/machine.h>
 #include <platform/registry.h>
 
+#include <fcntl.h>
 #include <filesystem>
 #include <unistd.h>
 
@@ -80,13 +81,24 @@ std::string Make_Folders() {
     return {};
 }
 
+// Puts a file or folder on the disk: the keys that name it are there before long.
+bool Flush(const fs::path &path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return false;
+    const bool flushed = fsync(descriptor) == 0;
+    close(descriptor);
+    return flushed;
+}
+
 // Copied aside and renamed over: a program that has the old module loaded keeps it, and none sees half of
 // one.
 std::string Copy_Module(const std::string &from, const std::string &to) {
     const std::string aside = to + ".new" + std::to_string(getpid());
     std::error_code error;
     fs::copy_file(from, aside, fs::copy_options::overwrite_existing, error);
+    if (!error && !Flush(aside)) error = std::make_error_code(std::errc::io_error);
     if (!error) fs::rename(aside, to, error);
+    if (!error && !Flush(fs::path(to).parent_path())) error = std::make_error_code(std::errc::io_error);
     if (!error) return {};
     std::error_code ignored;
     fs::remove(aside, ignored);
@@ -127,16 +139,4 @@ std::string Install_Suite(const std::string &module_folder) {
     if (problem.empty()) problem = Copy_Companions(module_folder);
     if (problem.empty()) problem = Write_Keys();
     return problem;
-}
-
-std::string Uninstall_Suite() {
-    const LONG result = RegDeleteKeyA(HKEY_LOCAL_MACHINE, Suite_Key);
-    if (result != 0 && result != ERROR_FILE_NOT_FOUND) {
-        return "the registry key " + std::string(Suite_Key) + " cannot be deleted: error " +
-               std::to_string(result);
-    }
-    std::error_code error;
-    const std::string root = On_Host(Suite_Root);
-    if (!root.empty()) fs::remove_all(root, error);
-    return error ? root + " cannot be removed: " + error.message() : std::string();
 }

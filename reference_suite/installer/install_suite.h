@@ -9,9 +9,6 @@
 /// way.
 std::string Install_Suite(const std::string &module_folder);
 
-/// Takes the suite's registry keys and folders from the machine. Empty on success.
-std::string Uninstall_Suite();
-
 /// The suite's root folder, as a Windows path.
 inline constexpr char Suite_Root[] = "C:\\Program Files\\Kelmara";
 /// The suite's key below HKEY_LOCAL_MACHINE.

@@ -29,7 +29,7 @@ TEST_F(MessageBoxes, AnswerWithTheDefaultButtonOnStandardError) {
          }) {
         EXPECT_EQ(MessageBoxA(nullptr, "", "", style), answer) << style;
     }
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_MSGBOX_STYLE));
     testing::internal::GetCapturedStderr();
     testing::internal::CaptureStderr();
     MessageBoxA(nullptr, "100%s", nullptr, MB_OK);

@@ -98,14 +98,15 @@ TEST_F(Modules, GiveTheirOwnExportsOnly) {
              {module, static_cast<const char *>(nullptr)},
              {module, reinterpret_cast<const char *>(0xFFFF)},
              {HMODULE{}, "Answer"},
-             {reinterpret_cast<HMODULE>(-1L), "Answer"},
-             {reinterpret_cast<HMODULE>(0x1000), "Answer"},
-             {as_data, "Answer"},
              {GetModuleHandleA("kernel32"), "malloc"},
          }) {
         SetLastError(0);
         EXPECT_EQ(GetProcAddress(in, name), nullptr) << in;
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PROC_NOT_FOUND)) << in;
+    }
+    for (const HMODULE none : {reinterpret_cast<HMODULE>(-1L), reinterpret_cast<HMODULE>(0x1000), as_data}) {
+        EXPECT_EQ(GetProcAddress(none, "Answer"), nullptr) << none;
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND)) << none;
     }
     EXPECT_TRUE(FreeLibrary(as_data));
     EXPECT_TRUE(FreeLibrary(module));
@@ -155,10 +156,17 @@ TEST_F(Modules, AreFoundUnderTheHostsNamesToo) {
     EXPECT_EQ(Found_As("one"), "C:\\work\\one.DLL") << "the name itself goes before the host's";
     std::filesystem::create_directory("one.ocx");
     EXPECT_EQ(Found_As("one.ocx"), "C:\\work\\one.so") << "a folder is no module";
-    for (const char *none : {"libm.so.6", "libc.so.6.", "libdl.so.2", "m", "", ".", "..", "c:\\", "kernel32.",
+    for (const char *none : {"libm.so.6", "libc.so.6.", "libdl.so.2", "m", ".", "..", "c:\\", "kernel32.",
                              "c:\\windows\\kernel32.dll", "bad|name", "q:\\x.dll"}) {
         EXPECT_EQ(Found_As(none), "error 126") << none << ": the host's own libraries are out of reach";
         EXPECT_EQ(GetModuleHandleA(none), nullptr) << none;
+    }
+}
+
+TEST_F(Modules, NeedAName) {
+    for (const char *none : {"", static_cast<const char *>(nullptr)}) {
+        EXPECT_EQ(LoadLibraryA(none), nullptr);
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
     }
 }
 

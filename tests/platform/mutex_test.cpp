@@ -97,13 +97,25 @@ TEST_F(Mutexes, AreHandedOverBetweenProcesses) {
     holder.Tell("release");
     EXPECT_EQ(holder.Hear(), "released");
     EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0);
-    CloseHandle(mutex); // owned: it lingers until it is let go, and its owner can no longer do so
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    CloseHandle(mutex);
     EXPECT_EQ(holder.Wait(), 0);
-    std::thread([] {
-        const HANDLE again = CreateMutexA(nullptr, FALSE, Name);
-        EXPECT_EQ(WaitForSingleObject(again, 20), WAIT_TIMEOUT) << "still the first thread's";
-        CloseHandle(again);
-    }).join();
+}
+
+TEST_F(Mutexes, ClosedWhileOwnedStayWithTheirOwnerAsLongAsAnybodyHasThem) {
+    const HANDLE mutex = CreateMutexA(nullptr, TRUE, Name);
+    CloseHandle(mutex);
+    const HANDLE fresh = CreateMutexA(nullptr, TRUE, Name);
+    EXPECT_EQ(GetLastError(), 0u) << "the name went with its only handle";
+    SecondProcess second("mutex_holder", {Name});
+    EXPECT_EQ(second.Hear(), std::to_string(ERROR_ALREADY_EXISTS));
+    CloseHandle(fresh);
+    const HANDLE again = CreateMutexA(nullptr, FALSE, Name);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS)) << "the second process has it";
+    std::thread([&] { EXPECT_EQ(WaitForSingleObject(again, 20), WAIT_TIMEOUT); }).join();
+    EXPECT_EQ(WaitForSingleObject(again, 20), WAIT_OBJECT_0) << "still this thread's";
+    EXPECT_TRUE(ReleaseMutex(again));
+    CloseHandle(again);
 }
 
 TEST_F(Mutexes, ClosedWhileOwnedGoWhenTheirOwnerEnds) {

@@ -135,6 +135,30 @@ TEST_F(KilledAtomUsers, GiveUpTheLockAThousandTimesInARow) {
     }
 }
 
+SECOND_PROCESS(atom_churner) {
+    CAtomTable table;
+    if (table.Initialize(Table_Name) != 0) return 1;
+    process.Tell("attached");
+    for (;;) {
+        New(table, 9);
+        table.Delete_Atom(1, 9);
+    }
+}
+
+TEST_F(KilledAtomUsers, GiveUpTheLockOfATableThatTheyAttachedToThemselves) {
+    const RawAtomTable raw;
+    Put_Back();
+    for (int kills = 0; kills < 20; ++kills) {
+        SecondProcess churner("atom_churner");
+        ASSERT_EQ(churner.Hear(), "attached");
+        Sleep(static_cast<DWORD>(kills) % 4);
+        churner.Kill();
+        ASSERT_TRUE(Ids() == "123" || Ids() == "1239") << Ids();
+        churner.Wait();
+        raw.Expect_Whole();
+    }
+}
+
 // The mark of a change that nobody finished, with the half-made states that a kill can leave.
 TEST_F(KilledAtomUsers, ArePutRightByTheNextOwnerWhateverTheyLeft) {
     const RawAtomTable raw;

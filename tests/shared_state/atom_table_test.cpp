@@ -59,7 +59,7 @@ class AtomTables : public MachineTest {
     std::unique_ptr<RawAtomTable> raw;
 };
 
-TEST_F(AtomTables, BeginWithTheStatedBlock) {
+TEST_F(AtomTables, BeginEmptyWithAllSlotsFree) {
     EXPECT_EQ(raw->header->Count, 0);
     EXPECT_EQ(raw->header->Head, -1);
     EXPECT_EQ(raw->header->Tail, -1);
@@ -188,9 +188,18 @@ TEST_F(AtomTables, SayWhyTheyCannotBeHad) {
     const HANDLE taken = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 8, "BAD-MUTEX");
     EXPECT_EQ(other.Initialize("BAD"), -1) << "the lock's name is another kind of object's";
     CloseHandle(taken);
-    EXPECT_FALSE(other.Get_Atom_Data(1, 1, nullptr, 0));
     EXPECT_EQ(other.Initialize(nullptr), 0);
     EXPECT_EQ(other.Initialize(Table_Name), 0) << "and again";
+}
+
+TEST_F(AtomTables, KeepTheirAtomsWhenTheyAreAttachedAnew) {
+    Add(1, 1, "kept");
+    raw.reset();
+    EXPECT_EQ(table->Initialize(Table_Name), 0) << "by the only one that has the block";
+    EXPECT_EQ(Data(1, 1), "kept");
+    EXPECT_EQ(table->Initialize(std::string(250, 'n').c_str()), ERROR_FILENAME_EXCED_RANGE);
+    EXPECT_EQ(Data(1, 1), "kept");
+    raw = std::make_unique<RawAtomTable>();
 }
 
 TEST_F(AtomTables, RefuseABlockThatIsTooSmall) {

@@ -9,18 +9,20 @@
 
 #include <platform/machine.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <sys/prctl.h>
 
 namespace {
 
 void Make_A_Machine(const std::string &folder) {
     Begin_Chapter("A machine");
-    if (std::filesystem::exists(folder)) {
-        Require(Remove_Machine(folder.c_str()), "the machine of an earlier run can be removed");
-    }
+    std::error_code error;
+    Require(!std::filesystem::exists(folder) || std::filesystem::is_empty(folder, error),
+            "the folder is new or empty (it is left as it is: remove it, or name another)");
     setenv("KELMARA_MACHINE", folder.c_str(), 1);
     Require(Enter_Machine(folder.c_str()), "a machine can be made");
     Tell("It lives in %s, made afresh.", Machine_Folder());
@@ -34,6 +36,7 @@ void Make_A_Machine(const std::string &folder) {
 } // namespace
 
 int Run_As_Neighbour(const std::string &role) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // it does not outlive the road
     if (role == "answer") return Add_An_Answer();
     if (role == "hold") return Hold_The_Lock();
     return 2;
@@ -42,9 +45,10 @@ int Run_As_Neighbour(const std::string &role) {
 int main(int argc, char **argv) {
     if (argc == 3 && std::strcmp(argv[1], "--neighbour") == 0) return Run_As_Neighbour(argv[2]);
     if (argc != 2 || argv[1][0] == '-') {
-        std::fprintf(stderr, "usage: road FOLDER\n"
-                             "Makes a machine in FOLDER, anew at each run, and shows on it what the library "
-                             "does.\n");
+        std::fprintf(stderr,
+                     "usage: road FOLDER\n"
+                     "Makes a machine in FOLDER, which is new or empty, and shows on it what the library "
+                     "does.\n");
         return 2;
     }
     Make_A_Machine(argv[1]);

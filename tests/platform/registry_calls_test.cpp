@@ -250,12 +250,13 @@ TEST_F(RegistryCalls, KeepTheCaseOfNamesAndTheirOrder) {
 TEST_F(RegistryCalls, EnumerateInAnyDirectionWhileEntriesGo) {
     const TestKey key("key");
     std::vector<std::string> names;
-    for (int i = 0; i < 40; ++i) {
-        names.push_back("n" + std::to_string(10 + i));
+    int next = 10;
+    const auto Add = [&] {
+        names.push_back("n" + std::to_string(next++));
         key.Set(names.back(), "");
         TestKey(names.back(), key);
-    }
-    const auto At = [&](DWORD index) {
+    };
+    const auto At = [&](std::size_t index) {
         char value[20] = "", subkey[20] = "";
         DWORD value_size = sizeof value, subkey_size = sizeof subkey;
         RegEnumValueA(key, index, value, &value_size, nullptr, nullptr, nullptr, nullptr);
@@ -263,16 +264,21 @@ TEST_F(RegistryCalls, EnumerateInAnyDirectionWhileEntriesGo) {
         EXPECT_STREQ(value, subkey);
         return std::string(value);
     };
+    while (next < 40) Add();
     std::srand(7);
     while (!names.empty()) {
-        for (int step = 0; step < 5; ++step) {
-            const DWORD index = static_cast<DWORD>(std::rand()) % (names.size() + 1);
-            EXPECT_EQ(At(index), index < names.size() ? names[index] : "");
+        std::size_t doomed = names.size() - 1; // often the last one
+        for (int step = std::rand() % 3; step > 0; --step) {
+            doomed = static_cast<std::size_t>(std::rand()) % names.size();
+            EXPECT_EQ(At(names.size()), "");
+            EXPECT_EQ(At(doomed), names[doomed]);
         }
-        const std::size_t doomed = static_cast<std::size_t>(std::rand()) % names.size();
+        EXPECT_EQ(At(doomed), names[doomed]);
         EXPECT_EQ(RegDeleteValueA(key, names[doomed].c_str()), ERROR_SUCCESS);
         EXPECT_EQ(RegDeleteKeyA(key, names[doomed].c_str()), ERROR_SUCCESS);
         names.erase(names.begin() + static_cast<std::ptrdiff_t>(doomed));
+        if (next < 90 && std::rand() % 2 == 0) Add();
+        EXPECT_EQ(At(doomed), doomed < names.size() ? names[doomed] : "");
     }
 }
 
