@@ -12,7 +12,13 @@ namespace {
 
 constexpr std::size_t Room_For_A_File = 12; // "\12345678.123" less the separator
 
+bool Is_There(LPCSTR path) {
+    HostPlace place;
+    struct stat status;
+    return Find_Place(path, place) == NO_ERROR && stat(place.host_path.c_str(), &status) == 0;
 }
+
+} // namespace
 
 long Make_Folder(LPCSTR path) {
     const NameLock lock;
@@ -25,7 +31,7 @@ long Make_Folder(LPCSTR path) {
 }
 
 void Make_Folders(LPCSTR path) {
-    if (GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) return;
+    if (Is_There(path)) return;
     const std::string whole = path;
     for (std::size_t end = whole.find('\\'); end != std::string::npos;) {
         end = whole.find('\\', end + 1);

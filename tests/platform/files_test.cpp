@@ -180,10 +180,10 @@ TEST_F(Finding, TakesPatternsAsWindowsDoes) {
 
 TEST_F(Finding, DescribesWhatItFinds) {
     machine.Write("drive_c/file", "12345");
+    std::filesystem::resize_file(On("drive_c/file"), 5000000000);
     Write_Protect("drive_c/file");
     std::filesystem::create_directory(On("drive_c/folder"));
     std::filesystem::create_directory_symlink(On("drive_c/folder"), On("drive_c/link"));
-    std::filesystem::resize_file(On("drive_c/file"), 5000000000);
     WIN32_FIND_DATAA data;
     const HANDLE find = FindFirstFileA("*", &data);
     EXPECT_STREQ(data.cFileName, "file");
