@@ -25,16 +25,12 @@ TEST_F(SystemFolders, AreMadeWhereTheyBelong) {
     EXPECT_STREQ(out, "C:\\WINDOWS\\SYSTEM");
     EXPECT_EQ(Found("c:\\windows\\*"), ". .. SYSTEM system32 TEMP");
     EXPECT_EQ(Found("c:\\*"), "windows") << "the folder that was there";
-}
 
-TEST_F(SystemFolders, TellTheRoomThatTheyNeed) {
-    char out[32] = "#";
+    std::strcpy(out, "#");
     for (const DWORD size : {0u, 16u}) EXPECT_EQ(GetTempPathA(size, out), 17u) << size;
-    EXPECT_EQ(GetTempPathA(0, nullptr), 17u);
-    EXPECT_EQ(GetWindowsDirectoryA(out, 10), 11u);
-    EXPECT_EQ(GetSystemDirectoryA(out, 19), 20u);
+    EXPECT_EQ(GetWindowsDirectoryA(nullptr, 10) + GetSystemDirectoryA(out, 17), 11u + 18u);
     EXPECT_EQ(GetCurrentDirectoryA(3, out), 4u);
-    EXPECT_STREQ(out, "#");
+    EXPECT_STREQ(out, "#") << "untouched when it is too small";
     EXPECT_EQ(GetTempPathA(17, out), 16u);
 }
 
@@ -82,16 +78,13 @@ TEST_F(Drives, HaveTheKindsThatTheSettingsSay) {
     out[0] = '#';
     EXPECT_EQ(GetLogicalDriveStringsA(24, out), 25u);
     EXPECT_EQ(out[0], '#');
-    for (const auto &[root, kind] : {std::pair{"d:\\", DRIVE_CDROM},
-                                     {"E:\\", DRIVE_REMOVABLE},
-                                     {"f:\\", DRIVE_UNKNOWN},
-                                     {"c:\\", DRIVE_FIXED},
-                                     {"g:", DRIVE_FIXED},
-                                     {"z:\\", DRIVE_FIXED},
-                                     {"h:\\", DRIVE_NO_ROOT_DIR},
-                                     {"z:\\tmp\\", DRIVE_NO_ROOT_DIR},
-                                     {"", DRIVE_NO_ROOT_DIR}}) {
-        EXPECT_EQ(GetDriveTypeA(root), kind) << root;
+    const ByOutcome<UINT> rows = {{DRIVE_CDROM, {"d:\\"}},
+                                  {DRIVE_REMOVABLE, {"E:\\"}},
+                                  {DRIVE_UNKNOWN, {"f:\\"}},
+                                  {DRIVE_FIXED, {"c:\\", "g:", "z:\\"}},
+                                  {DRIVE_NO_ROOT_DIR, {"h:\\", "z:\\tmp\\", ""}}};
+    for (const auto &[kind, roots] : rows) {
+        for (const auto &root : roots) EXPECT_EQ(GetDriveTypeA(root.c_str()), kind) << root;
     }
     EXPECT_EQ(Go_To("d:\\"), 0);
     EXPECT_EQ(GetDriveTypeA(nullptr), DRIVE_CDROM);
@@ -155,18 +148,16 @@ TEST_F(Profile, ValuesAreFoundInTheWindowsFolder) {
         "; remark = 1\r\nlost = 1\r\n[locations]\r\nCurrentLocation = 0,1\r\nLocation1=1,\"Home\",\"\"\r\n"
         " quoted\t= \"a b \" \r\nsingle='x'\r\nhalf=\"x\r\ntwice=first\r\nTWICE=second\r\n"
         "empty=\r\nno value\r\n;off=1\r\n\r\n[ Other ]\r\nlost=2\nend=last");
-    for (const auto &[key, value] : {std::pair{"currentlocation", "0,1"},
-                                     {"LOCATION1", "1,\"Home\",\"\""},
-                                     {" quoted ", "a b "},
-                                     {"single", "x"},
-                                     {"half", "\"x"},
-                                     {"twice", "first"},
-                                     {"empty", ""},
-                                     {"lost", "none"},
-                                     {"no value", "none"},
-                                     {"off", "none"},
-                                     {"", "none"}}) {
-        EXPECT_EQ(Value("Locations", key), value) << key;
+    const ByOutcome<std::string> rows = {{"0,1", {"currentlocation"}},
+                                         {"1,\"Home\",\"\"", {"LOCATION1"}},
+                                         {"a b ", {" quoted "}},
+                                         {"x", {"single"}},
+                                         {"\"x", {"half"}},
+                                         {"first", {"twice"}},
+                                         {"", {"empty"}},
+                                         {"none", {"lost", "no value", "off", ""}}};
+    for (const auto &[value, keys] : rows) {
+        for (const auto &key : keys) EXPECT_EQ(Value("Locations", key.c_str()), value) << key;
     }
     EXPECT_EQ(Value("other", "END"), "last");
     EXPECT_EQ(Value("nowhere", "end"), "none");

@@ -10,6 +10,10 @@
 #include <filesystem>
 #include <vector>
 
+/// Inputs by what they should give, several in a row.
+template <class Outcome>
+using ByOutcome = std::vector<std::pair<Outcome, std::vector<std::string>>>;
+
 class FileTest : public MachineTest {
   protected:
     void SetUp() override {

@@ -138,34 +138,19 @@ TEST_F(Processes, AreFoundAsWindowsFindsThem) {
     Install("drive_c/both.exe", 0);
     Install("drive_c/odd.ext", 1);
     std::filesystem::create_directories(On("drive_c/windows/folder.exe"));
-    for (const auto &[line, outcome] : {
-             std::pair{"\"c:\\PROGRAM files\\suite\\tool.EXE\" x", 1L},
-             {"\"c:\\program files\\suite\\tool\"", 1L},
-             {"c:\\program files\\suite\\tool x", 0L}, // c:\program.exe comes first
-             {"C:\\\\windows/helper", 1L},
-             {"helper x y", 1L},
-             {"  Helper.EXE", 1L},
-             {"deep", 1L},
-             {"both", 0L}, // the current directory's
-             {"windows\\both", 1L},
-             {"odd.ext", 1L},
-             {"true", 0L}, // the host's, by its PATH
-             {"z:\\bin\\false", 1L},
-             {"none", -ERROR_FILE_NOT_FOUND},
-             {"\"none x\" true", -ERROR_FILE_NOT_FOUND},
-             {"odd", -ERROR_FILE_NOT_FOUND},
-             {"true.", 0L},
-             {"both.", -ERROR_FILE_NOT_FOUND},
-             {"folder", -ERROR_FILE_NOT_FOUND},
-             {"c:\\none\\true", -ERROR_PATH_NOT_FOUND},
-             {"q:\\true", -ERROR_PATH_NOT_FOUND},
-             {"c:\\", -ERROR_FILE_NOT_FOUND},
-             {"", -ERROR_FILE_NOT_FOUND},
-             {"\"\"", -ERROR_FILE_NOT_FOUND},
-             {"\"", -ERROR_FILE_NOT_FOUND},
-             {"   ", -ERROR_FILE_NOT_FOUND},
-         }) {
-        EXPECT_EQ(Outcome(line), outcome) << line;
+    const ByOutcome<long> rows = {
+        {1,
+         {"\"c:\\PROGRAM files\\suite\\tool.EXE\" x", "\"c:\\program files\\suite\\tool\"",
+          "C:\\\\windows/helper", "helper x y", "  Helper.EXE", "deep", "windows\\both", "odd.ext",
+          "z:\\bin\\false"}},
+        // The current directory's before the Windows folder's, the host's by its PATH; c:\program.exe comes
+        // first.
+        {0, {"both", "true", "true.", "c:\\program files\\suite\\tool x"}},
+        {-ERROR_FILE_NOT_FOUND,
+         {"none", "\"none x\" true", "odd", "both.", "folder", "c:\\", "", "\"\"", "\"", "   "}},
+        {-ERROR_PATH_NOT_FOUND, {"c:\\none\\true", "q:\\true"}}};
+    for (const auto &[outcome, lines] : rows) {
+        for (const auto &line : lines) EXPECT_EQ(Outcome(line), outcome) << line;
     }
     std::filesystem::remove(On("drive_c/program.exe"));
     EXPECT_EQ(Outcome("c:\\program files\\suite\\tool x"), 1);
