@@ -11,3 +11,9 @@
 
 // Stands before a private operation of an exported class, which then stays inside the library.
 #define KELMARA_INTERNAL __attribute__((visibility("hidden")))
+
+// Stands before the definition, in a header, of an exported function that callers compile into themselves.
+// They never emit it: the one source of the library that defines this as nothing does, and exports it.
+#if !defined(KELMARA_INLINE)
+#define KELMARA_INLINE [[gnu::gnu_inline, gnu::always_inline]] inline
+#endif

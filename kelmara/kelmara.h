@@ -6,5 +6,8 @@
 #include <kelmara/foundation/memory.h>
 #include <kelmara/foundation/new_delete.h>
 #include <kelmara/foundation/pattern_string.h>
+#include <kelmara/foundation/safe_str.h>
+#include <kelmara/foundation/string_helpers.h>
+#include <kelmara/foundation/token_string.h>
 #include <kelmara/shared_state/atom_table.h>
 #include <kelmara/shared_state/mutex_holder.h>

@@ -1,3 +1,2 @@
+#define KELMARA_INLINE
 #include <kelmara/foundation/auto_deleteable_object.h>
-
-CAutoDeleteableObject::~CAutoDeleteableObject() = default;

@@ -133,7 +133,7 @@ long CAtomTable::Initialize(const char *name) {
     if (!name) name = Default_Name;
     if (std::strlen(name) + sizeof Mutex_Suffix > sizeof m_Name) return ERROR_FILENAME_EXCED_RANGE;
     CAtomTable fresh;
-    std::strcpy(fresh.m_Name, name);
+    std::memcpy(fresh.m_Name, name, std::strlen(name) + 1);
     const long result = fresh.Attach();
     if (result != 0 && m_Header) return result;
     Swap(fresh);

@@ -55,7 +55,7 @@ std::vector<std::string> Search_Order() {
 
 std::string Find_File_In(const std::string &host_folder, const std::vector<std::string> &names) {
     for (const std::string &name : names) {
-        const std::string found = Find_In_Folder(host_folder, name);
+        std::string found = Find_In_Folder(host_folder, name);
         if (!found.empty() && Is_Regular_File(found)) return found;
     }
     return {};

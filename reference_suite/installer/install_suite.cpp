@@ -63,7 +63,7 @@ class OpenKey {
 
     LONG Set(const char *value, const std::string &text) const {
         return RegSetValueExA(key_, value, 0, REG_SZ, reinterpret_cast<const BYTE *>(text.c_str()),
-                              static_cast<DWORD>(text.size() + 1));
+                              static_cast<DWORD>(text.size()) + 1);
     }
     LONG Flush() const { return RegFlushKey(key_); }
 
@@ -108,7 +108,7 @@ std::string Copy_Module(const std::string &from, const std::string &to) {
 std::string Copy_Companions(const std::string &module_folder) {
     const std::string bin = On_Host(Below_Root("Bin"));
     for (const Companion &companion : Companions) {
-        const std::string problem =
+        std::string problem =
             Copy_Module(module_folder + "/" + companion.built, bin + "/" + companion.installed);
         if (!problem.empty()) return problem;
     }

@@ -54,7 +54,8 @@ void Make_First_Allocation() {
     Tell("The first allocation read \"Memory\" from the registry and loaded");
     Tell("  %s.", path);
     const auto live_blocks = reinterpret_cast<long (*)()>(GetProcAddress(companion, "m_live_blocks"));
-    Require(live_blocks && live_blocks() == 1, "the companion counts one live block");
+    Require(live_blocks != nullptr, "the companion counts its blocks");
+    Require(live_blocks() == 1, "the companion counts one live block");
     block = ds_realloc(block, 1000);
     Require(block != nullptr, "the block can grow to 1,000 bytes");
     ds_free(block);

@@ -1,0 +1,256 @@
+#include <kelmara/foundation/safe_str.h>
+
+#include <tests/foundation/guarded_text.h>
+#include <tests/support/test_memory.h>
+
+#include <climits>
+
+namespace {
+
+std::string Text_Of(const CSafeStr &string) {
+    return static_cast<char *>(string);
+}
+
+bool Is_Inline(const CSafeStr &string) {
+    return static_cast<char *>(string) == reinterpret_cast<const char *>(&string) + 12;
+}
+
+// In an order that shows where a piece is missing or doubled.
+std::string Letters(int count) {
+    std::string text;
+    for (int at = 0; at < count; ++at) text += static_cast<char>('a' + at * 7 % 26 + at / 26 % 3);
+    return text;
+}
+
+std::string All_Tokens(const std::string &text) {
+    CSafeStr source(text.c_str()), token;
+    std::string tokens;
+    for (int rounds = 0; source.Length() > 0 && rounds < 9; ++rounds) {
+        source.Next_Token(token, ',');
+        tokens += "[" + Text_Of(token) + "]";
+    }
+    return tokens;
+}
+
+std::string Replaced(const std::string &text, const std::string &find, const std::string &replacement) {
+    CSafeStr string(text.c_str());
+    string.Replace_String(CSafeStr(find.c_str()), CSafeStr(replacement.c_str()));
+    return Text_Of(string);
+}
+
+} // namespace
+
+TEST(SafeStr, CopiesTextsOfEveryLengthAndReadsNothingBehindThem) {
+    const NoLeak no_leak;
+    for (int length : {0, 1, 31, 32, 33, 63, 64, 200, 511, 512, 513, 2000}) {
+        SCOPED_TRACE(length);
+        const std::string text = Letters(length);
+        const GuardedText guarded(text);
+        const CSafeStr made(guarded), copied(made), from_middle(text.c_str());
+        for (const CSafeStr *string : {&made, &copied, &from_middle}) {
+            EXPECT_EQ(Text_Of(*string), text);
+            EXPECT_EQ(Is_Inline(*string), length <= 511);
+            EXPECT_EQ(string->Length(), length);
+            EXPECT_EQ(reinterpret_cast<const unsigned long *>(string)[1], 0xCAFEBABE);
+        }
+    }
+    EXPECT_EQ(Text_Of(CSafeStr(INT_MIN)), "-2147483648");
+    EXPECT_EQ(Text_Of(CSafeStr(static_cast<const char *>(nullptr))), "");
+}
+
+TEST(SafeStr, GrowsToExactlyWhatIsNeededAndNeverBack) {
+    const NoLeak no_leak;
+    CSafeStr string;
+    const long requests = Requests();
+    string = Letters(511).c_str();
+    EXPECT_EQ(Requests(), requests);
+    string = Letters(512).c_str();
+    EXPECT_EQ(Last_Request(), 513);
+    string += "four";
+    EXPECT_EQ(Last_Request(), 517);
+    string = "";
+    string = Letters(516).c_str();
+    EXPECT_EQ(Requests(), requests + 2);
+    EXPECT_FALSE(Is_Inline(string));
+    EXPECT_EQ(CStrAlloc().Check_Buffer(-1, &string), 0);
+    EXPECT_EQ(CStrAlloc().Check_Buffer(INT_MAX, &string), E_OUTOFMEMORY);
+    EXPECT_EQ(Text_Of(string), Letters(516));
+    EXPECT_EQ(string.Max_Len(), 512);
+}
+
+TEST(SafeStr, ConstructorsThrowAnIntAndLeaveNothingBehind) {
+    const NoLeak no_leak;
+    const std::string text = Letters(512);
+    const CSafeStr string(text.c_str());
+    {
+        const FailingMemory failing(1, true);
+        EXPECT_THROW(CSafeStr{text.c_str()}, int);
+        EXPECT_THROW(CSafeStr{string}, int);
+        EXPECT_EQ(new CSafeStr(string), nullptr);
+    }
+    const FailingMemory failing(2); // there is memory for the object, but not for its text
+    EXPECT_THROW(new CSafeStr(string), int);
+}
+
+TEST(SafeStr, EverythingElseThrowsALongAndKeepsTheText) {
+    const NoLeak no_leak;
+    static const std::string longer = Letters(1000);
+    void (*const changes[])(CSafeStr &) = {
+        [](CSafeStr &string) { string = longer.c_str(); },
+        [](CSafeStr &string) { string += longer.c_str(); },
+        [](CSafeStr &string) { string += 12; },
+        [](CSafeStr &string) { string += 'c'; },
+        [](CSafeStr &string) { string.Set_Data(longer.data(), 1000); },
+        [](CSafeStr &string) { string.Quote_Wrap(); },
+    };
+    for (int length : {511, 600}) { // inside the object, and in a block that must grow
+        for (const auto &change : changes) {
+            CSafeStr string(Letters(length).c_str());
+            string.Prime_Increment();
+            {
+                const FailingMemory failing(1);
+                EXPECT_THROW(change(string), long) << &change - changes;
+            }
+            EXPECT_EQ(Text_Of(string), Letters(length));
+            change(string);
+            EXPECT_GT(string.Length(), length);
+        }
+    }
+}
+
+TEST(SafeStr, CursorMovesWithTheText) {
+    const NoLeak no_leak;
+    CSafeStr string("ab"), unprimed("abc");
+    string.Prime_Increment();
+    for (char c : Letters(1000)) string += c;
+    EXPECT_EQ(Text_Of(string), "ab" + Letters(1000));
+    EXPECT_EQ(Last_Request(), 1003);
+
+    unprimed += 'd';
+    for (int i = 0; i < 600; ++i) unprimed += '\0'; // which the Cursor passes and the text's length does not
+    EXPECT_EQ(Text_Of(unprimed), "abcd");
+    CSafeStr copied(unprimed);
+    copied += 'e';
+    EXPECT_EQ(Text_Of(copied), "abcde") << "a copy has no Cursor yet";
+}
+
+TEST(SafeStr, TakesItselfAndPiecesOfItself) {
+    const NoLeak no_leak;
+    for (int length : {5, 300, 511, 700}) {
+        const std::string text = Letters(length);
+        CSafeStr string(text.c_str());
+        string = string;
+        string += string;
+        string += static_cast<char *>(string) + length + 2;
+        EXPECT_EQ(Text_Of(string), text + text + text.substr(2));
+        string = static_cast<char *>(string) + 2 * length;
+        EXPECT_EQ(Text_Of(string), text.substr(2));
+        string.Set_Data(static_cast<char *>(string) + 1, 2);
+        EXPECT_EQ(Text_Of(string), text.substr(3, 2));
+    }
+    CSafeStr own("1-2-3"), plus("+"), token("a,b");
+    own.Replace_String(CSafeStr("-"), own);
+    EXPECT_EQ(Text_Of(own), "11-2-321-2-33");
+    own.Replace_String(own, plus);
+    EXPECT_EQ(Text_Of(own), "+");
+    token.Next_Token(token, ',');
+    EXPECT_EQ(Text_Of(token), "");
+}
+
+TEST(SafeStr, ChangesAConstStringToo) {
+    const CSafeStr string("a");
+    string = "b";
+    string += "c";
+    string += CSafeStr("d");
+    string += 5;
+    CSafeStr other(-7); // where a number and a character are told apart
+    other += 5;
+    other += '6';
+    other += string;
+    EXPECT_EQ(Text_Of(other), "-756bcd5");
+}
+
+TEST(SafeStr, ComparesBytesAsUnsignedValuesInThreeWays) {
+    const std::tuple<const char *, const char *, int> cases[] = {
+        {"", "", 0},    {"a", "b", -1}, {"b", "a", 1},          {"a", "ab", -1},
+        {"ab", "a", 1}, {"A", "a", -1}, {"a\x7F", "a\x80", -1}, {"", nullptr, 0}};
+    for (const auto &[a, b, order] : cases) {
+        SCOPED_TRACE(a);
+        const CSafeStr string(a), other(b);
+        EXPECT_EQ(string != b, order);
+        EXPECT_EQ(string != static_cast<unsigned char *>(other), order); // a buffer
+        EXPECT_EQ(string != other, order);
+        EXPECT_EQ(string == b, order == 0);
+        EXPECT_EQ(string == static_cast<char *>(other), order == 0);
+        EXPECT_EQ(string == other, order == 0);
+    }
+    EXPECT_EQ(CSafeStr("5") == 5, 1);
+    EXPECT_EQ(CSafeStr("05") == 5, 0);
+    EXPECT_EQ(CSafeStr("05") != 5, -1);
+}
+
+TEST(SafeStr, ChangesItsTextInPlace) {
+    CSafeStr string;
+    string.Set_Data("a\0b\0c", 5);
+    EXPECT_EQ(std::memcmp(static_cast<char *>(string), "a\0b\0c\0", 6), 0);
+    string.Set_Data("abc", -1);
+    EXPECT_EQ(string.Length(), 0);
+    string = "az{`AZ\xE0";
+    string.Upper();
+    for (int count : {0, -1, 8, INT_MAX}) string.Shift_Chars(count);
+    EXPECT_EQ(Text_Of(string), "AZ{`AZ\xE0");
+    string.Shift_Chars(2);
+    EXPECT_EQ(Text_Of(string), "{`AZ\xE0");
+    string.Shift_Chars(5);
+    string.Quote_Wrap();
+    string.Quote_Wrap();
+    EXPECT_EQ(Text_Of(string), "\"\"");
+    string = "\"open";
+    string.Quote_Wrap();
+    EXPECT_EQ(Text_Of(string), "\"open");
+    EXPECT_EQ(CSafeStr("ABCDE").Get_Char_Code(), 0x41424344);
+    EXPECT_EQ(CSafeStr("\xFF\x80").Get_Char_Code(), static_cast<long>(0xFF800000u));
+}
+
+TEST(SafeStr, GivesTokensUntilItIsEmpty) {
+    EXPECT_EQ(All_Tokens(""), "");
+    EXPECT_EQ(All_Tokens("one,,two,"), "[one][][two]");
+    EXPECT_EQ(All_Tokens(Letters(511) + ",b"), "[" + Letters(511) + "][b]");
+    EXPECT_EQ(All_Tokens(Letters(512)), "[" + Letters(512) + "]");
+    EXPECT_EQ(All_Tokens(Letters(512) + ",b"), "[" + Letters(512) + "][][b]") << "the delimiter stays";
+    EXPECT_EQ(All_Tokens(Letters(513) + ",b"), "[" + Letters(513) + "][b]");
+    CSafeStr string("abc"), token;
+    string.Next_Token(token, '\0');
+    token += 'd';
+    EXPECT_EQ(Text_Of(token), "abcd") << "a token is primed";
+}
+
+TEST(SafeStr, FindsMarkedWords) {
+    const auto word = [](const char *text, int index, char marker = '^') {
+        CSafeStr token("old");
+        const bool found = CSafeStr(text).Get_Next_Insert_Token(token, index, marker);
+        return found ? Text_Of(token) : "none" + Text_Of(token);
+    };
+    EXPECT_EQ(word("^ONE and ^TWO", 0), "^ONE");
+    EXPECT_EQ(word("^ONE and ^TWO", 1), "^TWO");
+    EXPECT_EQ(word("^ONE and ^TWO", 2), "none");
+    EXPECT_EQ(word("a^b.c^d\te", -3), "^b.c^d");
+    EXPECT_EQ(word("a^b.c^d\te", 1), "^d");
+    EXPECT_EQ(word("^a\r ^", 1), "^");
+    EXPECT_EQ(word("text", 0, '\0'), "none");
+}
+
+TEST(SafeStr, ReplacesEveryOccurrenceAndComesToAnEnd) {
+    EXPECT_EQ(Replaced("a-b-c", "-", "+"), "a+b+c");
+    EXPECT_EQ(Replaced("aaabbb", "ab", ""), "") << "searched again from the start each time";
+    EXPECT_EQ(Replaced("a-b", "", "+"), "a-b");
+    EXPECT_EQ(Replaced("a-b-c", "-", "--"), "a--b--c") << "once for each place";
+    EXPECT_LE(Replaced("abb", "ab", "bbaa").size(), 511u) << "brings itself back for ever";
+    EXPECT_EQ(Replaced(Letters(509) + "-", "-", "12"), Letters(509) + "12");
+    EXPECT_EQ(Replaced(Letters(510) + "-", "-", "12"), Letters(510) + "-") << "512 characters do not fit";
+    EXPECT_EQ(Replaced("-" + Letters(2000) + "-", "-", ""), Letters(2000));
+
+    CSafeStr padded(Letters(400).c_str());
+    padded.Replace_String(padded, CSafeStr("x"));
+    EXPECT_EQ(std::string(static_cast<char *>(padded) + 1, 511), std::string(511, '\0'));
+}

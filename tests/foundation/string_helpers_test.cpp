@@ -1,0 +1,207 @@
+#include <kelmara/foundation/string_helpers.h>
+
+#include <tests/foundation/guarded_text.h>
+#include <tests/support/test_memory.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace {
+
+// What `change` makes of a text, with `room` bytes more for it and not one byte beyond them.
+std::string Changed(const std::string &text, const std::function<void(char *)> &change,
+                    std::size_t room = 0) {
+    const GuardedText guarded(text + std::string(room, '#'));
+    char *const start = guarded;
+    std::memcpy(start, text.c_str(), text.size() + 1);
+    change(start);
+    return start;
+}
+
+std::vector<WCHAR> Widen(const std::string &text) {
+    return std::vector<WCHAR>(text.c_str(), text.c_str() + text.size() + 1);
+}
+
+std::string Upper(std::string text) {
+    for (char &c : text) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+    return text;
+}
+
+std::string All_Tokens(std::string text, const char *delimiters) {
+    std::string tokens;
+    int rounds = 0;
+    for (char *token = smartok(text.data(), delimiters); token && rounds < 9; ++rounds) {
+        tokens += "[" + std::string(token) + "]";
+        token = smartok(nullptr, delimiters);
+    }
+    return tokens;
+}
+
+// Around the blocks and the limits; 256 and more allocate.
+const int Lengths[] = {0, 1, 3, 4, 7, 8, 15, 16, 17, 33, 100, 254, 255, 256, 300};
+
+} // namespace
+
+TEST(StringHelpers, ComparesFoldedBytesAtEveryPlaceOfEveryLength) {
+    const NoLeak no_leak;
+    for (int length : Lengths) {
+        SCOPED_TRACE(length);
+        const std::string text(static_cast<std::size_t>(length), 'k');
+        const GuardedText a(text), b(Upper(text));
+        const long requests = Requests();
+        EXPECT_EQ(strcmp_ncs(a, b), 0);
+        EXPECT_EQ(Requests() - requests, length > 255 ? 2 : 0);
+        EXPECT_EQ(strcmp_ncs(a, GuardedText(text + "!")), -1);
+        EXPECT_EQ(strcmp_ncs(GuardedText(Upper(text) + "!"), a), 1);
+        for (int place = 0; place < length; ++place) {
+            for (char greater : {'l', 'L', '[', '\xE0'}) { // '[' stands behind the capitals
+                b[place] = greater;
+                EXPECT_EQ(strcmp_ncs(a, b), -1);
+                EXPECT_EQ(strcmp_ncs(b, a), 1);
+            }
+            b[place] = 'K';
+        }
+    }
+    EXPECT_EQ(Last_Request(), 301);
+}
+
+TEST(StringHelpers, FoldsAToZAndNoOtherByte) {
+    for (int x = 1; x < 256; ++x) {
+        for (int y = 1; y < 256; ++y) {
+            // What differs stands behind 16 bytes that do not, when those are folded alike.
+            const auto a = std::string(16, static_cast<char>(x)) + "1",
+                       b = std::string(16, static_cast<char>(y)) + "2";
+            const int order = (Upper(a) > Upper(b)) - (Upper(a) < Upper(b));
+            ASSERT_EQ(strcmp_ncs(a.c_str(), b.c_str()), order) << x << " " << y;           // by blocks
+            ASSERT_EQ(strcmp_ncs(a.c_str() + 15, b.c_str() + 15), order) << x << " " << y; // by bytes
+        }
+    }
+}
+
+TEST(StringHelpers, FindsFoldedTextInTheTextItself) {
+    const NoLeak no_leak;
+    for (int length : Lengths) {
+        SCOPED_TRACE(length);
+        const GuardedText text(std::string(static_cast<std::size_t>(length), '.') + "NeeDle");
+        EXPECT_EQ(strstr_ncs(text, GuardedText("nEEdLE")), text + length);
+        EXPECT_EQ(strstr_ncs(text, GuardedText("needles")), nullptr);
+        EXPECT_EQ(strstr_ncs(text, ""), +text);
+    }
+    const long requests = Requests();
+    EXPECT_EQ(strstr_ncs("short", std::string(300, 's').c_str()), nullptr);
+    EXPECT_EQ(Requests(), requests) << "a longer sub is told without a copy";
+}
+
+TEST(StringHelpers, AnswersZeroWithoutMemoryOnTheLongPath) {
+    const NoLeak no_leak;
+    const std::string text(256, 'a'), other(256, 'b');
+    for (int nth : {1, 2}) {
+        const FailingMemory first(nth);
+        EXPECT_EQ(strcmp_ncs(text.c_str(), other.c_str()), 0);
+        const FailingMemory second(nth);
+        EXPECT_EQ(strstr_ncs(text.c_str(), "a"), nullptr);
+        EXPECT_EQ(second.Refused(), 1);
+    }
+}
+
+TEST(StringHelpers, TellsWideTextsOfOneLengthApart) {
+    const auto compare = [](const std::string &a, const std::string &b) {
+        return wcscmp_ncs(Widen(a).data(), Widen(b).data());
+    };
+    EXPECT_EQ(compare("aBz", "AbZ"), 0);
+    EXPECT_EQ(compare("a", "B"), -1);
+    EXPECT_EQ(compare("b", "A"), 1);
+    EXPECT_EQ(compare("b", "AA"), -1) << "of another length";
+    EXPECT_EQ(compare(std::string(1023, 'a'), std::string(1023, 'A')), 0);
+    EXPECT_EQ(compare(std::string(1024, 'a'), std::string(1024, 'a')), -1);
+    const WCHAR high[] = {0x161, 0}, low[] = {'b', 0};
+    EXPECT_EQ(wcscmp_ncs(high, low), 1) << "compared whole, not by bytes";
+}
+
+TEST(StringHelpers, LooksCharactersUpInSets) {
+    EXPECT_TRUE(Contains_Char("text", "xyz"));
+    EXPECT_FALSE(Contains_Char("text", "abc"));
+    EXPECT_EQ(Char_In_Set('b', "abc"), 'b');
+    EXPECT_EQ(Char_In_Set('d', "abc"), 0);
+    EXPECT_TRUE(CharIsNotOneOf('\0', "abc")) << "the set's terminator is none of it";
+}
+
+TEST(StringHelpers, RemovesAndWrapsInPlace) {
+    char text[] = "abcabc";
+    EXPECT_TRUE(Strip_String(text, "bc"));
+    EXPECT_STREQ(text, "aabc");
+    EXPECT_FALSE(Strip_String(text, "BC"));
+    EXPECT_TRUE(Strip_String(text, ""));
+    EXPECT_TRUE(Strip_String(text, text + 1));
+    EXPECT_STREQ(text, "a");
+    EXPECT_EQ(Changed("\"a\"\"b\"", Strip_Quotes), "ab");
+    EXPECT_EQ(Changed("\"\"\"", Strip_Quotes), "");
+    EXPECT_EQ(Changed("&a&&b", [](char *place) { Strip_Char(place, '&'); }), "ab");
+    EXPECT_EQ(Changed("", Quote_String, 2), "\"\"");
+    EXPECT_EQ(Changed("\"a", Quote_String, 2), "\"\"a\"");
+}
+
+TEST(StringHelpers, ReplacesTheFirstOccurrenceInBothWidths) {
+    const NoLeak no_leak;
+    const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
+        {"a-b-c", "-", "+++", "a+++b-c"},
+        {"a-b", "a-b", "", ""},
+        {"abc", "B", "x", "abc"},
+        {"abc", "", "x", "abc"}};
+    for (const auto &[text, find, replacement, result] : cases) {
+        const auto room = static_cast<long>(std::max(find.size(), replacement.size()));
+        const auto size = static_cast<long>(text.size()) + room;
+        std::string narrow = text + std::string(static_cast<std::size_t>(room), '\0');
+        std::vector<WCHAR> wide = Widen(narrow);
+        const bool replaced = result != text;
+        EXPECT_EQ(Replace_String(narrow.data(), find.c_str(), replacement.c_str()), replaced);
+        EXPECT_TRUE(!replaced || Last_Request() == size);
+        EXPECT_EQ(Replace_String(wide.data(), Widen(find).data(), Widen(replacement).data()), replaced);
+        EXPECT_TRUE(!replaced || Last_Request() == 2 * size);
+        EXPECT_STREQ(narrow.c_str(), result.c_str());
+        EXPECT_TRUE(std::equal(result.c_str(), result.c_str() + result.size() + 1, wide.begin()));
+    }
+    char own[16] = "a-b";
+    EXPECT_TRUE(Replace_String(own, own + 1, own));
+    EXPECT_STREQ(own, "aa-b");
+    const FailingMemory failing(1);
+    EXPECT_FALSE(Replace_String(own, "a", "b"));
+    EXPECT_STREQ(own, "aa-b");
+}
+
+TEST(StringHelpers, NormalisesWhiteSpaceOutsideQuotes) {
+    const auto with = [](char c) { return [c](char *text) { Tokenize_Whitespace(text, c); }; };
+    EXPECT_EQ(Changed("a b\t\r\nc", with('_')), "a_b__c");
+    EXPECT_EQ(Changed("a \"b \t\n\r\" c\"open ", with('\0')), "a\"b \t\r\"c\"open ");
+    const std::string spaced = "a " + std::string(252, 'x'); // one short of the limit
+    EXPECT_EQ(Changed(spaced + "  ", with('_')), "a_" + std::string(252, 'x') + "_ ");
+    EXPECT_EQ(Changed(spaced + "\n  end", with('\0')), "a" + std::string(252, 'x') + "  end");
+}
+
+TEST(StringHelpers, TokenisesWithQuotesAndEmptyTokens) {
+    EXPECT_EQ(smartok(nullptr, ","), nullptr);
+    EXPECT_EQ(All_Tokens("one,,two", ","), "[one][][two]");
+    EXPECT_EQ(All_Tokens("a;b,", ",;"), "[a][b][]");
+    EXPECT_EQ(All_Tokens("", ","), "[]");
+    EXPECT_EQ(All_Tokens("\"a,b\",\"c,d", ","), "[\"a,b\"][\"c,d]");
+    EXPECT_EQ(All_Tokens("a\"b", "\""), "[a\"b]");
+    EXPECT_EQ(smartok(nullptr, ","), nullptr);
+    char text[] = "a b;c", other[] = "x y";
+    EXPECT_STREQ(smartok(text, " "), "a");
+    EXPECT_STREQ(smartok(nullptr, ";"), "b") << "the delimiters may change";
+    EXPECT_STREQ(smartok(other, " "), "x") << "a new text ends the old scan";
+}
+
+TEST(StringHelpers, SplitsOffTheTail) {
+    const auto split = [](std::string text, char c, bool keep) {
+        const std::string tail = Tail_String(text.data(), c, keep);
+        return std::string(text.c_str()) + " | " + tail;
+    };
+    EXPECT_EQ(split("c:\\d\\file", '\\', true), "c:\\d\\file | file");
+    EXPECT_EQ(split("c:\\d\\file", '\\', false), "c:\\d | file");
+    EXPECT_EQ(split("\\a\\", '\\', false), "\\a | ");
+    for (const char *whole : {"", "file", "\\", "\\file"}) {
+        EXPECT_EQ(split(whole, '\\', false), std::string(whole) + " | " + whole);
+    }
+    EXPECT_EQ(split("file", '\0', false), "file | file");
+}
