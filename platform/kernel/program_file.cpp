@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t Longest_Command_Line = 32767;
 
-std::vector<std::string> File_Names(std::string name) {
+std::vector<std::string> File_Names(const std::string &name) {
     if (name.ends_with('.')) return {name.substr(0, name.size() - 1)};
     if (name.find('.') != std::string::npos) return {name};
     return {name + ".exe", name};

@@ -205,7 +205,7 @@ TEST_F(Processes, LeaveNothingBehindThoughNobodyWaits) {
 }
 
 // Ends in the way that it is told.
-SECOND_PROCESS(leaver) {
+SECOND_PROCESS(finisher) {
     const std::string way = process.Arguments().at(0);
     const rlimit no_core = {0, 0};
     setrlimit(RLIMIT_CORE, &no_core);
@@ -230,11 +230,11 @@ TEST_F(Processes, EndWithTheCodesOfWindows) {
                                     {"abort", 3u},
                                     {"fault", 0xC0000005u}}) {
         Program program;
-        ASSERT_EQ(Start(program, nullptr, (In_Role("leaver") + way).c_str()), 0);
+        ASSERT_EQ(Start(program, nullptr, (In_Role("finisher") + way).c_str()), 0);
         EXPECT_EQ(program.End(), code) << way;
     }
     Program program;
-    ASSERT_EQ(Start(program, nullptr, (In_Role("leaver") + "never").c_str()), 0);
+    ASSERT_EQ(Start(program, nullptr, (In_Role("finisher") + "never").c_str()), 0);
     const HANDLE process = program.information.hProcess;
     EXPECT_EQ(program.Code(), STILL_ACTIVE);
     EXPECT_EQ(WaitForSingleObject(process, 0), WAIT_TIMEOUT);
@@ -256,7 +256,7 @@ TEST_F(Processes, EndWithTheCodesOfWindows) {
 }
 
 TEST_F(Processes, OfOthersAreOpenedByTheirNumber) {
-    auto other = std::make_unique<SecondProcess>("leaver", std::vector<std::string>{"never"});
+    auto other = std::make_unique<SecondProcess>("finisher", std::vector<std::string>{"never"});
     const auto id = static_cast<DWORD>(other->Id());
     const HANDLE process = OpenProcess(PROCESS_ALL_ACCESS, TRUE, id);
     ASSERT_TRUE(process);
