@@ -110,10 +110,9 @@ long UnicodeToAnsi(const unsigned short *wide, char *out, int size) {
 }
 
 long AnsiToUnicode(const char *text, unsigned short *wide, int size) {
-    const int length = static_cast<int>(std::strlen(text));
-    if (!wide) return 2 * static_cast<long>(length);
+    if (!wide) return static_cast<long>(2 * std::strlen(text));
     if (size == 0) return Does_Not_Fit();
-    const int written = MultiByteToWideChar(CP_ACP, 0, text, length + 1, wide, size);
+    const int written = MultiByteToWideChar(CP_ACP, 0, text, -1, wide, size);
     return written != 0 ? 0 : Result_Of_Last_Error();
 }
 

@@ -1,5 +1,6 @@
 #include <kelmara/foundation/pattern_string.h>
 
+#include <climits>
 #include <cstdlib>
 
 namespace {
@@ -80,6 +81,12 @@ const char *Take_Option_List(const char *pattern, char scan, ScanOptions &option
     return pattern;
 }
 
+// Of a text that passes 2 GB, what a result can say.
+int Distance(const char *from, const char *to) {
+    const auto distance = reinterpret_cast<unsigned long>(to) - reinterpret_cast<unsigned long>(from);
+    return distance < INT_MAX ? static_cast<int>(distance) : INT_MAX;
+}
+
 // By hand, since most fields are shorter than a call takes.
 void Copy_Cut(const char *text, int length, char *out, int size) {
     const int copied = length < size ? length : size - 1;
@@ -149,7 +156,7 @@ bool CPatternString::More() const {
 int CPatternString::Next(const char *pattern, char *out, int size) {
     const char *end = Pattern_End(Position, pattern);
     if (!end) return 0;
-    const int length = static_cast<int>(end - Position);
+    const int length = Distance(Position, end);
     if (out && size > 0) Copy_Cut(Position, length, out, size);
     Position = end;
     return length;
@@ -158,7 +165,7 @@ int CPatternString::Next(const char *pattern, char *out, int size) {
 int CPatternString::Skip(const char *pattern) {
     const char *const start = Position;
     if (const char *end = Pattern_End(start, pattern)) Position = end;
-    return static_cast<int>(Position - start);
+    return Distance(start, Position);
 }
 
 char *CPatternString::Apply_Pattern(const char *pattern) const {

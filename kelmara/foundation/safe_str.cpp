@@ -16,6 +16,7 @@ namespace {
 constinit CStrAlloc Storage;
 
 constexpr int Constructor_Failure = -1;      // what constructors throw
+constexpr int Most_Replacements = 65536;     // of one Replace_String
 constexpr int Number_Size = 12;              // bytes of a number's text at most
 constexpr std::size_t Longest_Removal = 512; // characters that Next_Token takes out at once
 constexpr char Token_Ends[] = " \t\n\r";
@@ -65,7 +66,7 @@ std::size_t CSafeStr::Capacity() const {
 }
 
 void CSafeStr::Reserve(std::size_t length) const {
-    if (length > INT_MAX) throw E_OUTOFMEMORY;
+    if (length >= INT_MAX) throw E_OUTOFMEMORY;
     const long result = Storage.Check_Buffer(static_cast<int>(length), const_cast<CSafeStr *>(this));
     if (result != 0) throw result;
 }
@@ -80,8 +81,8 @@ const char *CSafeStr::Reserve_Beside(const char *source, std::size_t length) con
 
 void CSafeStr::Copy_Any_Text(const char *text) {
     text = Or_Empty(text);
-    const std::size_t length = std::strlen(text);
-    if (length > INT_MAX || Storage.Check_Buffer(static_cast<int>(length), this) != 0) {
+    const std::size_t length = strnlen(text, INT_MAX); // of strlen the compiler believes that it is smaller
+    if (length == INT_MAX || Storage.Check_Buffer(static_cast<int>(length), this) != 0) {
         throw Constructor_Failure;
     }
     std::memcpy(Data, text, length + 1);
@@ -271,10 +272,12 @@ void CSafeStr::Replace_String(const CSafeStr &find, const CSafeStr &replacement)
     if (find_length == 0) return;
     // Such a text is searched on behind each replacement, or there would be no end of it. All others end:
     // each replacement makes the text shorter, longer up to its storage, or turns it in one direction of the
-    // alphabet.
+    // alphabet. What ends only after very many steps is ended before.
     const bool brings_it_back = std::strstr(replacement.Data, find.Data) != nullptr;
     const char *from = Data;
-    while (const char *const place = std::strstr(from, find.Data)) {
+    for (int replacements = 0; replacements < Most_Replacements; ++replacements) {
+        const char *const place = std::strstr(from, find.Data);
+        if (!place) return;
         const auto at = static_cast<std::size_t>(place - Data);
         if (!Splice(at, find_length, replacement.Data, replacement_length)) return;
         // In front of `at` there was none, so the next one is not found earlier by going back to the start.

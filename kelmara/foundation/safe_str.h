@@ -9,15 +9,17 @@
 //
 // A null text counts as an empty one. Arguments may be the string itself or point into its own text. When
 // there is no memory the constructors throw an `int` of -1 and everything else a `long`, E_OUTOFMEMORY, with
-// the text as it was. The text does not count as part of a string's constant state: a const one can be
-// assigned to. A string belongs to one thread at a time.
+// the text as it was (a token that was to be filled may be empty then). The text does not count as part of a
+// string's constant state: a const one can be assigned to. A string belongs to one thread at a time.
 
 #include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/memory.h>
 
 #include <platform/errors.h>
 
+#if defined(__SSE2__) // a program built without it makes its strings by calls
 #include <emmintrin.h>
+#endif
 
 class CSafeStr;
 
@@ -133,8 +135,8 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
     /// Replaces every `find`, searching again from the start after each. Works in the storage that the text
     /// has: a replacement whose result would not fit there (511 characters while the text is in the object)
     /// is not made and ends the operation. An empty `find` replaces nothing. Where `replacement` holds
-    /// `find`, each place of the text as it was is replaced once. Storage of up to 512 bytes is zero behind a
-    /// changed text.
+    /// `find`, each place of the text as it was is replaced once. At most 65,536 replacements are made.
+    /// Storage of up to 512 bytes is zero behind a changed text.
     void Replace_String(const CSafeStr &find, const CSafeStr &replacement);
 
     /// Wraps the text in double quotes, unless it begins with one.
@@ -190,10 +192,17 @@ struct SafeStrLayout {
 /// Everything but the text. The one store begins in the last four bytes of Inline_Buffer.
 [[gnu::always_inline]] inline void CSafeStr::Begin() {
     Data = Inline_Buffer;
+#if defined(__SSE2__)
     char *const last_16_bytes = reinterpret_cast<char *>(this) + sizeof(CSafeStr) - 16;
     _mm_storeu_si128(reinterpret_cast<__m128i *>(last_16_bytes), _mm_setzero_si128());
+#else
+    Heap_Block = nullptr;
+    Heap_Size = 0;
+    Cursor = nullptr;
+#endif
 }
 
+#if defined(__SSE2__)
 /// Copies 32 bytes from `text` on, which must be readable; true when the text ends in them.
 [[gnu::always_inline]] inline bool CSafeStr::Copy_Block(const char *text, int at) {
     __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text + at));
@@ -213,6 +222,8 @@ struct SafeStrLayout {
     return false;
 }
 
+#endif
+
 KELMARA_INLINE void CSafeStr::Init() {
     Data = Inline_Buffer;
     Inline_Buffer[0] = '\0';
@@ -225,14 +236,15 @@ KELMARA_INLINE CSafeStr::CSafeStr() {
 
 KELMARA_INLINE CSafeStr::CSafeStr(const char *text) {
     Begin();
-    int readable = 0;
-#if !defined(__SANITIZE_ADDRESS__) // which sees what is read behind a terminator
-    // Memory is readable or not by pages of 4096 bytes: what follows a byte up to the end of its page is.
-    asm("" : "+r"(text)); // or the compiler would warn of reading behind the end of an object that it knows
-    if (text) readable = 4096 - static_cast<int>(reinterpret_cast<unsigned long>(text) % 4096);
-#endif
+#if defined(__SSE2__) && !defined(__SANITIZE_ADDRESS__) // which sees what is read behind a terminator
+    // Memory is readable or not by pages of 4096 bytes: what follows a byte up to the end of its page is. The
+    // compiler must not know where the text comes from: it would hold a block to be no part of a short array,
+    // and move what was written to that behind the reading.
+    asm volatile("" : "+r"(text) : : "memory");
+    const int readable = text ? 4096 - static_cast<int>(reinterpret_cast<unsigned long>(text) % 4096) : 0;
     if (readable >= Block_Size && Copy_Block(text, 0)) return;
     if (readable >= Inline_Size && Copy_Next_Blocks(text)) return;
+#endif
     Copy_Any_Text(text);
 }
 
@@ -241,9 +253,14 @@ KELMARA_INLINE CSafeStr::CSafeStr(const unsigned char *text)
 
 KELMARA_INLINE CSafeStr::CSafeStr(const CSafeStr &other) : CAutoDeleteableObject() {
     Begin();
+#if defined(__SSE2__)
     const char *text = other.Inline_Buffer;
-    asm("" : "+r"(text)); // or the compiler would warn of bytes behind the terminator that nobody wrote
+    asm volatile(""
+                 : "+r"(text)
+                 :
+                 : "memory"); // or it would warn of bytes behind the terminator never written
     if (!other.Heap_Block && (Copy_Block(text, 0) || Copy_Next_Blocks(text))) return;
+#endif
     Copy_Any_Text(other.Data);
 }
 

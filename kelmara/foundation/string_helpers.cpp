@@ -4,6 +4,8 @@
 #include <kelmara/foundation/memory.h>
 
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -22,7 +24,8 @@ constinit char *Scan_Position = nullptr; // of smartok, null when there is no sc
 
 class WorkBlock {
   public:
-    explicit WorkBlock(std::size_t size) : m_Block(ds_malloc(static_cast<long>(size))) {}
+    explicit WorkBlock(std::uint64_t size)
+        : m_Block(size <= LONG_MAX ? ds_malloc(static_cast<long>(size)) : nullptr) {}
     ~WorkBlock() {
         if (m_Block) ds_free(m_Block);
     }
@@ -143,7 +146,7 @@ bool Replace_First(Char *text, const Char *find, const Char *replacement) {
 
     const std::size_t text_length = Length(text);
     const std::size_t length = Length(replacement);
-    const WorkBlock block((text_length + std::max(find_length, length)) * sizeof(Char));
+    const WorkBlock block((std::uint64_t{text_length} + std::max(find_length, length)) * sizeof(Char));
     if (!block) return false;
 
     Char *end = std::copy(text, place, block.As<Char>());

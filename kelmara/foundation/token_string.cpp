@@ -1,11 +1,12 @@
 #include <kelmara/foundation/token_string.h>
 
+#include <climits>
 #include <cstring>
 
 CTokenString::CTokenString(char *text, char delimiter)
     : Text(text),
       Default_Delimiter(delimiter),
-      Length(text ? static_cast<long>(std::strlen(text)) : 0),
+      Length(text ? static_cast<long>(strnlen(text, LONG_MAX)) : 0),
       Position(0),
       Strip_Leading(false),
       Strip_Trailing(false) {}
@@ -37,7 +38,7 @@ void CTokenString::Cut_Trailing_Spaces(long start, long end) {
 char *CTokenString::Next_Token(char delimiter) {
     if (delimiter == 0) delimiter = Default_Delimiter;
     if (Strip_Leading) Skip_Leading_Spaces();
-    if (Position == Length) return nullptr;
+    if (Position >= Length) return nullptr;
 
     const long start = Position;
     while (Position < Length && Text[Position] != delimiter && Text[Position] != 0) ++Position;
