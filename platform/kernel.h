@@ -1,5 +1,6 @@
 #pragma once
-// Handles, last error, mutexes, shared memory, modules and the process: the calls of KERNEL32.
+// Handles, last error, mutexes, shared memory, modules and processes: the calls of KERNEL32 that are not
+// about files (files.h).
 //
 // Every call may be made from any thread. A call that fails says why by GetLastError on the same thread; one
 // that succeeds leaves the last error alone, except CreateMutexA and CreateFileMappingA, which set it to 0
@@ -10,6 +11,50 @@
 #include <platform/errors.h>
 #include <platform/types.h>
 
+/// Which Windows it is: see GetVersionExA.
+struct OSVERSIONINFOA {
+    DWORD dwOSVersionInfoSize;
+    DWORD dwMajorVersion;
+    DWORD dwMinorVersion;
+    DWORD dwBuildNumber;
+    DWORD dwPlatformId;
+    char szCSDVersion[128];
+};
+static_assert(sizeof(OSVERSIONINFOA) == 148 && offsetof(OSVERSIONINFOA, szCSDVersion) == 20);
+
+/// How a program is to be started. A started program has no use for anything of it yet: all but `cb` is 0.
+struct STARTUPINFOA {
+    DWORD cb;
+    LPSTR lpReserved;
+    LPSTR lpDesktop;
+    LPSTR lpTitle;
+    DWORD dwX;
+    DWORD dwY;
+    DWORD dwXSize;
+    DWORD dwYSize;
+    DWORD dwXCountChars;
+    DWORD dwYCountChars;
+    DWORD dwFillAttribute;
+    DWORD dwFlags;
+    WORD wShowWindow;
+    WORD cbReserved2;
+    BYTE *lpReserved2;
+    HANDLE hStdInput;
+    HANDLE hStdOutput;
+    HANDLE hStdError;
+};
+static_assert(sizeof(STARTUPINFOA) == 68 && offsetof(STARTUPINFOA, dwFlags) == 44 &&
+              offsetof(STARTUPINFOA, hStdInput) == 56);
+
+/// A started program. Both handles are the caller's to close.
+struct PROCESS_INFORMATION {
+    HANDLE hProcess;
+    HANDLE hThread;
+    DWORD dwProcessId;
+    DWORD dwThreadId;
+};
+static_assert(sizeof(PROCESS_INFORMATION) == 16);
+
 extern "C" {
 
 // --- handles and the last error ---------------------------------------------------------------------------
@@ -17,10 +62,10 @@ extern "C" {
 PLATFORM_API DWORD GetLastError();
 PLATFORM_API void SetLastError(DWORD code);
 
-/// Closes any handle of this header. A handle that is not open: FALSE, ERROR_INVALID_HANDLE.
+/// Closes any handle but a file search's (FindClose). A handle that is not open: FALSE, ERROR_INVALID_HANDLE.
 PLATFORM_API BOOL CloseHandle(HANDLE handle);
 
-// --- mutexes ----------------------------------------------------------------------------------------------
+// --- waiting, and mutexes ---------------------------------------------------------------------------------
 
 inline constexpr DWORD INFINITE = 0xFFFFFFFF;
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
@@ -43,8 +88,9 @@ PLATFORM_API BOOL ReleaseMutex(HANDLE mutex);
 
 /// Waits until the calling thread owns the mutex: WAIT_OBJECT_0, or WAIT_ABANDONED when the last owner
 /// ended, by thread or process, without releasing it; the caller owns it all the same, and the next one
-/// gets WAIT_OBJECT_0 again. WAIT_TIMEOUT after `milliseconds`, which may be 0 or INFINITE. WAIT_FAILED for
-/// anything that cannot be waited for.
+/// gets WAIT_OBJECT_0 again. Waits until a process, or the thread that it began with, has ended. WAIT_TIMEOUT
+/// after `milliseconds`, which may be 0 or INFINITE. WAIT_FAILED for anything that cannot be waited for, the
+/// own process by GetCurrentProcess too.
 PLATFORM_API DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 
 // --- shared memory ----------------------------------------------------------------------------------------
@@ -126,7 +172,54 @@ PLATFORM_API int WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR *t
 PLATFORM_API int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR text, int length, WCHAR *out,
                                      int size);
 
-// --- the process ------------------------------------------------------------------------------------------
+// --- processes --------------------------------------------------------------------------------------------
+
+inline constexpr DWORD PROCESS_ALL_ACCESS = 0x1F0FFF;
+inline constexpr DWORD STILL_ACTIVE = 259;
+
+/// Starts a program: an ELF file of the host, on a drive of the machine or on z:. `program` is its path; null
+/// takes it from the front of `command_line`, in quotes or up to a blank, and without quotes up to each
+/// further blank in turn until a program is found. A bare name there is looked for as a module is
+/// (LoadLibraryA). A name without an ending gets ".exe", and is tried as it stands after that. The program
+/// finds the words of the command line in its argv as Windows' C runtime parts them: quotes keep blanks, a
+/// doubled quote within quotes is a quote, a backslash counts for itself but for those in front of a quote.
+///
+/// `environment` holds "name=value" texts with a terminator each and one more at the end, null is the
+/// caller's own; the program is on the caller's machine in any case. `directory` is a Windows path, null the
+/// caller's current one. Standard input, output and error are the caller's; nothing else is inherited, and
+/// signals are as for a fresh program. Nothing is left of a program that has ended, whether or not anybody
+/// waits for it or keeps a handle; a caller that takes in its children by the host's own means, or ignores
+/// SIGCHLD, takes the exit code away (0xC0000001 is told).
+///
+/// FALSE on failure, and `information` stays: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_ACCESS_DENIED
+/// for what the host may not run, ERROR_BAD_EXE_FORMAT for what it cannot, ERROR_DIRECTORY for a `directory`
+/// that is none, ERROR_FILENAME_EXCED_RANGE for a command line of 32,768 characters or more,
+/// ERROR_INVALID_PARAMETER for any `flags`, any `dwFlags` in `startup`, or neither program nor command line.
+PLATFORM_API BOOL CreateProcessA(LPCSTR program, LPSTR command_line,
+                                 const SECURITY_ATTRIBUTES *process_security,
+                                 const SECURITY_ATTRIBUTES *thread_security, BOOL inherit_handles,
+                                 DWORD flags, void *environment, LPCSTR directory,
+                                 const STARTUPINFOA *startup, PROCESS_INFORMATION *information);
+
+/// A handle to a process of the same user, which has all access whatever is asked for. Null on failure:
+/// ERROR_INVALID_PARAMETER when there is no such process, or it has ended; ERROR_ACCESS_DENIED.
+PLATFORM_API HANDLE OpenProcess(DWORD access, BOOL inherit_handle, DWORD process_id);
+
+/// STILL_ACTIVE, or what the process ended with. The host carries the lowest 8 bits of what a program ends
+/// itself with. TerminateProcess's code is whole for handles of the terminating process. Another end by a
+/// signal is told as Windows tells its like: 0xC0000005 for a bad address, 0x80000003 for a breakpoint, 3 for
+/// abort, 1 for SIGKILL, and so on. FALSE and ERROR_ACCESS_DENIED for a process that has ended and was not
+/// started by CreateProcessA of this one: the host keeps its code from strangers.
+PLATFORM_API BOOL GetExitCodeProcess(HANDLE process, DWORD *exit_code);
+
+/// Ends a process where it stands, its exit routines not run; the end comes soon after the call. FALSE and
+/// ERROR_ACCESS_DENIED when it has ended already.
+PLATFORM_API BOOL TerminateProcess(HANDLE process, UINT exit_code);
+
+/// Stands for the own process in the calls above and OpenProcessToken. Not to be closed.
+PLATFORM_API HANDLE GetCurrentProcess();
+/// Stands for the calling thread in OpenThreadToken. Not to be closed.
+PLATFORM_API HANDLE GetCurrentThread();
 
 /// Ends the process as the host's exit does: the program's exit routines run, then those of its modules
 /// (their DllMain is not called). An exit routine may end the process again, with another code; other threads
@@ -134,6 +227,21 @@ PLATFORM_API int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR text, i
 /// `code`.
 [[noreturn]] PLATFORM_API void ExitProcess(UINT code);
 PLATFORM_API DWORD GetCurrentProcessId();
+
+// --- the system -------------------------------------------------------------------------------------------
+
+inline constexpr DWORD VER_PLATFORM_WIN32_WINDOWS = 1;
+inline constexpr DWORD VER_PLATFORM_WIN32_NT = 2;
+
+/// The Windows that the machine is by its setting "windows": 95, 98, me, nt4, 2000 or xp, which also stands
+/// for any other word and for none. The setting "windows_version", "major.minor" or "major.minor.build",
+/// gives other numbers to it. FALSE and ERROR_INSUFFICIENT_BUFFER unless `dwOSVersionInfoSize` is 148.
+PLATFORM_API BOOL GetVersionExA(OSVERSIONINFOA *information);
+
+inline constexpr UINT SEM_NOOPENFILEERRORBOX = 0x8000;
+
+/// The process's error mode: the one before is the result. The machine shows no boxes of its own in any mode.
+PLATFORM_API UINT SetErrorMode(UINT mode);
 
 /// Milliseconds since the machine's start; wraps after 49.7 days.
 PLATFORM_API DWORD GetTickCount();
@@ -143,4 +251,8 @@ PLATFORM_API void Sleep(DWORD milliseconds);
 
 /// To the debugger's sink (machine.h), which is silent unless someone installs one. Null is ignored.
 PLATFORM_API void OutputDebugStringA(LPCSTR text);
+
+/// A breakpoint: a debugger of the host stops here. Without one it ends the process, as an unhandled
+/// breakpoint does on Windows.
+PLATFORM_API void DebugBreak();
 }

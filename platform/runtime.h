@@ -1,13 +1,41 @@
 #pragma once
-// The machine's C runtime, where it differs from the host's: its random numbers.
+// The machine's C runtime, where it differs from the host's: files by their Windows paths, the current
+// directory as one, and random numbers.
 //
-// They have names of their own beside the host's `rand` and `srand`, which give up to 2,147,483,647.
+// They have names of their own beside the host's calls. What an opened stream is given to (fread, fwrite,
+// fflush, fseek, ftell, fclose, ...) are the host's own. A call that fails sets errno as Windows' C runtime
+// does, and the last error to the reason in Windows' terms (files.h tells the paths and their errors). All
+// calls may be made from any thread.
 
 #include <platform/types.h>
+
+#include <cstdio>
 
 inline constexpr int Machine_Rand_Max = 32767;
 
 extern "C" {
+
+/// fopen. Modes are "rb", "wb", "ab" and the same with "+"; there are no text modes. Null on failure, and
+/// what was there is as it was: errno is ENOENT for a missing file or folder and for a path that is too long,
+/// EACCES for a folder, a read-only file that would be written, and whatever else the host refuses, EINVAL
+/// for another mode and for a name that cannot be, EMFILE, ENOSPC. While a stream is open its file can be
+/// neither deleted nor renamed, by any process of the machine; programs that are started do not get it.
+PLATFORM_API FILE *Machine_Open_Stream(const char *path, const char *mode);
+
+/// Deletes a file, as DeleteFileA. 0, or -1: errno is ENOENT or EACCES, for a folder too.
+PLATFORM_API int Machine_Remove(const char *path);
+
+/// Gives a file or folder another name, on the same disk. 0, or -1 and nothing has changed: EEXIST when `to`
+/// is there, in whatever letter case, which is decided in one step with the renaming; ENOENT, EACCES, EXDEV.
+/// A name may change in letter case alone.
+PLATFORM_API int Machine_Rename(const char *from, const char *to);
+
+/// _chdir: 0, or -1 and the current directory is the one it was.
+PLATFORM_API int Machine_Change_Directory(const char *path);
+
+/// _getcwd: the current directory with its drive in `out`, which is the result. Null, and `out` untouched,
+/// when it does not fit into `size` bytes with its terminator (ERANGE), or `out` is null (EINVAL).
+PLATFORM_API char *Machine_Get_Directory(char *out, int size);
 
 /// The next number of the calling thread's series, 0 to 32767. Every thread of every process starts the
 /// series of seed 1, which begins 41, 18467, 6334. Fit for shuffling, not for secrets.

@@ -1,5 +1,5 @@
 #pragma once
-// Windows and message boxes: the calls of USER32.
+// Message boxes, and what other processes show: the calls of USER32.
 
 #include <platform/errors.h>
 #include <platform/types.h>
@@ -33,4 +33,9 @@ extern "C" {
 /// "Error". 0 and ERROR_INVALID_MSGBOX_STYLE for a set of buttons that does not exist. In a process that is
 /// ending, and from within a handler, nothing is shown and the default button is the answer.
 PLATFORM_API int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style);
+
+/// Until a program waits for its user's input. No program of the machine has windows to wait for it at, and
+/// of a console program Windows says at once what is said here: WAIT_FAILED, ERROR_NOT_GUI_PROCESS, or
+/// ERROR_INVALID_HANDLE for what is no process.
+PLATFORM_API DWORD WaitForInputIdle(HANDLE process, DWORD milliseconds);
 }

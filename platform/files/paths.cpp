@@ -135,8 +135,15 @@ std::string_view Without_Trailing_Dots_And_Spaces(std::string_view name) {
 
 // Where a path counts from: the host's folder of the drive, and what of the current directory is in front.
 struct Start {
+    char letter = '\0';
     std::string root;
     Names host_parts;
+
+    std::string Host_Folder() const {
+        std::string folder = root;
+        for (const std::string &part : host_parts) folder = Joined(folder, part);
+        return folder;
+    }
 };
 
 // Takes the drive off the front of `path`.
@@ -151,7 +158,8 @@ long Find_Start(std::string_view &path, Start &start) {
         const bool known = Find_Current_Place(current);
         if (!known && !drive_given) return ERROR_PATH_NOT_FOUND;
     }
-    start.root = Drive_Root(drive_given ? letter : current.letter);
+    start.letter = drive_given ? letter : current.letter;
+    start.root = Drive_Root(start.letter);
     if (start.root.empty()) return ERROR_PATH_NOT_FOUND;
     if (!rooted && (!drive_given || current.letter == letter)) {
         start.host_parts = Parts_Of(current.below, [](char c) { return c == '/'; });
@@ -175,6 +183,31 @@ long Take_Names(std::string_view path, Start &start, Names &names) {
         if (const auto name = Without_Trailing_Dots_And_Spaces(part); !name.empty()) names.emplace_back(name);
     }
     return NO_ERROR;
+}
+
+long Take_Apart(std::string_view windows_path, Start &start, Names &names) {
+    if (windows_path.empty()) return ERROR_PATH_NOT_FOUND;
+    if (windows_path.size() > 1 && Is_Separator(windows_path[0]) && Is_Separator(windows_path[1])) {
+        return ERROR_BAD_NETPATH;
+    }
+    if (const long error = Find_Start(windows_path, start); error != NO_ERROR) return error;
+    return Take_Names(windows_path, start, names);
+}
+
+std::string Root_Path(char letter) {
+    return {static_cast<char>(letter - 'a' + 'A'), ':', '\\'};
+}
+
+void Append_Name(std::string &windows_path, std::string_view name) {
+    if (!windows_path.ends_with('\\')) windows_path += '\\';
+    windows_path += name;
+}
+
+std::string Full_Path(const Start &start, const Names &names) {
+    std::string path = Root_Path(start.letter);
+    for (const std::string &part : start.host_parts) Append_Name(path, Windows_Name_Of(part));
+    for (const std::string &name : names) Append_Name(path, name);
+    return path;
 }
 
 std::string Look_Up(std::string folder, const Names &names) {
@@ -269,17 +302,26 @@ std::string Find_In_Folder(const std::string &host_folder, std::string_view wind
 }
 
 long Map_To_Host(std::string_view windows_path, std::string &host_path) {
-    if (windows_path.empty()) return ERROR_PATH_NOT_FOUND;
-    if (windows_path.size() > 1 && Is_Separator(windows_path[0]) && Is_Separator(windows_path[1])) {
-        return ERROR_BAD_NETPATH;
-    }
     Start start;
     Names names;
-    if (const long error = Find_Start(windows_path, start); error != NO_ERROR) return error;
-    if (const long error = Take_Names(windows_path, start, names); error != NO_ERROR) return error;
-    std::string folder = start.root;
-    for (const std::string &part : start.host_parts) folder = Joined(folder, part);
-    host_path = Look_Up(folder, names);
+    if (const long error = Take_Apart(windows_path, start, names); error != NO_ERROR) return error;
+    host_path = Look_Up(start.Host_Folder(), names);
+    return NO_ERROR;
+}
+
+long Find_Place(const char *text, HostPlace &place) {
+    const std::string_view windows_path = text ? text : "";
+    if (windows_path.size() > Longest_Path_Text) return ERROR_FILENAME_EXCED_RANGE;
+    Start start;
+    Names names;
+    if (const long error = Take_Apart(windows_path, start, names); error != NO_ERROR) return error;
+    HostPlace found;
+    found.windows_path = Full_Path(start, names);
+    if (found.windows_path.size() >= MAX_PATH) return ERROR_PATH_NOT_FOUND;
+    found.host_path = Look_Up(start.Host_Folder(), names);
+    found.is_root = names.empty() && start.host_parts.empty();
+    found.means_folder = !found.is_root && Is_Separator(windows_path.back());
+    place = std::move(found);
     return NO_ERROR;
 }
 
@@ -293,12 +335,9 @@ long Map_To_Windows(std::string_view host_path, std::string &windows_path) {
     if (place.letter == Host_Drive) {
         if (DrivePlace real = Place_Of(Real_Path(path)); real.letter != Host_Drive) place = real;
     }
-    windows_path = {static_cast<char>(place.letter - 'a' + 'A'), ':', '\\'};
+    windows_path = Root_Path(place.letter);
     const Names parts = Parts_Of(place.below, [](char c) { return c == '/'; });
-    for (const std::string &part : parts) {
-        if (windows_path.size() > 3) windows_path += '\\';
-        windows_path += Windows_Name_Of(part);
-    }
+    for (const std::string &part : parts) Append_Name(windows_path, Windows_Name_Of(part));
     return NO_ERROR;
 }
 

@@ -61,10 +61,6 @@ KernelObject *Untagged(std::uintptr_t tagged) {
     return reinterpret_cast<KernelObject *>(tagged & ~Kind_Mask);
 }
 
-bool Is_Of_Kind(std::uintptr_t tagged, ObjectKind kind) {
-    return (tagged & Kind_Mask) == static_cast<std::uintptr_t>(kind);
-}
-
 void Drop_Use(HandleSlot *slot) {
     if (slot->state.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     KernelObject *object = Untagged(slot->object.exchange(0, std::memory_order_relaxed));
@@ -93,6 +89,13 @@ bool Begin_Close(HandleSlot *slot) {
     return true;
 }
 
+bool Close_Any_Handle(const void *handle) {
+    HandleSlot *slot = Slot_Of(handle);
+    if (!slot || !Begin_Close(slot)) return false;
+    Drop_Use(slot);
+    return true;
+}
+
 } // namespace
 
 bool KernelObject::Retain_If_Alive() {
@@ -107,16 +110,23 @@ void KernelObject::Release() {
     if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) Last_Released();
 }
 
-HandleUse::HandleUse(const void *handle, ObjectKind kind) {
+DWORD KernelObject::Wait(DWORD) {
+    SetLastError(ERROR_INVALID_HANDLE);
+    return WAIT_FAILED;
+}
+
+HandleUse::HandleUse(const void *handle) {
     HandleSlot *slot = Slot_Of(handle);
     if (!slot || !Take_Use(slot)) return;
-    const std::uintptr_t object = slot->object.load(std::memory_order_relaxed);
-    if (!Is_Of_Kind(object, kind)) {
-        Drop_Use(slot);
-        return;
-    }
     slot_ = slot;
-    object_ = Untagged(object);
+    object_ = Untagged(slot->object.load(std::memory_order_relaxed));
+}
+
+HandleUse::HandleUse(const void *handle, ObjectKind kind) : HandleUse(handle) {
+    if (!slot_ || object_->Kind() == kind) return;
+    Drop_Use(slot_);
+    slot_ = nullptr;
+    object_ = nullptr;
 }
 
 HandleUse::~HandleUse() {
@@ -141,17 +151,11 @@ bool Close_Handle_Of_Kind(const void *handle, ObjectKind kind) {
     return use && Close_Any_Handle(handle);
 }
 
-bool Close_Any_Handle(const void *handle) {
-    HandleSlot *slot = Slot_Of(handle);
-    if (!slot || !Begin_Close(slot)) return false;
-    Drop_Use(slot);
-    return true;
-}
-
 extern "C" {
 
 BOOL CloseHandle(HANDLE handle) {
-    if (Close_Any_Handle(handle)) return TRUE;
+    const bool has_its_own_call = Peek_Handle(handle, ObjectKind::Find);
+    if (!has_its_own_call && Close_Any_Handle(handle)) return TRUE;
     SetLastError(ERROR_INVALID_HANDLE);
     return FALSE;
 }

@@ -9,7 +9,15 @@
 #include <atomic>
 #include <utility>
 
-enum class ObjectKind : unsigned char { Mutex = 1, Mapping = 2, RegistryKey = 3 };
+enum class ObjectKind : unsigned char {
+    Mutex = 1,
+    Mapping = 2,
+    RegistryKey = 3,
+    Find = 4,
+    Process = 5,
+    Thread = 6,
+    Token = 7,
+};
 
 /// Base of everything that a handle can name. Counted by the handles to it and by whoever else holds it.
 /// Aligned so that the kind fits into the low bits of its address.
@@ -25,6 +33,10 @@ class alignas(16) KernelObject {
     /// False when the last holder has let go already and the object is on its way out.
     bool Retain_If_Alive();
     void Release();
+
+    /// What WaitForSingleObject does. The default is for what cannot be waited for: WAIT_FAILED and
+    /// ERROR_INVALID_HANDLE.
+    virtual DWORD Wait(DWORD milliseconds);
 
   protected:
     virtual ~KernelObject() = default;
@@ -46,15 +58,17 @@ struct HandleSlot {
 };
 
 /// A call under way on a handle: while it lives the object cannot go. Empty when the handle is not open, or
-/// names an object of another kind.
+/// names an object of another kind than the one asked for.
 class HandleUse {
   public:
+    explicit HandleUse(const void *handle);
     HandleUse(const void *handle, ObjectKind kind);
     ~HandleUse();
     HandleUse(const HandleUse &) = delete;
     HandleUse &operator=(const HandleUse &) = delete;
 
     explicit operator bool() const { return object_ != nullptr; }
+    KernelObject &Object() const { return *object_; }
     template <class Object>
     Object &As() const {
         return static_cast<Object &>(*object_);
@@ -71,7 +85,6 @@ HANDLE Open_Handle(KernelObject *object);
 
 /// Closes a handle to an object of that kind; false when it is no such handle. Calls under way on it finish.
 bool Close_Handle_Of_Kind(const void *handle, ObjectKind kind);
-bool Close_Any_Handle(const void *handle);
 
 inline constexpr unsigned Slots_Per_Chunk = 1024;
 inline constexpr unsigned Most_Chunks = 1024;

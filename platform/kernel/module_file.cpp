@@ -2,68 +2,18 @@
 
 #include <platform/errors.h>
 #include <platform/files/paths.h>
+#include <platform/files/search_order.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/file_descriptor.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <elf.h>
 #include <fcntl.h>
-#include <filesystem>
 #include <sys/stat.h>
 
 namespace {
 
 constexpr const char *Built_In_Modules[] = {"kernel32.dll", "advapi32.dll", "user32.dll"};
-constexpr const char *System_Folders[] = {"C:\\WINDOWS\\system32", "C:\\WINDOWS"};
-
-bool Is_Regular_File(const std::string &path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-}
-
-std::string Find_In(const std::string &host_folder, const std::vector<std::string> &files) {
-    for (const std::string &file : files) {
-        std::string found = Find_In_Folder(host_folder, file);
-        if (!found.empty() && Is_Regular_File(found)) return found;
-    }
-    return {};
-}
-
-void Append_Windows_Folder(std::vector<std::string> &folders, std::string_view windows_folder) {
-    std::string folder;
-    if (Map_To_Host(windows_folder, folder) == NO_ERROR) folders.push_back(folder);
-}
-
-// The host's list of its own folders, where relative ones do not count; one with ";" or "\" in it is a list
-// of Windows folders.
-void Append_Path_Folders(std::vector<std::string> &folders) {
-    const char *variable = std::getenv("PATH");
-    std::string_view rest = variable ? variable : "";
-    const bool windows = rest.find_first_of(";\\") != std::string_view::npos;
-    while (!rest.empty()) {
-        const std::string_view folder = rest.substr(0, rest.find(windows ? ';' : ':'));
-        rest.remove_prefix(std::min(rest.size(), folder.size() + 1));
-        if (windows)
-            Append_Windows_Folder(folders, folder);
-        else if (folder.starts_with('/'))
-            folders.emplace_back(folder);
-    }
-}
-
-// All absolute: a module is known to the host by the path it was loaded from.
-std::vector<std::string> Search_Order() {
-    std::vector<std::string> folders;
-    std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (!error) folders.push_back(program.parent_path());
-    const auto current = std::filesystem::current_path(error);
-    if (!error) folders.push_back(current);
-    for (const char *folder : System_Folders) Append_Windows_Folder(folders, folder);
-    Append_Path_Folders(folders);
-    return folders;
-}
 
 bool Read_At(int descriptor, off_t offset, void *bytes, std::size_t size) {
     return pread(descriptor, bytes, size, offset) == static_cast<ssize_t>(size);
@@ -116,12 +66,10 @@ bool ModuleName::Is_Built_In() const {
 std::string Find_Module_File(const ModuleName &name) {
     if (!name.Is_Bare()) {
         std::string folder;
-        return Map_To_Host(name.folder, folder) == NO_ERROR ? Find_In(folder, name.files) : std::string();
+        return Map_To_Host(name.folder, folder) == NO_ERROR ? Find_File_In(folder, name.files)
+                                                            : std::string();
     }
-    for (const std::string &folder : Search_Order()) {
-        if (std::string found = Find_In(folder, name.files); !found.empty()) return found;
-    }
-    return {};
+    return Find_File_By_Search(name.files);
 }
 
 long Check_Module_File(const std::string &host_path) {

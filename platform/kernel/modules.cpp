@@ -3,6 +3,7 @@
 #include <platform/files/paths.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/module_file.h>
+#include <platform/kernel/windows_version.h>
 
 #include <algorithm>
 #include <cstring>
@@ -216,6 +217,11 @@ long Find_Windows_Path(HMODULE module, std::string &windows_path) {
     return Map_To_Windows(host_path, windows_path);
 }
 
+// A call that came with a later Windows than this one.
+bool Is_Lacking(const char *name) {
+    return std::strcmp(name, "GetDiskFreeSpaceExA") == 0 && Is_First_Windows_95();
+}
+
 template <class Result>
 Result Fail(long error) {
     SetLastError(static_cast<DWORD>(error));
@@ -251,6 +257,7 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     }
     std::string path;
     if (!Find_Host_Path(module, path)) return Fail<FARPROC>(ERROR_MOD_NOT_FOUND);
+    if (module == The_Platform() && Is_Lacking(name)) return Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
     void *address = Find_Export(module, name);
     return address ? reinterpret_cast<FARPROC>(address) : Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
 }

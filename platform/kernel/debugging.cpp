@@ -29,4 +29,9 @@ void OutputDebugStringA(LPCSTR text) {
     }
     if (sink && text) sink(text, context);
 }
+
+// Not by a raised signal: that could be ignored.
+void DebugBreak() {
+    asm volatile("int3");
+}
 }

@@ -1,0 +1,10 @@
+#pragma once
+// What the calls about drives and disks have in common.
+
+#include <platform/files/paths.h>
+
+/// The setting that tells of a drive: "drive_d". Letters count without regard to case.
+std::string Drive_Setting(char letter);
+
+/// Find_Place, with null for the root of the current drive.
+long Find_Disk_Place(const char *path, HostPlace &place);

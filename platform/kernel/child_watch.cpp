@@ -1,0 +1,108 @@
+#include <platform/kernel/child_watch.h>
+
+#include <csignal>
+#include <cstdint>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t Stack_Size = 256 * 1024;
+constexpr useconds_t Pause = 1000;
+
+// Kept for the life of the process: its thread is never asked to end.
+struct Watch {
+    std::mutex lock;
+    bool running = false;
+    FileDescriptor news; // written to when a process is added
+    std::vector<ProcessObject *> children;
+};
+
+Watch &The_Watch() {
+    static Watch *watch = new Watch;
+    return *watch;
+}
+
+std::vector<pollfd> What_To_Wait_For(Watch &watch) {
+    const std::lock_guard guard(watch.lock);
+    std::vector<pollfd> waiting = {{watch.news.Get(), POLLIN, 0}};
+    for (const ProcessObject *child : watch.children) waiting.push_back({child->Descriptor(), POLLIN, 0});
+    return waiting;
+}
+
+// True when there was anything to do.
+bool Take_In_Ended(Watch &watch) {
+    std::vector<ProcessObject *> ended;
+    {
+        const std::lock_guard guard(watch.lock);
+        std::erase_if(watch.children, [&](ProcessObject *child) {
+            if (!child->Has_Ended()) return false;
+            ended.push_back(child);
+            return true;
+        });
+    }
+    for (ProcessObject *child : ended) child->Release();
+    return !ended.empty();
+}
+
+void *Run(void *) {
+    Watch &watch = The_Watch();
+    for (;;) {
+        std::vector<pollfd> waiting = What_To_Wait_For(watch);
+        const int ready = poll(waiting.data(), waiting.size(), -1);
+        std::uint64_t count;
+        const bool added = ready > 0 && waiting[0].revents != 0 &&
+                           read(waiting[0].fd, &count, sizeof count) == static_cast<ssize_t>(sizeof count);
+        // An end that cannot be taken in yet, or a lack of memory: no reason to go round and round.
+        if (!Take_In_Ended(watch) && !added) usleep(Pause);
+    }
+}
+
+bool Start_Thread() {
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+    pthread_attr_setstacksize(&attributes, Stack_Size);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    pthread_t thread;
+    const bool started = pthread_create(&thread, &attributes, Run, nullptr) == 0;
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    pthread_attr_destroy(&attributes);
+    return started;
+}
+
+} // namespace
+
+bool Begin_Child_Watch() {
+    Watch &watch = The_Watch();
+    const std::lock_guard guard(watch.lock);
+    if (watch.running) return true;
+    if (!watch.news) watch.news = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    watch.running = watch.news && Start_Thread();
+    return watch.running;
+}
+
+void Watch_Child(ProcessObject &process) {
+    process.Retain();
+    Watch &watch = The_Watch();
+    {
+        const std::lock_guard guard(watch.lock);
+        watch.children.push_back(&process);
+    }
+    eventfd_write(watch.news.Get(), 1);
+}
+
+ProcessObject *Find_Child(pid_t id) {
+    Watch &watch = The_Watch();
+    const std::lock_guard guard(watch.lock);
+    for (ProcessObject *child : watch.children) {
+        if (child->Id() != id || child->Has_Ended()) continue;
+        child->Retain();
+        return child;
+    }
+    return nullptr;
+}

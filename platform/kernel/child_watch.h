@@ -1,0 +1,15 @@
+#pragma once
+// Takes in the processes that this one has started as they end, so that the host keeps nothing of them,
+// whether or not anybody waits for them. A thread of its own does it, which waits for all of them together;
+// it begins with the first process and takes no signals.
+
+#include <platform/kernel/process_object.h>
+
+/// To be called before a process is started: false when there can be no such thread.
+bool Begin_Child_Watch();
+
+/// Holds on to the process until it has ended.
+void Watch_Child(ProcessObject &process);
+
+/// A process that was started here and has not ended, held for the caller; null when there is none.
+ProcessObject *Find_Child(pid_t id);

@@ -1,0 +1,101 @@
+#include <platform/kernel/process_object.h>
+
+#include <platform/files/host_error.h>
+#include <platform/kernel.h>
+#include <platform/kernel/process_descriptor.h>
+
+#include <csignal>
+#include <ctime>
+#include <poll.h>
+#include <sys/wait.h>
+
+namespace {
+
+constexpr DWORD Code_Taken_By_Others = 0xC0000001;
+
+struct SignalCode {
+    int signal;
+    DWORD code;
+};
+
+// How Windows tells of a process that came to the same end.
+constexpr SignalCode Signal_Codes[] = {
+    {SIGSEGV, 0xC0000005}, {SIGBUS, 0xC0000005}, {SIGILL, 0xC000001D}, {SIGFPE, 0xC0000094},
+    {SIGTRAP, 0x80000003}, {SIGINT, 0xC000013A}, {SIGABRT, 3},
+};
+constexpr DWORD Code_Of_Other_Signals = 1;
+
+DWORD Code_Of_Signal(int signal) {
+    for (const SignalCode &known : Signal_Codes) {
+        if (known.signal == signal) return known.code;
+    }
+    return Code_Of_Other_Signals;
+}
+
+long long Milliseconds_Now() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<long long>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
+// True when the descriptor can be read within that time.
+bool Wait_For(int descriptor, DWORD milliseconds) {
+    const long long end = Milliseconds_Now() + milliseconds;
+    for (;;) {
+        const long long left = std::max(0LL, end - Milliseconds_Now());
+        const timespec limit = {static_cast<time_t>(left / 1000), static_cast<long>(left % 1000) * 1000000};
+        pollfd waiting = {descriptor, POLLIN, 0};
+        const int ready = ppoll(&waiting, 1, milliseconds == INFINITE ? nullptr : &limit, nullptr);
+        if (ready > 0) return true;
+        if (ready == 0) return false;
+    }
+}
+
+} // namespace
+
+DWORD ProcessObject::Wait(DWORD milliseconds) {
+    if (!Wait_For(Descriptor(), milliseconds)) return WAIT_TIMEOUT;
+    Has_Ended();
+    return WAIT_OBJECT_0;
+}
+
+bool ProcessObject::Has_Ended() {
+    const std::lock_guard guard(lock_);
+    if (!ended_) ended_ = Wait_For(Descriptor(), 0) && (origin_ == Origin::Elsewhere || Take_Exit_Code());
+    return ended_;
+}
+
+// False while a debugger of the host keeps the process from being taken in.
+bool ProcessObject::Take_Exit_Code() {
+    siginfo_t end = {};
+    if (waitid(P_PIDFD, static_cast<id_t>(Descriptor()), &end, WEXITED | WNOHANG) != 0) {
+        exit_code_ = Code_Taken_By_Others;
+        return true;
+    }
+    if (end.si_pid == 0) return false;
+    if (end.si_code == CLD_EXITED)
+        exit_code_ = static_cast<DWORD>(end.si_status);
+    else
+        exit_code_ =
+            end.si_status == SIGKILL && terminated_with_ ? *terminated_with_ : Code_Of_Signal(end.si_status);
+    return true;
+}
+
+long ProcessObject::Find_Exit_Code(DWORD &code) {
+    const bool ended = Has_Ended();
+    const std::lock_guard guard(lock_);
+    if (ended && !exit_code_) return ERROR_ACCESS_DENIED;
+    code = ended ? *exit_code_ : STILL_ACTIVE;
+    return NO_ERROR;
+}
+
+long ProcessObject::Terminate(DWORD code) {
+    if (Has_Ended()) return ERROR_ACCESS_DENIED;
+    const std::lock_guard guard(lock_);
+    const bool first = !terminated_with_;
+    if (first) terminated_with_ = code;
+    if (pidfd_send_signal(Descriptor(), SIGKILL, nullptr, 0) == 0) return NO_ERROR;
+    const int reason = errno;
+    if (first) terminated_with_.reset();
+    return reason == ESRCH ? ERROR_ACCESS_DENIED : Error_Of_Errno(reason);
+}

@@ -1,0 +1,65 @@
+#pragma once
+// A process of the host behind a handle: one that this process has started, or another's.
+//
+// What is waited for is the host's descriptor of the process, so that its number may be used again meanwhile.
+// The exit code of a process that was started here is taken from the host once, by whoever comes to it first;
+// until then the host keeps the process's remains.
+
+#include <platform/kernel/file_descriptor.h>
+#include <platform/kernel/handle_table.h>
+
+#include <mutex>
+#include <optional>
+#include <sys/types.h>
+
+enum class Origin { StartedHere, Elsewhere };
+
+class ProcessObject final : public KernelObject {
+  public:
+    ProcessObject(pid_t id, FileDescriptor descriptor, Origin origin)
+        : KernelObject(ObjectKind::Process), id_(id), descriptor_(std::move(descriptor)), origin_(origin) {}
+
+    pid_t Id() const { return id_; }
+    /// Readable from the process's end on.
+    int Descriptor() const { return descriptor_.Get(); }
+
+    DWORD Wait(DWORD milliseconds) override;
+    /// Asks the host, and takes the exit code when it is to be had.
+    bool Has_Ended();
+    /// Codes of errors.h, as GetExitCodeProcess and TerminateProcess tell them.
+    long Find_Exit_Code(DWORD &code);
+    long Terminate(DWORD code);
+
+  private:
+    ~ProcessObject() override = default;
+    bool Take_Exit_Code();
+
+    const pid_t id_;
+    const FileDescriptor descriptor_;
+    const Origin origin_;
+
+    std::mutex lock_; // of what follows
+    bool ended_ = false;
+    std::optional<DWORD> exit_code_;
+    std::optional<DWORD> terminated_with_;
+};
+
+/// The thread that a started process began with, as far as it can be told from outside: it lasts as long.
+class ThreadObject final : public KernelObject {
+  public:
+    /// Holds on to the process.
+    explicit ThreadObject(ProcessObject &process) : KernelObject(ObjectKind::Thread), process_(process) {
+        process_.Retain();
+    }
+    DWORD Wait(DWORD milliseconds) override { return process_.Wait(milliseconds); }
+
+  private:
+    ~ThreadObject() override { process_.Release(); }
+
+    ProcessObject &process_;
+};
+
+/// True for what GetCurrentProcess gives.
+inline bool Is_Current_Process(HANDLE handle) {
+    return handle == INVALID_HANDLE_VALUE;
+}

@@ -1,0 +1,91 @@
+#include <platform/runtime.h>
+
+#include <platform/files/attributes.h>
+#include <platform/files/name_lock.h>
+#include <platform/files/paths.h>
+#include <platform/files/sharing.h>
+#include <platform/runtime/runtime_error.h>
+
+#include <cstring>
+
+namespace {
+
+struct Mode {
+    const char *text;
+    int access; // and O_APPEND
+    bool creates, empties;
+};
+
+constexpr Mode Modes[] = {
+    {"rb", O_RDONLY, false, false},
+    {"r+b", O_RDWR, false, false},
+    {"rb+", O_RDWR, false, false},
+    {"wb", O_WRONLY, true, true},
+    {"w+b", O_RDWR, true, true},
+    {"wb+", O_RDWR, true, true},
+    {"ab", O_WRONLY | O_APPEND, true, false},
+    {"a+b", O_RDWR | O_APPEND, true, false},
+    {"ab+", O_RDWR | O_APPEND, true, false},
+};
+
+const Mode *Find_Mode(const char *text) {
+    for (const Mode &mode : Modes) {
+        if (text && std::strcmp(mode.text, text) == 0) return &mode;
+    }
+    return nullptr;
+}
+
+// Not waiting for the other end of a pipe, which is refused afterwards.
+FileDescriptor Open_On_Host(const HostPlace &place, int flags) {
+    return FileDescriptor(open(place.host_path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666));
+}
+
+// A name that is not there is looked for once more before it is made, with everybody else shut out.
+long Open_Or_Create(const char *path, const Mode &mode, HostPlace &place, FileDescriptor &file) {
+    if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
+    file = Open_On_Host(place, mode.access);
+    if (!file && errno == ENOENT && mode.creates && !place.means_folder) {
+        const NameLock lock;
+        if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
+        file = Open_On_Host(place, mode.access | O_CREAT);
+    }
+    return file ? NO_ERROR : Error_At(place.host_path, errno);
+}
+
+// A stream is for a plain file, or for a device that takes and gives bytes.
+long Prepare(int descriptor, const Mode &mode, bool means_folder) {
+    struct stat status;
+    if (fstat(descriptor, &status) != 0) return Error_Of_Errno(errno);
+    const bool plain = S_ISREG(status.st_mode);
+    if (!plain && !S_ISCHR(status.st_mode)) return ERROR_ACCESS_DENIED;
+    if (means_folder) return ERROR_INVALID_NAME;
+    if (plain && (mode.access & O_ACCMODE) != O_RDONLY && Is_Read_Only(status.st_mode))
+        return ERROR_ACCESS_DENIED;
+    const int flags = fcntl(descriptor, F_GETFL);
+    if (flags < 0 || fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) != 0) return Error_Of_Errno(errno);
+    if (plain) Mark_As_Open(descriptor);
+    if (plain && mode.empties && ftruncate(descriptor, 0) != 0) return Error_Of_Errno(errno);
+    return NO_ERROR;
+}
+
+long Open_Stream(const char *path, const Mode *mode, FILE *&stream) {
+    if (!mode) return ERROR_INVALID_PARAMETER;
+    HostPlace place;
+    FileDescriptor file;
+    if (const long error = Open_Or_Create(path, *mode, place, file); error != NO_ERROR) return error;
+    if (const long error = Prepare(file.Get(), *mode, place.means_folder); error != NO_ERROR) return error;
+    stream = fdopen(file.Get(), mode->text);
+    if (!stream) return Error_Of_Errno(errno);
+    file.Give();
+    return NO_ERROR;
+}
+
+} // namespace
+
+extern "C" {
+
+FILE *Machine_Open_Stream(const char *path, const char *mode) {
+    FILE *stream = nullptr;
+    return Succeed_Or_Set_Errno(Open_Stream(path, Find_Mode(mode), stream)) ? stream : nullptr;
+}
+}

@@ -1,0 +1,181 @@
+#include <tests/platform/file_verbs.h>
+#include <tests/support/second_process.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using Streams = FileTest;
+using Renaming = FileTest;
+
+// What the call set errno to, 0 when it gave a stream, which is closed again.
+int Errno_Of_Opening(const char *path, const char *mode) {
+    errno = 0;
+    FILE *stream = Machine_Open_Stream(path, mode);
+    if (stream) fclose(stream);
+    return stream ? 0 : errno;
+}
+
+int Errno_Of(int result) {
+    return result == 0 ? 0 : errno;
+}
+
+TEST_F(Streams, OpenAsTheirModesSay) {
+    machine.Write("drive_c/Sub/File", "12345");
+    for (const char *mode : {"rb", "r+b", "rb+", "ab", "a+b", "ab+"}) {
+        EXPECT_EQ(Errno_Of_Opening("c:\\\\SUB\\file", mode), 0) << mode;
+        EXPECT_EQ(machine.Read("drive_c/Sub/File"), "12345") << mode;
+    }
+    FILE *stream = Machine_Open_Stream("sub\\FILE", "a+b");
+    EXPECT_EQ(fgetc(stream), '1');
+    rewind(stream);
+    EXPECT_EQ(fwrite("6", 1, 1, stream), 1u) << "at the end, wherever it stands";
+    EXPECT_NE(fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC, 0);
+    EXPECT_EQ(fcntl(fileno(stream), F_GETFL) & O_NONBLOCK, 0);
+    fclose(stream);
+    EXPECT_EQ(machine.Read("drive_c/Sub/File"), "123456");
+    for (const char *mode : {"wb", "w+b", "wb+", "ab", "a+b"}) {
+        EXPECT_EQ(Errno_Of_Opening("sub\\FILE", mode), 0) << mode;
+        EXPECT_EQ(Errno_Of_Opening((std::string("sub\\new ") + mode).c_str(), mode), 0) << mode;
+    }
+    EXPECT_EQ(machine.Read("drive_c/Sub/File"), "");
+    EXPECT_EQ(Found("sub\\*"), ". .. File new a+b new ab new w+b new wb new wb+") << "no second spelling";
+}
+
+TEST_F(Streams, AreRefusedWithTheirReasonAndNothingIsTouched) {
+    machine.Write("drive_c/file", "12345");
+    machine.Write("drive_c/protected", "12345");
+    Write_Protect("drive_c/protected");
+    std::filesystem::create_directory(On("drive_c/folder"));
+    ASSERT_EQ(mkfifo(On("drive_c/pipe").c_str(), 0600), 0);
+    struct Refused {
+        int error;
+        long last_error;
+        std::vector<const char *> modes, paths;
+    };
+    const std::vector<const char *> writing = {"wb", "ab", "r+b"}, all = {"rb", "wb", "ab"};
+    for (const auto &[error, last_error, modes, paths] : std::vector<Refused>{
+             {ENOENT, ERROR_FILE_NOT_FOUND, {"rb", "r+b"}, {"none"}},
+             {ENOENT, ERROR_FILE_NOT_FOUND, all, {"new\\"}},
+             {ENOENT, ERROR_PATH_NOT_FOUND, all, {"no\\where", "file\\x", "", nullptr}},
+             {EINVAL, ERROR_INVALID_NAME, all, {"file\\", "a?b"}},
+             {EACCES, ERROR_ACCESS_DENIED, all, {"folder", "c:\\", "pipe"}},
+             {EACCES, ERROR_ACCESS_DENIED, writing, {"protected"}},
+             {EINVAL, ERROR_INVALID_PARAMETER, {"w", "xb", "", nullptr}, {"file", "none"}}}) {
+        for (const char *path : paths) {
+            for (const char *mode : modes) {
+                EXPECT_EQ(Errno_Of_Opening(path, mode), error)
+                    << (path ? path : "null") << " " << (mode ? mode : "null");
+                EXPECT_EQ(GetLastError(), static_cast<DWORD>(last_error))
+                    << (path ? path : "null") << " " << (mode ? mode : "null");
+            }
+        }
+    }
+    EXPECT_EQ(Errno_Of_Opening("protected", "rb"), 0);
+    EXPECT_EQ(Errno_Of_Opening(std::string(300, 'n').c_str(), "wb"), ENOENT);
+    EXPECT_EQ(machine.Read("drive_c/file") + machine.Read("drive_c/protected"), "1234512345");
+    EXPECT_EQ(Found("*"), "file folder pipe protected");
+}
+
+SECOND_PROCESS(file_holder) {
+    FILE *stream = Machine_Open_Stream("c:\\file", "rb");
+    process.Tell(stream ? "open" : "not open");
+    while (!process.Hear().empty()) {
+    }
+    return 0;
+}
+
+TEST_F(Streams, KeepTheirFileFromBeingDeletedByAnyProcess) {
+    machine.Write("drive_c/file", "x");
+    SecondProcess holder("file_holder");
+    ASSERT_EQ(holder.Hear(), "open");
+    EXPECT_EQ(Errno_Of(Machine_Remove("file")), EACCES);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+    EXPECT_EQ(Errno_Of(Machine_Rename("file", "other")), EACCES);
+    EXPECT_EQ(Errno_Of_Opening("FILE", "r+b"), 0) << "others may open it";
+    holder.Kill();
+    holder.Wait();
+    EXPECT_EQ(Errno_Of(Machine_Remove("file")), 0);
+    EXPECT_EQ(Errno_Of(Machine_Remove("file")), ENOENT);
+    EXPECT_EQ(Errno_Of(Machine_Remove("c:\\")), EACCES);
+    EXPECT_EQ(Errno_Of(Machine_Remove(nullptr)), ENOENT);
+}
+
+TEST_F(Renaming, FailsWhenTheTargetIsThere) {
+    machine.Write("drive_c/from", "from");
+    machine.Write("drive_c/To", "to");
+    std::filesystem::create_directory(On("drive_c/folder"));
+    std::filesystem::create_symlink("nowhere", On("drive_c/link"));
+    for (const char *taken : {"To", "c:\\TO", "folder", "link", "FOLDER"}) {
+        EXPECT_EQ(Errno_Of(Machine_Rename("from", taken)), EEXIST) << taken;
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+        EXPECT_EQ(Errno_Of(Machine_Rename("folder", "to")), EEXIST);
+    }
+    EXPECT_EQ(Errno_Of(Machine_Rename("none", "new")), ENOENT);
+    EXPECT_EQ(Errno_Of(Machine_Rename("from", "no\\where")), ENOENT);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
+    EXPECT_EQ(Errno_Of(Machine_Rename("from", "a*")), EINVAL);
+    EXPECT_EQ(Errno_Of(Machine_Rename("from", "new\\")), EINVAL);
+    EXPECT_EQ(Errno_Of(Machine_Rename("c:\\", "new")), EACCES);
+    EXPECT_EQ(Errno_Of(Machine_Rename("folder", "folder\\inside")), EACCES);
+    EXPECT_EQ(Errno_Of(Machine_Rename("", nullptr)), ENOENT);
+    EXPECT_EQ(Found("*"), "folder from link To");
+    EXPECT_EQ(machine.Read("drive_c/from") + machine.Read("drive_c/To"), "fromto");
+}
+
+TEST_F(Renaming, MovesFilesFoldersAndLetterCase) {
+    machine.Write("drive_c/from", "from");
+    machine.Write("drive_c/folder/x", "x");
+    Write_Protect("drive_c/from");
+    EXPECT_EQ(Errno_Of(Machine_Rename("FROM", "folder\\To")), 0);
+    EXPECT_EQ(machine.Read("drive_c/folder/To"), "from");
+    EXPECT_EQ(Errno_Of(Machine_Rename("folder", "Other")), 0);
+    EXPECT_EQ(Errno_Of(Machine_Rename("OTHER\\to", "other\\TO")), 0);
+    EXPECT_EQ(Errno_Of(Machine_Rename("other\\TO", "other\\TO")), 0);
+    EXPECT_EQ(Found("Other\\*"), ". .. TO x");
+    EXPECT_EQ(Found("*"), "Other");
+    machine.Write("drive_d/x", "x");
+    EXPECT_EQ(Errno_Of(Machine_Rename("other\\x", "d:\\X")), EEXIST);
+    EXPECT_EQ(Errno_Of(Machine_Rename("other\\x", "d:\\y")), 0) << "both drives are one disk of the host";
+    EXPECT_EQ(Found("other\\*") + Found("d:\\*"), ". .. TOx y");
+    machine.Write("drive_c/apart", "x");
+    if (access("/dev/shm", W_OK) != 0) return;
+    EXPECT_EQ(Errno_Of(Machine_Rename("apart", "z:\\dev\\shm\\kelmara-test-apart")), EXDEV);
+    EXPECT_EQ(machine.Read("drive_c/apart"), "x");
+}
+
+// Makes names in three letter cases as fast as it can, and says how often it was the one who did.
+SECOND_PROCESS(name_maker) {
+    const std::string spelling = process.Arguments().at(0);
+    int made = 0;
+    for (int i = 0; i < 200; ++i) {
+        const std::string number = std::to_string(i);
+        made += CreateDirectoryA(("c:\\" + spelling + number).c_str(), nullptr);
+        if (FILE *stream = Machine_Open_Stream(("c:\\x" + spelling + number).c_str(), "ab")) fclose(stream);
+        const std::string mine = "c:\\work " + spelling + number;
+        if (FILE *stream = Machine_Open_Stream(mine.c_str(), "wb")) fclose(stream);
+        made += Machine_Rename(mine.c_str(), ("c:\\y" + spelling + number).c_str()) == 0;
+    }
+    process.Tell(std::to_string(made));
+    return 0;
+}
+
+TEST_F(Renaming, AndMakingNeverLeaveASecondSpelling) {
+    std::vector<std::unique_ptr<SecondProcess>> makers;
+    for (const char *spelling : {"name", "NAME", "Name"}) {
+        makers.push_back(std::make_unique<SecondProcess>("name_maker", std::vector<std::string>{spelling}));
+    }
+    int made = 0;
+    for (const auto &maker : makers) made += std::stoi(maker->Hear());
+    EXPECT_EQ(made, 400) << "each name was made once";
+    for (const char *pattern : {"name*", "xname*", "yname*"}) {
+        const std::string names = Found(pattern);
+        EXPECT_EQ(std::count(names.begin(), names.end(), ' '), 199) << pattern;
+    }
+}
+
+} // namespace
