@@ -78,9 +78,9 @@ class KELMARA_API CRegMaster : public CAutoDeleteableObject {
     }
     bool DeleteRegEntry(const char *name);
 
-    /// Adds 1 to a number and gives the new one; 0 on failure, and where it wraps. What is missing, has another
-    /// type or more than 4 bytes counts as 0 and becomes a REG_DWORD. Neither this nor DecrDword is atomic or
-    /// waits for the disk.
+    /// Adds 1 to a number and gives the new one; 0 on failure, and where it wraps. What is missing, has
+    /// another type or more than 4 bytes counts as 0 and becomes a REG_DWORD. Neither this nor DecrDword is
+    /// atomic or waits for the disk.
     unsigned long IncrDword(const char *name);
     /// Takes 1 from a REG_DWORD, read as a number without sign, and gives the new one; 0 stays 0. -1 on
     /// failure, and nothing is written for what is missing or has another type.
