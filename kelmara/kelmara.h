@@ -15,3 +15,5 @@
 #include <kelmara/foundation/token_string.h>
 #include <kelmara/shared_state/atom_table.h>
 #include <kelmara/shared_state/mutex_holder.h>
+#include <kelmara/suite/folders.h>
+#include <kelmara/system/reg_master.h>
