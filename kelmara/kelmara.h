@@ -1,6 +1,10 @@
 #pragma once
 // Everything that the library exports.
 
+#include <kelmara/containers/iterator.h>
+#include <kelmara/containers/list.h>
+#include <kelmara/containers/list_interface.h>
+#include <kelmara/containers/list_item.h>
 #include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>

@@ -2,6 +2,7 @@
 // sets up, and the exit routine that takes it back. Exit routines run in the reverse order, so the memory
 // binding goes first; a later release binds it anew. Nothing here allocates, prints or can fail.
 
+#include <kelmara/containers/list_item_pool.h>
 #include <kelmara/foundation/memory_binding.h>
 
 #include <platform/types.h>
@@ -11,6 +12,7 @@
 namespace {
 
 [[gnu::constructor]] void Initialize_Library() {
+    (void)std::atexit(ListItemPool::Release);
     // Always the last line. An exit routine that finds no room is one that does not run; the process ends all
     // the same.
     (void)std::atexit(Release_Memory_Library);

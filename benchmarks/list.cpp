@@ -1,0 +1,101 @@
+// What the list's pool of items saves: filled, drained and used as a stack, beside the C++ library's list on
+// its heap and, where Boost is at hand, on the fastest of Boost's pools.
+
+#include <benchmarks/measure.h>
+
+#include <kelmara/kelmara.h>
+
+#include <list>
+#include <vector>
+
+#if __has_include(<boost/pool/pool_alloc.hpp>)
+#include <boost/pool/pool_alloc.hpp>
+#define HAS_BOOST 1
+#endif
+
+namespace {
+
+constexpr long Entries = 100000;
+constexpr long Depth = 100;
+constexpr long Lists = 1000;
+
+void *Value(long number) {
+    return reinterpret_cast<void *>(number);
+}
+
+struct OurList {
+    CDSList list;
+    void Append(void *value) { list.Add(value, 0); }
+    void Push(void *value) { list.Push(value, 0); }
+    void *Pop() { return list.Pop(0); }
+};
+
+template <class Allocator>
+struct PeerList {
+    std::list<void *, Allocator> list;
+    void Append(void *value) { list.push_back(value); }
+    void Push(void *value) { list.push_front(value); }
+    void *Pop() {
+        void *value = list.front();
+        list.pop_front();
+        return value;
+    }
+};
+
+using HeapList = PeerList<std::allocator<void *>>;
+
+template <class List>
+void Fill_And_Drain(List &list) {
+    for (long number = 0; number < Entries; ++number) list.Append(Value(number));
+    for (long number = 0; number < Entries; ++number) measure::Keep(list.Pop());
+}
+
+template <class List>
+void Push_And_Pop(List &list) {
+    list.Push(measure::Hidden(Value(7)));
+    measure::Keep(list.Pop());
+}
+
+// Items that lie beside one another belong to different lists, so each goes back to another block.
+template <class List>
+void Spread_And_Drain(std::vector<List> &lists) {
+    for (long number = 0; number < Entries; ++number) lists[number % Lists].Append(Value(number));
+    for (List &list : lists) {
+        for (long number = 0; number < Entries / Lists; ++number) measure::Keep(list.Pop());
+    }
+}
+
+template <class Peer>
+void Measure_Beside(const char *title, double limit, double spread_limit) {
+    measure::Heading(title);
+    OurList ours;
+    Peer peer;
+    measure::Compare(
+        "fill and drain 100,000 entries", [&] { Fill_And_Drain(ours); }, [&] { Fill_And_Drain(peer); },
+        limit);
+    for (long number = 0; number < Depth; ++number) {
+        ours.Push(Value(number));
+        peer.Push(Value(number));
+    }
+    measure::Compare(
+        "push and pop at a depth of 100", [&] { Push_And_Pop(ours); }, [&] { Push_And_Pop(peer); }, limit);
+
+    std::vector<OurList> our_lists(Lists);
+    std::vector<Peer> peer_lists(Lists);
+    measure::Compare(
+        "the same entries over 1,000 lists, then drain each", [&] { Spread_And_Drain(our_lists); },
+        [&] { Spread_And_Drain(peer_lists); }, spread_limit);
+}
+
+} // namespace
+
+int main() {
+    measure::Use_Plain_Memory();
+    Measure_Beside<HeapList>("list (peer: std::list)", 1.0 / 3, 1.0);
+#if HAS_BOOST
+    using BoostPool = boost::fast_pool_allocator<void *, boost::default_user_allocator_new_delete,
+                                                 boost::details::pool::null_mutex>;
+    Measure_Beside<PeerList<BoostPool>>("list (peer: std::list with Boost's fast_pool_allocator)", 1.0, 2.0);
+#endif
+    return 0;
+}

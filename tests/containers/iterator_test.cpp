@@ -1,0 +1,127 @@
+#include <tests/containers/list_fixture.h>
+
+namespace {
+
+using Iterators = Lists;
+
+TEST_F(Iterators, DeliverNullsAndEndByMore) {
+    CDSList list;
+    for (int number : {0, 7, 0}) list.Add(number, 0);
+    EXPECT_EQ(Content(list), "0 7 0");
+    CIterator walk;
+    EXPECT_EQ(walk.Current(), nullptr);
+    EXPECT_FALSE(walk.More());
+    EXPECT_EQ(walk.Next(), nullptr);
+    EXPECT_EQ(walk.Previous(), nullptr);
+    walk.Reset();
+    walk.Delete_Current();
+
+    EXPECT_EQ(walk.Iterate(&list, Value(7)), Value(7));
+    EXPECT_EQ(walk.Current(), Value(7));
+    EXPECT_EQ(walk.Iterate(&list, Value(8)), nullptr);
+    EXPECT_FALSE(walk.More());
+    list.Push(6, 0);
+    walk.Reset();
+    EXPECT_EQ(walk.Next(), Value(6));
+    EXPECT_EQ(walk.Reset_To(Value(6)), Value(6));
+    EXPECT_EQ(walk.Reset_To(Value(7)), nullptr) << "a null ends that search";
+
+    CDSList empty;
+    for (CDSList *nothing : {&empty, static_cast<CDSList *>(nullptr)}) {
+        EXPECT_EQ(walk.Iterate(nothing), nullptr);
+        EXPECT_FALSE(walk.More());
+        EXPECT_EQ(walk.Iterate(nothing, Value(6)), nullptr);
+        EXPECT_EQ(walk.Iterate(nothing, static_cast<short>(0)), nullptr);
+        EXPECT_EQ(walk.Previous(), nullptr);
+        walk.Delete_Current();
+    }
+}
+
+TEST_F(Iterators, StartAtAnIndex) {
+    OddList list;
+    Add_Numbers(list, 1, 3);
+    CIterator walk;
+    for (short index : {0, 1, 2}) {
+        EXPECT_EQ(walk.Iterate(&list, index), list.GetListItem(index));
+        EXPECT_EQ(walk.Next(), Value(index + 1));
+        EXPECT_TRUE(walk.More());
+    }
+    for (short index : {3, 32767}) {
+        EXPECT_EQ(walk.Iterate(&list, index), nullptr);
+        EXPECT_EQ(walk.Next(), nullptr);
+        EXPECT_FALSE(walk.More());
+    }
+    EXPECT_EQ(walk.Iterate(&list, static_cast<short>(-1)), nullptr);
+    EXPECT_EQ(walk.Next(), Value(1));
+}
+
+TEST_F(Iterators, WalkBack) {
+    CDSList list;
+    Add_Numbers(list, 1, 3);
+    CIterator walk;
+    for (walk.Iterate(&list); walk.More(); walk.Next()) {
+    }
+    for (long value : {3L, 2L, 1L}) EXPECT_EQ(walk.Previous(), Value(value)) << "from past the end";
+    EXPECT_EQ(walk.Previous(), nullptr);
+    EXPECT_EQ(walk.Previous(), nullptr);
+
+    walk.Iterate(&list);
+    EXPECT_EQ(walk.Previous(), nullptr) << "in front of the first";
+    EXPECT_EQ(walk.Next(), Value(1));
+    EXPECT_EQ(walk.Next(), Value(2));
+    const CIterator copy = walk;
+    EXPECT_EQ(walk.Next(), Value(3));
+    EXPECT_EQ(walk.Previous(), Value(3)) << "on the last entry once more";
+    EXPECT_EQ(walk.Previous(), Value(2));
+    EXPECT_EQ(CIterator(copy).Next(), Value(3)) << "a copy walks by itself";
+}
+
+// Walks over 1 2 3 4 and deletes each entry whose bit is set, `times` times over.
+std::string Visited(CDSList &list, unsigned bits, int times) {
+    std::string visited;
+    CIterator walk;
+    for (void *value = walk.Iterate(&list); walk.More(); value = walk.Next()) {
+        const long number = reinterpret_cast<long>(value);
+        visited += std::to_string(number);
+        for (int time = 0; time < times && (bits >> (number - 1) & 1); ++time) walk.Delete_Current();
+    }
+    return visited;
+}
+
+TEST_F(Iterators, DeleteOnTheWay) {
+    for (unsigned bits = 0; bits < 16; ++bits) {
+        CDSList list;
+        Add_Numbers(list, 1, 4);
+        EXPECT_EQ(Visited(list, bits, 1), "1234") << bits;
+        std::string left;
+        for (int number = 1; number <= 4; ++number) {
+            if (!(bits >> (number - 1) & 1)) left += (left.empty() ? "" : " ") + std::to_string(number);
+        }
+        EXPECT_EQ(Content(list), left);
+        list.Add(9, 0);
+        EXPECT_EQ(Content(list), left + (left.empty() ? "9" : " 9"));
+    }
+    CDSList list;
+    Add_Numbers(list, 1, 4);
+    EXPECT_EQ(Visited(list, 0b0100, 2), "1234") << "the second deletion takes the entry in front";
+    EXPECT_EQ(Content(list), "1 4");
+    EXPECT_EQ(Visited(list, 0b0001, 5), "14") << "and there is nothing in front of the first";
+    EXPECT_EQ(Content(list), "4");
+}
+
+TEST_F(Iterators, DeleteRightAfterReset) {
+    CDSList list;
+    Add_Numbers(list, 1, 4);
+    CIterator walk;
+    walk.Iterate(&list, Value(3));
+    walk.Reset();
+    EXPECT_EQ(walk.Current(), Value(3));
+    walk.Delete_Current();
+    std::string visited;
+    for (void *value = walk.Next(); walk.More(); value = walk.Next()) {
+        visited += std::to_string(reinterpret_cast<long>(value));
+    }
+    EXPECT_EQ(visited, "124");
+}
+
+} // namespace
