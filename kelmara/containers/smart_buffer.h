@@ -69,10 +69,11 @@ class KELMARA_API CSmartBuffer : public CAutoDeleteableObject {
     long Read(void *target, long size, bool advance);
 
     /// Replaces the first `find` of the data, or each, going on behind the replacement. The cursor is then
-    /// behind the last replacement, or at the start when there was none. Always 0. In one pass. An empty
-    /// `find` stands once, at the start; null finds nothing. Where memory for growth runs out, each `find`
-    /// whose replacement does not fit into the block goes all the same; where there is none to copy a `find`
-    /// or `replacement` that lies in the own block, nothing is replaced.
+    /// behind the last replacement, or at the start when there was none. Always 0. The data are moved once or
+    /// twice, however much there is to replace. An empty `find` stands once, at the start; null finds
+    /// nothing. Where memory for growth runs out, each `find` whose replacement does not fit into the block
+    /// goes all the same; where there is none to copy a `find` or `replacement` that lies in the own block,
+    /// nothing is replaced.
     long Search_And_Replace(const char *find, const char *replacement, bool replace_all);
 
     /// Writes all data to the file, what the file answers; 1006 for null. The cursor stays. For no data that

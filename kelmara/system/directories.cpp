@@ -81,8 +81,6 @@ void Create_Levels(char (&existing)[Path_Size], const char *missing) {
 
 // --- deleting ---------------------------------------------------------------------------------------------
 
-int Clear_Current_Directory();
-
 class FileSearch {
   public:
     explicit FileSearch(const char *pattern) : m_Handle(FindFirstFileA(pattern, &m_Entry)) {}

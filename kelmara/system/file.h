@@ -5,7 +5,7 @@
 //
 //     CKMFile file;
 //     if (file.Open_With_Rollback(path) != 0) return;
-//     if (file.Write(content, size, false) != 0) return file.Rollback();
+//     if (file.Write(content, size, false) != 0) file.Rollback();
 //     file.Close();                                      // 52 when somebody has made `path` meanwhile
 //
 // Every operation answers with a status and none throws. The operations that open close what the object has
