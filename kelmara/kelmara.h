@@ -5,6 +5,7 @@
 #include <kelmara/containers/list.h>
 #include <kelmara/containers/list_interface.h>
 #include <kelmara/containers/list_item.h>
+#include <kelmara/containers/smart_buffer.h>
 #include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>
@@ -16,4 +17,7 @@
 #include <kelmara/shared_state/atom_table.h>
 #include <kelmara/shared_state/mutex_holder.h>
 #include <kelmara/suite/folders.h>
+#include <kelmara/system/directories.h>
+#include <kelmara/system/file.h>
+#include <kelmara/system/os_helpers.h>
 #include <kelmara/system/reg_master.h>

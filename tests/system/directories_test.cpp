@@ -1,0 +1,203 @@
+#include <tests/platform/file_verbs.h>
+#include <tests/support/host_permissions.h>
+
+#include <kelmara/system/directories.h>
+
+#include <fstream>
+
+namespace {
+
+class Directories : public FileTest {
+  protected:
+    static std::string Here() {
+        char path[MAX_PATH] = {};
+        GetCurrentDirectoryA(sizeof path, path);
+        return path;
+    }
+    void Put(const std::string &name) { machine.Write("drive_c/" + name, "x"); }
+    static std::string Tidied(std::string path) {
+        MakeRealFilePath(path.data());
+        return path.c_str();
+    }
+    /// So many levels named d below drive c.
+    static std::string Levels(int count, const std::string &start = "c:") {
+        std::string path = start;
+        for (; count > 0; --count) path += "\\d";
+        return path;
+    }
+    /// A folder below drive c of a full path that long, with a file in it, made by the host.
+    std::string Make_Long(std::size_t length) {
+        std::string path = "c:", host = On("drive_c");
+        while (path.size() < length) {
+            const std::size_t rest = length - path.size() - 1;
+            const std::string name(rest > 101 ? 100 : rest, 'n');
+            path += "\\" + name;
+            host += "/" + name;
+            std::filesystem::create_directory(host);
+        }
+        std::ofstream(host + "/f") << "x";
+        return path;
+    }
+};
+
+TEST_F(Directories, HaveTidyPaths) {
+    const char *const rows[][2] = {
+        {"", ""},         {"c:\\a\\b", "c:\\a\\b"}, {"c:\\\\a", "c:\\a"},     {"\\\\a", "\\a"},
+        {"a\\\\", "a\\"}, {"a\\\\\\b", "a\\\\b"},   {"a\\\\\\\\b", "a\\\\b"}, {"\\\\a\\\\b\\", "\\a\\b\\"}};
+    for (const auto &[path, tidy] : rows) EXPECT_EQ(Tidied(path), tidy) << path;
+}
+
+TEST_F(Directories, AreCreatedWithEveryMissingLevel) {
+    Put("file");
+    Create("there");
+    Go_To("there");
+    for (const char *path :
+         {"c:\\a\\b\\c", "C:\\A\\b\\d\\", "\\e\\f", "g\\h", "..\\i", "c:\\there", "j\\\\k", "c:\\"})
+        DirCreate(path);
+    EXPECT_EQ(Here(), "C:\\there");
+    for (const char *made : {"a/b/c", "a/b/d", "e/f", "there/g/h", "i", "there/j/k"})
+        EXPECT_TRUE(Is_There(std::string("drive_c/") + made)) << made;
+    DirCreate("g\\new\\new"); // below a level of a relative path that is there
+    EXPECT_TRUE(Is_There("drive_c/there/g/new/new"));
+
+    const std::string before = Found("c:\\*") + Found("*");
+    for (const char *path : {"", "\\", "q:\\x\\y", "q:", "c:\\file\\x", "c:\\a?b\\c"}) DirCreate(path);
+    DirCreate(nullptr);
+    for (const std::size_t length : {254u, 255u, 256u, 300u, 3000u})
+        DirCreate(("c:\\" + std::string(length - 3, 'l')).c_str());
+    EXPECT_EQ(Found("c:\\*") + Found("*"), before);
+    EXPECT_EQ(Here(), "C:\\there");
+    DirCreate(Levels(100).c_str());
+    EXPECT_EQ(Go_To(Levels(100)), 0);
+}
+
+TEST_F(Directories, AreClearedAndStay) {
+    for (const char *name : {"tree/a/b/c/file", "tree/a/file", "tree/file", "tree/.hidden", "beside/file"})
+        Put(name);
+    std::filesystem::create_directory_symlink(On("drive_c/beside"), On("drive_c/tree/a/link"));
+    std::filesystem::create_symlink(On("drive_c/beside/file"), On("drive_c/tree/file link"));
+    Create("empty");
+    EXPECT_EQ(ClearDir("c:\\tree"), 0);
+    EXPECT_EQ(Here(), "C:\\tree");
+    EXPECT_EQ(Found("*"), ". ..");
+    EXPECT_TRUE(Is_There("drive_c/beside/file")) << "what links lead to is not in the tree";
+    EXPECT_EQ(ClearDir("..\\empty\\"), 0);
+
+    for (const char *path : {"", "c:\\none", "c:\\beside\\file", "q:\\"})
+        EXPECT_EQ(ClearDir(path), -1) << path;
+    EXPECT_EQ(ClearDir(nullptr), -1);
+    EXPECT_EQ(Here(), "C:\\empty");
+    Put("empty/sub/sub/file");
+    Go_To("sub");
+    EXPECT_EQ(ClearDir("sub"), 0) << "relative";
+    EXPECT_EQ(Found("c:\\empty\\sub\\*"), ". .. sub");
+    EXPECT_EQ(ClearDir(".."), 0);
+    EXPECT_EQ(Found("c:\\empty\\*") + Found("c:\\*"), ". .. subbeside empty tree")
+        << "no more than was asked";
+}
+
+TEST_F(Directories, AreDestroyedWithAllThatIsInThem) {
+    DirCreate(Levels(60, "c:\\tree").c_str());
+    Put("tree/d/d/d/file");
+    Put("tree/file");
+    Put("other/tree/file");
+    EXPECT_EQ(DirDestroyAll("tree"), 0);
+    EXPECT_EQ(DirDestroyAll("c:\\other\\tree\\"), 0);
+    EXPECT_EQ(Found("*") + Found("other\\*"), "other. ..");
+    Put("other/file");
+    for (const char *path : {"none", "", "other\\file", "q:\\"}) EXPECT_EQ(DirDestroyAll(path), -1) << path;
+    EXPECT_EQ(DirDestroyAll(nullptr), -1);
+    EXPECT_EQ(Here(), "C:\\");
+    Create("other\\sub");
+    Create("other\\sub\\sub");
+    Go_To("other\\sub\\sub");
+    EXPECT_EQ(DirDestroyAll(".."), -1) << "the current directory is in it";
+    EXPECT_EQ(Found("c:\\other\\*"), ". .. file sub") << "and nothing above it is touched";
+}
+
+TEST_F(Directories, StopAtTheFirstFailure) {
+    for (const char *name : {"tree/a", "tree/b/inner", "tree/c"}) Put(name);
+    Write_Protect("drive_c/tree/b/inner");
+    EXPECT_EQ(DirDestroyAll("c:\\tree"), -1);
+    EXPECT_EQ(Found("tree\\*") + Found("tree\\b\\*"), ". .. b c. .. inner");
+    EXPECT_EQ(Here(), "C:\\");
+    EXPECT_TRUE(SetFileAttributesA("tree\\b\\inner", FILE_ATTRIBUTE_NORMAL));
+
+    const HostPermissions permissions;
+    std::filesystem::permissions(On("drive_c/tree/b"), std::filesystem::perms::none);
+    EXPECT_EQ(ClearDir("c:\\tree\\b"), -1) << "cannot be entered";
+    EXPECT_EQ(DirDestroyAll("c:\\tree"), -1);
+    EXPECT_EQ(Here(), "C:\\");
+    std::filesystem::permissions(On("drive_c/tree/b"), std::filesystem::perms::owner_all);
+    EXPECT_EQ(Found("tree\\*") + Found("tree\\b\\*"), ". .. b c. .. inner");
+    EXPECT_EQ(DirDestroyAll("c:\\tree"), 0);
+}
+
+// The folder's path with its separator has room for 255 characters, and so has the path of what is in it.
+TEST_F(Directories, RefuseWhatDoesNotFit) {
+    for (const std::size_t length : {250u, 253u, 254u, 255u, 256u, 257u, 300u}) {
+        const std::string path = Make_Long(length);
+        const bool fits = length + 2 <= 255;
+        EXPECT_EQ(DirDestroyAll(path.c_str()), fits ? 0 : -1) << length;
+        EXPECT_EQ(Here(), "C:\\");
+        Go_To(path.substr(0, 103));
+        EXPECT_EQ(ClearDir(path.substr(104).c_str()), -1) << length << ", relative";
+        Go_To("c:\\");
+        EXPECT_EQ(DirDestroyAll(path.substr(0, 103).c_str()), fits ? 0 : -1) << length;
+        std::filesystem::remove_all(On("drive_c"));
+        std::filesystem::create_directory(On("drive_c"));
+        std::filesystem::current_path(On("drive_c"));
+    }
+}
+
+TEST_F(Directories, AreKnownByNumber) {
+    const std::string windows = "C:\\WINDOWS", system = "C:\\WINDOWS\\system32";
+    const std::pair<long, std::string> rows[] = {{10, windows},
+                                                 {25, windows},
+                                                 {11, system},
+                                                 {12, system},
+                                                 {17, windows + "\\INF\\"},
+                                                 {18, windows + "\\HELP\\"},
+                                                 {20, windows + "\\FONTS\\"},
+                                                 {21, system + "\\Viewers\\"},
+                                                 {24, "c:\\"},
+                                                 {30, "c:\\"},
+                                                 {-1, "as it was"},
+                                                 {65535, "as it was"}};
+    for (const auto &[id, expected] : rows) {
+        char path[270] = "as it was";
+        EXPECT_EQ(Get_Path_From_Directory_ID(id, path), 0) << id;
+        EXPECT_EQ(path, expected) << id;
+    }
+    for (const long id : {0L, 13L, 16L, 31L, -2L, 65536L}) {
+        char path[270] = "as it was";
+        EXPECT_EQ(Get_Path_From_Directory_ID(id, path), 267) << id;
+        EXPECT_STREQ(path, "as it was");
+    }
+}
+
+TEST_F(Directories, AreOnDisksWithFreeSpaceAndKinds) {
+    const auto free = [&](const char *bytes, unsigned long wanted) {
+        Override_Machine_Setting("drive_c_free", bytes);
+        return Check_Free_Disk_Space(wanted);
+    };
+    EXPECT_TRUE(free("5000", 5000) && free("0", 0) && free("4294967296", 0xFFFFFFFF));
+    EXPECT_TRUE(free("9000000000", 0xFFFFFFFF));
+    EXPECT_FALSE(free("5000", 5001) || free("4294967294", 0xFFFFFFFF));
+    Override_Machine_Setting("windows", "95");
+    EXPECT_TRUE(free("1048576", 1048576) && free("0", 0));
+    EXPECT_FALSE(free("1048576", 1048577) || free("9000000000", 0xFFFFFFFF));
+    Override_Machine_Setting("windows", nullptr);
+    Override_Machine_Setting("drive_c_free", nullptr);
+
+    char root[4] = "x";
+    Find_CDROM(root);
+    EXPECT_STREQ(root, "");
+    machine.Set("drive_d", "remote");
+    machine.Set("drive_f", "cdrom");
+    machine.Set("drive_e", "cdrom");
+    Find_CDROM(root);
+    EXPECT_EQ(std::string(root), "E:\\");
+}
+
+} // namespace
