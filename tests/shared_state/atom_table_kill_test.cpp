@@ -1,6 +1,7 @@
 // A process killed at any instruction of a change leaves the table as it was before or as it is after.
 
 #include <tests/shared_state/raw_atom_table.h>
+#include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
 
 #include <chrono>
@@ -119,6 +120,23 @@ TEST_F(KilledAtomUsers, GiveUpTheLockAThousandTimesInARow) {
         ASSERT_TRUE(Ids() == "123" || Ids() == "1239") << Ids();
         raw->Expect_Whole();
         if (HasFatalFailure()) return;
+    }
+}
+
+SECOND_PROCESS(atom_churner) {
+    CAtomTable table;
+    if (table.Initialize(Table_Name) != 0) return 1;
+    for (process.Tell("attached");;) New(table, 9), table.Delete_Atom(1, 9);
+}
+
+TEST_F(KilledAtomUsers, GiveUpTheLockOfATableThatTheyAttachedToThemselves) {
+    for (int kills = 0; kills < 20; ++kills) {
+        SecondProcess churner("atom_churner");
+        ASSERT_EQ(churner.Hear(), "attached");
+        Sleep(static_cast<DWORD>(kills) % 4);
+        churner.Kill();
+        ASSERT_TRUE(Ids() == "123" || Ids() == "1239") << Ids();
+        raw->Expect_Whole();
     }
 }
 

@@ -4,6 +4,7 @@
 #include <reference_suite/programs/road/memory_and_atoms.h>
 #include <reference_suite/programs/road/narrator.h>
 #include <reference_suite/programs/road/neighbour.h>
+#include <reference_suite/programs/road/registry_and_files.h>
 
 #include <reference_suite/installer/install_suite.h>
 
@@ -39,6 +40,8 @@ int Run_As_Neighbour(const std::string &role) {
     prctl(PR_SET_PDEATHSIG, SIGKILL); // it does not outlive the road
     if (role == "answer") return Add_An_Answer();
     if (role == "hold") return Hold_The_Lock();
+    if (role == "setting") return Change_A_Setting();
+    if (role == "save") return Save_And_Stay();
     return 2;
 }
 
@@ -54,6 +57,9 @@ int main(int argc, char **argv) {
     Make_A_Machine(argv[1]);
     Make_First_Allocation();
     Share_Atoms();
+    Find_Folders();
+    Share_Settings();
+    Save_Files();
     std::printf("\nAll as it should be.\n");
     return 0;
 }

@@ -1,0 +1,11 @@
+#pragma once
+// The second stretch: the suite's folders, its registry keys between processes, and files that are saved
+// whole or not at all.
+
+void Find_Folders();
+void Share_Settings();
+void Save_Files();
+
+/// The neighbours of Share_Settings and Save_Files; exit codes.
+int Change_A_Setting();
+int Save_And_Stay();
