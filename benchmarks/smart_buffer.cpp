@@ -50,7 +50,8 @@ void Replace_Marks(const char *what, const std::string &mark, const std::string 
             Keep(buffer);
         },
         MEASURED {
-            const std::string text = source;
+            std::string text;
+            text.append(source);
             Keep(Replaced(text, Hidden(mark.c_str()), mark.size(), "0123456789"));
         },
         1.0);

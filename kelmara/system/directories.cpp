@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr int Path_Size = 256; // bytes, terminator included
+constexpr int Path_Size = 256;                    // bytes, terminator included
+constexpr int Numbered_Path_Size = MAX_PATH + 10; // a directory and its suffix
 constexpr int Failed = -1;
 
 bool Join(char (&out)[Path_Size], const char *front, const char *back) {
@@ -216,8 +217,7 @@ long Get_Path_From_Directory_ID(long id, char *path) {
         if (known.id != id) continue;
         char base[MAX_PATH] = {};
         if (!Get_Base(known.base, base)) break;
-        std::strcpy(path, base);
-        std::strcat(path, known.suffix);
+        std::snprintf(path, Numbered_Path_Size, "%s%s", base, known.suffix);
         return 0;
     }
     return ERROR_DIRECTORY;
@@ -237,7 +237,7 @@ void Find_CDROM(char *root) {
     GetLogicalDriveStringsA(255, roots);
     for (const char *drive = roots; *drive; drive += std::strlen(drive) + 1) {
         if (GetDriveTypeA(drive) != DRIVE_CDROM) continue;
-        std::strcpy(root, drive);
+        std::memcpy(root, drive, std::strlen(drive) + 1);
         return;
     }
 }

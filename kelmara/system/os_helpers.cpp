@@ -123,7 +123,7 @@ void *CWeakAPICall::Load_Call(const char *library, const char *name) {
     if (!library || !name || std::strlen(library) >= sizeof m_Library) return nullptr;
     if (std::strcmp(library, m_Library) != 0) {
         Drop();
-        std::strcpy(m_Library, library);
+        std::memcpy(m_Library, library, std::strlen(library) + 1);
         m_Module = LoadLibraryA(m_Library);
     }
     return m_Module ? reinterpret_cast<void *>(GetProcAddress(m_Module, name)) : nullptr;
