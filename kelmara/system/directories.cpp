@@ -35,6 +35,7 @@ class RememberedDirectory {
     RememberedDirectory() : m_Known(Machine_Get_Directory(m_Path, sizeof m_Path) != nullptr) {}
     bool Is_Known() const { return m_Known; }
     bool Go_Back() const { return Machine_Change_Directory(m_Path) == 0; }
+    const char *Path() const { return m_Path; }
 
   private:
     char m_Path[MAX_PATH] = {};
@@ -135,6 +136,28 @@ int Clear_Current_Directory() {
     return 0;
 }
 
+bool Is_Link(const char *path) {
+    const DWORD attributes = GetFileAttributesA(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+}
+
+bool Lies_In(const char *path, const char *tree) {
+    std::size_t length = std::strlen(tree);
+    if (Ends_In_Backslash(tree)) --length;
+    char front[MAX_PATH] = {}, root[MAX_PATH] = {};
+    if (length >= sizeof front || std::strlen(path) < length) return false;
+    std::memcpy(front, path, length);
+    std::memcpy(root, tree, length);
+    return strcmp_ncs(front, root) == 0 && (path[length] == 0 || path[length] == '\\');
+}
+
+// Nothing is left to come back to from a tree that holds the current directory.
+bool Can_Be_Left(const char *path, const RememberedDirectory &before) {
+    if (Machine_Change_Directory(path) != 0) return false;
+    const RememberedDirectory tree;
+    return before.Go_Back() && tree.Is_Known() && !Lies_In(before.Path(), tree.Path());
+}
+
 // --- directories of Windows, and drives -------------------------------------------------------------------
 
 enum class Base { None, Windows, System };
@@ -205,7 +228,9 @@ int ClearDir(const char *path) {
 
 int DirDestroyAll(const char *path) {
     const RememberedDirectory before;
-    if (!before.Is_Known()) return Failed;
+    if (!before.Is_Known() || !path || !*path) return Failed;
+    if (Is_Link(path)) return Zero_If(RemoveDirectoryA(path));
+    if (!Can_Be_Left(path, before)) return Failed;
     const int result = ClearDir(path);
     if (!before.Go_Back() || result != 0) return Failed;
     return Zero_If(RemoveDirectoryA(path));
@@ -213,11 +238,12 @@ int DirDestroyAll(const char *path) {
 
 long Get_Path_From_Directory_ID(long id, char *path) {
     if (id == -1 || id == 65535) return 0;
+    if (!path) return ERROR_DIRECTORY;
     for (const NumberedDirectory &known : Numbered_Directories) {
         if (known.id != id) continue;
         char base[MAX_PATH] = {};
-        if (!Get_Base(known.base, base)) break;
-        std::snprintf(path, Numbered_Path_Size, "%s%s", base, known.suffix);
+        const bool there = Get_Base(known.base, base);
+        std::snprintf(path, Numbered_Path_Size, "%s%s", there ? base : "", there ? known.suffix : "");
         return 0;
     }
     return ERROR_DIRECTORY;
@@ -232,6 +258,7 @@ bool Check_Free_Disk_Space(unsigned long bytes) {
 }
 
 void Find_CDROM(char *root) {
+    if (!root) return;
     char roots[1024] = {};
     *root = 0;
     GetLogicalDriveStringsA(255, roots);

@@ -14,23 +14,23 @@ KELMARA_API void MakeRealFilePath(char *path);
 
 /// Creates `path`, with or without a backslash at its end, and every missing level above it, outermost first.
 /// A relative path counts from the current directory, which is in the end what it was. Nothing tells whether
-/// it worked. Creates nothing on a drive that is not there.
+/// it worked. Creates nothing on a drive that is not there, nor when the current directory is gone.
 KELMARA_API void DirCreate(const char *path);
 
 /// Deletes what is in `path`, links but not what they lead to, and stays in it: the current directory is
 /// `path` afterwards. 0, or -1 at the first thing that cannot be deleted or entered, or whose path is too
 /// long; the current directory is then where that lies, and the rest stays. -1 with nothing deleted when
-/// `path` cannot be entered.
+/// `path` cannot be entered. A `path` that is itself a link stands for the directory it leads to.
 KELMARA_API int ClearDir(const char *path);
 
-/// ClearDir, and deletes `path` too. The current directory is in the end what it was. 0, or -1; where `path`
-/// cannot be entered, and where there would be no way back, nothing is deleted.
+/// ClearDir, and deletes `path` too; of a link, the link alone. The current directory is in the end what it
+/// was. 0, or -1; where `path` cannot be entered, or is or holds the current directory, nothing is deleted.
 KELMARA_API int DirDestroyAll(const char *path);
 
 /// The directory that INF files know as `id`, in `path`, which has room for 269 characters and a terminator:
 /// 10 and 25 the Windows directory, 11 and 12 the system directory; 17, 18, 20 and 21 "\INF\", "\HELP\",
 /// "\FONTS\" and "\Viewers\" in them; 24 and 30 "c:\"; -1 and 65535 leave `path` alone. 0; for any other
-/// number 267 with `path` untouched.
+/// number 267 with `path` untouched. A directory that the machine cannot tell is an empty text, with 0.
 KELMARA_API long Get_Path_From_Directory_ID(long id, char *path);
 
 /// Whether drive c: has that many bytes free. Where the machine can only tell clusters, the answer is by a

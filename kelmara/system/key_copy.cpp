@@ -69,7 +69,6 @@ LONG Read_Value(HKEY source, DWORD index, ValueBuffers &value, DWORD *type, DWOR
     for (DWORD index = 0; index < count; ++index) {
         DWORD type = 0, size = 0;
         LONG result = Read_Value(source, index, value, &type, &size);
-        if (result != ERROR_SUCCESS && result != ERROR_NOT_ENOUGH_MEMORY) return KeyCopyResult::Partly;
         if (result == ERROR_SUCCESS) {
             result = RegSetValueExA(target, value.name.Bytes(), 0, type,
                                     reinterpret_cast<const BYTE *>(value.data.Bytes()), size);

@@ -1,10 +1,11 @@
 #include <kelmara/system/os_helpers.h>
 
+#include <kelmara/foundation/memory.h>
+
 #include <platform/kernel.h>
 #include <platform/runtime.h>
 #include <platform/security.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -14,11 +15,12 @@ struct WeakAPICallLayout {
 
 namespace {
 
+constexpr DWORD Unknown_Platform = 0xFFFFFFFF;
+
 DWORD Get_Version(OSVERSIONINFOA &version) {
     version = {};
     version.dwOSVersionInfoSize = sizeof version;
-    GetVersionExA(&version);
-    return version.dwPlatformId;
+    return GetVersionExA(&version) ? version.dwPlatformId : Unknown_Platform;
 }
 
 class Token {
@@ -48,17 +50,21 @@ class Groups {
             GetLastError() != static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER))
             return;
         size = (size + 3) & ~3UL;
-        m_Block = static_cast<TOKEN_GROUPS *>(std::malloc(size));
+        m_Block = static_cast<TOKEN_GROUPS *>(ds_malloc(static_cast<long>(size)));
         if (m_Block && GetTokenInformation(token, TokenGroups, m_Block, size, &size)) return;
-        std::free(m_Block);
-        m_Block = nullptr;
+        Release();
     }
-    ~Groups() { std::free(m_Block); }
+    ~Groups() { Release(); }
     Groups(const Groups &) = delete;
     Groups &operator=(const Groups &) = delete;
     const TOKEN_GROUPS *Get() const { return m_Block; }
 
   private:
+    void Release() {
+        if (m_Block) ds_free(m_Block);
+        m_Block = nullptr;
+    }
+
     TOKEN_GROUPS *m_Block = nullptr;
 };
 
@@ -143,7 +149,9 @@ long RunProcess(char *commandLine) {
 
 int RunningAsAdministrator() {
     OSVERSIONINFOA version;
-    if (Get_Version(version) != VER_PLATFORM_WIN32_NT) return 1;
+    const DWORD platform = Get_Version(version);
+    if (platform == Unknown_Platform) return 0;
+    if (platform != VER_PLATFORM_WIN32_NT) return 1;
     const Token token;
     if (!token.Get()) return 0;
     const Groups groups(token.Get());

@@ -45,7 +45,8 @@ inline constexpr unsigned long Os_Windows_98 = 8;
 inline constexpr unsigned long Os_Windows_Me = 16;
 
 /// Starts a program by its command line, which must be writable, in the current directory, and does not wait
-/// for it. 0, or 2 when it was not started.
+/// for it. The line goes to the machine whole, a quoted argument at its end included. 0, or 2 when it was not
+/// started.
 KELMARA_API long RunProcess(char *commandLine);
 
 /// 1 when the user is in the Administrators group, enabled or not, and on every Windows that is not of the NT

@@ -55,18 +55,22 @@ const char *Past_Separators(const char *path) {
     return path;
 }
 
-bool Is_Same_Path(const char *left, const char *right) {
-    for (;; ++left, ++right) {
-        if (*left == '\\' || *right == '\\') {
-            const bool both_end_here = (*left == '\\' || !*left) && (*right == '\\' || !*right);
-            if (!both_end_here) return false;
-            left = Past_Separators(left);
-            right = Past_Separators(right);
+enum class PathRelation { Other, Same, Below };
+
+// What `path` is, seen from `other`.
+PathRelation Relation_Of(const char *path, const char *other) {
+    for (;; ++path, ++other) {
+        if (*path == '\\' || *other == '\\') {
+            const bool both_end_here = (*path == '\\' || !*path) && (*other == '\\' || !*other);
+            if (!both_end_here) return PathRelation::Other;
+            path = Past_Separators(path);
+            other = Past_Separators(other);
+            if (*path && !*other) return PathRelation::Below;
         }
-        if (Capital(static_cast<unsigned char>(*left)) != Capital(static_cast<unsigned char>(*right))) {
-            return false;
+        if (Capital(static_cast<unsigned char>(*path)) != Capital(static_cast<unsigned char>(*other))) {
+            return PathRelation::Other;
         }
-        if (!*left) return true;
+        if (!*path) return PathRelation::Same;
     }
 }
 
@@ -412,11 +416,13 @@ bool CRegMaster::CopyKey(HKEY source, HKEY target) {
 }
 
 bool CRegMaster::RenameSubkey(const char *oldName, const char *newName) {
-    if (!m_CurrentKey || !oldName || !newName) return false;
+    if (!m_CurrentKey || !oldName || !newName || !*oldName || !*newName) return false;
+    const PathRelation relation = Relation_Of(newName, oldName);
+    if (relation == PathRelation::Below) return false;
     {
         OpenedKey from, to;
         if (Open_Existing_Key(m_CurrentKey, oldName, from.Place()) != ERROR_SUCCESS) return false;
-        if (Is_Same_Path(oldName, newName)) return true;
+        if (relation == PathRelation::Same) return true;
         if (Open_Or_Make_Key(m_CurrentKey, newName, to.Place()) != ERROR_SUCCESS) return false;
         if (Copy_Below_Key(from, to) != KeyCopyResult::Whole) return false;
     }

@@ -8,7 +8,8 @@
 //
 // The object owns the key it has open and closes it; the root that it was opened from stays the caller's and
 // must stay open for CloseSubkey, which opens the level above anew. A copy opens the same key for itself,
-// with a way back up of its own; where that fails it has no key open. One thread at a time.
+// with a way back up of its own; where that fails it has no key open. The paths stand in a list: all objects
+// of a process, and all lists (list.h), are for one thread at a time.
 //
 // Operations that answer `bool` say false for every failure and, unless their comment says otherwise, without
 // an open key. Those that answer `long` give a code of errors.h, and 0 without an open key; their outputs are
@@ -54,8 +55,8 @@ class KELMARA_API CRegMaster : public CAutoDeleteableObject {
     HKEY GetKey();
 
     /// Reads the bytes of a value, whatever its type. `*size` in: the buffer's size; out: the bytes read, 0
-    /// on failure. Without a size the buffer has 256 bytes. False also for a value larger than the buffer,
-    /// which then stays as it was. A null buffer asks for the size.
+    /// when the read fails; without an open key it stays. Without a size the buffer has 256 bytes. False also
+    /// for a value larger than the buffer, which then stays as it was. A null buffer asks for the size.
     bool GetRegEntry(const char *name, char *buffer);
     bool GetRegEntry(const char *name, char *buffer, unsigned long size);
     bool GetRegEntry(const char *name, char *buffer, unsigned long *size);
@@ -73,7 +74,7 @@ class KELMARA_API CRegMaster : public CAutoDeleteableObject {
     bool SetRegEntry(int type, const char *name, const char *data, unsigned long size);
     /// Any other number, a literal 0 too, is a number and no string.
     template <std::integral Number>
-    bool SetRegEntry(const char *name, Number value) {
+    requires(sizeof(Number) <= sizeof(long)) bool SetRegEntry(const char *name, Number value) {
         return SetRegEntry(name, static_cast<long>(value));
     }
     bool DeleteRegEntry(const char *name);
@@ -117,18 +118,19 @@ class KELMARA_API CRegMaster : public CAutoDeleteableObject {
     /// False for a key that has subkeys, and for an empty name, which would be the open key itself.
     bool DeleteSubKey(const char *name);
     /// Deletes subkeys, then values, from the last to the first. Subkeys with subkeys of their own cannot be
-    /// deleted. The first failure ends it, with the rest left in place.
+    /// deleted, nor can values whose names are longer than 255 characters. The first failure ends it, with
+    /// the rest left in place.
     bool ZeroOutKey();
     /// Copies values and, with theirs, subkeys; what stands in `target` alone stays. The keys stay the
     /// caller's; the open key of the object plays no part. A value of any size and name is copied. One that
-    /// cannot be is passed over, and a failed enumeration ends the values of its key, with the result still
-    /// true. False when a key cannot be listed, opened or made, when there is no memory for the names of all
+    /// cannot be is passed over, with the result still true. No subkey is made before the names of all are
+    /// had. False when a key cannot be listed, opened or made, when there is no memory for the names of all
     /// subkeys, and for more than 512 levels. The subkeys are those at the start: a copy into a subkey of the
     /// source ends.
     bool CopyKey(HKEY source, HKEY target);
     /// Copies a subkey to a new name, over what is there, and deletes it, but for one with subkeys. False
-    /// without a full copy, values included: the old key then stays. The same name in other letter case
-    /// changes nothing and is true.
+    /// without a full copy, values included: the old key then stays. False and nothing done for an empty name
+    /// and for a new one below the old. The same name in other letter case changes nothing and is true.
     bool RenameSubkey(const char *oldName, const char *newName);
 
     /// Whether this machine has "winreg.dll".

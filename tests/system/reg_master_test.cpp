@@ -455,8 +455,9 @@ TEST_F(RegMaster, RenamesAndLosesNothing) {
     }
     EXPECT_EQ(TestKey("R\\New").Get("v"), large);
     EXPECT_TRUE(registry.RenameSubkey("New", "Other")) << "over what the failed one left";
-    EXPECT_TRUE(registry.RenameSubkey("Other", "Other\\Below"));
-    EXPECT_EQ(TestKey("R\\Other\\Below").Get("v"), large);
+    EXPECT_FALSE(registry.RenameSubkey("Other", "Other\\Below"));
+    EXPECT_FALSE(registry.RenameSubkey("", "Other2"));
+    EXPECT_FALSE(registry.OpenSubkey("Other\\Below")) << "nothing was made";
     EXPECT_EQ(TestKey("R\\Other").Get("v"), large) << "it has a subkey";
 }
 
