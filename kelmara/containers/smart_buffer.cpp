@@ -105,16 +105,9 @@ class KeptBytes {
 
 CSmartBuffer::CSmartBuffer() = default;
 
-CSmartBuffer::CSmartBuffer(const CSmartBuffer &other) : CAutoDeleteableObject(other) {
-    Copy_From(other);
-}
+CSmartBuffer::CSmartBuffer(const CSmartBuffer &other) = default;
 
-CSmartBuffer &CSmartBuffer::operator=(const CSmartBuffer &other) {
-    if (this == &other) return *this;
-    Drop();
-    Copy_From(other);
-    return *this;
-}
+CSmartBuffer &CSmartBuffer::operator=(const CSmartBuffer &other) = default;
 
 CSmartBuffer::~CSmartBuffer() {
     Drop();
@@ -124,13 +117,6 @@ void CSmartBuffer::Drop() {
     if (Buffer) ds_free(Buffer);
     Buffer = Write_Pointer = nullptr;
     Capacity = Offset = End_Of_Data = 0;
-}
-
-void CSmartBuffer::Copy_From(const CSmartBuffer &other) {
-    if (!other.Buffer || Initialize(other.Capacity) != 0) return;
-    Move_Bytes(Buffer, other.Buffer, other.Capacity);
-    End_Of_Data = other.End_Of_Data;
-    Place_Cursor(other.Offset);
 }
 
 void CSmartBuffer::Place_Cursor(long offset) {

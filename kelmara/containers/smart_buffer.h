@@ -11,12 +11,13 @@
 // The block comes from the memory services and belongs to the buffer; one that gets too small is doubled
 // until it is large enough, and one of no bytes becomes as large as is asked. The data end at End_Of_Data and
 // have no terminator; the cursor may stand anywhere in the block, also behind them. Before Initialize, and
-// after one that failed, there is no block: what would write is refused with 0x8007000E, and nothing is found
-// or read. What would make a block larger than a `long` can count is refused in the same way.
+// after one that failed, there is no block: what would write is refused with 0x8007000E, and nothing is read,
+// and found only an empty text. What would make a block larger than a `long` can count is refused in the same
+// way: one of 1 GB does not double.
 //
 // What is written may lie in the buffer's own block. A size below 0 counts as 0, and null as no data. One
-// thread at a time. A copy has a block of its own with the same bytes and the same cursor; where there is no
-// memory for it, it has none.
+// thread at a time. A copy shares the block: of the two only one may be changed or destroyed, and what the
+// target of an assignment had is not released.
 
 #include <kelmara/foundation/auto_deleteable_object.h>
 
@@ -107,7 +108,6 @@ class KELMARA_API CSmartBuffer : public CAutoDeleteableObject {
     long Write_Otherwise(const void *data, long size);
     KELMARA_INTERNAL void Place_Cursor(long offset);
     KELMARA_INTERNAL bool Is_Own(const void *data) const;
-    KELMARA_INTERNAL void Copy_From(const CSmartBuffer &other);
     KELMARA_INTERNAL void Drop();
 };
 static_assert(sizeof(CSmartBuffer) == 24);

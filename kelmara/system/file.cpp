@@ -66,14 +66,24 @@ bool Form_Work_Name(char (&name)[256], const char *path, unsigned counter) {
 
 CKMFile::CKMFile() = default;
 
-CKMFile::CKMFile(const CKMFile &other) : CAutoDeleteableObject(other) {}
+CKMFile::CKMFile(const CKMFile &other) : CAutoDeleteableObject(other) {
+    Copy_Closed(other);
+}
 
 CKMFile &CKMFile::operator=(const CKMFile &other) {
     if (this == &other) return *this;
     Close_If_Open();
     m_WorkName[0] = m_TargetName[0] = 0;
     m_DeleteOnClose = false;
+    Copy_Closed(other);
     return *this;
+}
+
+void CKMFile::Copy_Closed(const CKMFile &other) {
+    if (other.m_Stream) return;
+    std::memcpy(m_WorkName, other.m_WorkName, sizeof m_WorkName);
+    std::memcpy(m_TargetName, other.m_TargetName, sizeof m_TargetName);
+    m_DeleteOnClose = other.m_DeleteOnClose;
 }
 
 CKMFile::~CKMFile() {
@@ -197,8 +207,8 @@ int CKMFile::Write(const void *buffer, long size, bool flush) {
 int CKMFile::GetLength() {
     if (!m_Stream) return 0;
     const long position = std::ftell(m_Stream);
-    if (std::fseek(m_Stream, 0, SEEK_END) != 0) return -1;
-    const long length = std::ftell(m_Stream);
+    const bool at_end = std::fseek(m_Stream, 0, SEEK_END) == 0;
+    const long length = at_end ? std::ftell(m_Stream) : -1;
     std::fseek(m_Stream, position, SEEK_SET);
     return static_cast<int>(length);
 }
@@ -219,6 +229,7 @@ int CKMFile::Read_Whole(void *block, long size, long position) {
 // The content is read before the copy is opened, which may cut the very file that is being read.
 int CKMFile::Duplicate(const char *path) {
     if (!m_Stream) return File_Invalid;
+    if (m_Writable && std::fflush(m_Stream) != 0) return File_Corrupt;
     const long position = std::ftell(m_Stream);
     const long length = GetLength();
     const MemoryBlock content(length);

@@ -12,9 +12,14 @@
 // open before they do anything else, which commits a pending file; so does the destructor. What did not reach
 // a full disk by the last Write or its flush is not reported: Close commits what is there.
 //
-// Paths are Windows paths (platform/files.h); null, and a name of more than 255 characters, suffix included,
-// cannot be opened. A relative path counts from the current directory, at Close once more. One thread at a
-// time. A copy is a new object without a file; assigning to an object closes what it has open.
+// A save that is to replace a file renames that aside before Close, and deletes it after. Working names are
+// tried, not reserved: two processes that save the same file in the same second can meet. A killed process
+// leaves its working file, "path-number", behind.
+//
+// Paths are Windows paths (platform/files.h); null cannot be opened, nor a working name of more than 255
+// characters, suffix included. A relative path counts from the current directory, at Close once more: after a
+// change of it that answers 52 and the working file stays. One thread at a time. A copy of an object with an
+// open file is one without; assigning to an object closes what it has open.
 
 #include <kelmara/foundation/auto_deleteable_object.h>
 
@@ -54,8 +59,9 @@ class KELMARA_API CKMFile : public CAutoDeleteableObject {
     int Open_Append(const char *path);
 
     /// Writes the whole content to a file at `path`, made or cut to nothing; the position stays. An empty
-    /// file gives 1392 and an empty copy, no memory 0x8007000E and an empty copy, no open file 1006 and none.
-    /// A file may be duplicated onto itself.
+    /// file gives 1392 and an empty copy, no memory (a file over 2 GB is never to be had) 0x8007000E and an
+    /// empty copy, no open file 1006 and none; 1392 and none when what was written before did not reach the
+    /// disk. A file may be duplicated onto itself as long as there is memory for it and the disk has room.
     int Duplicate(const char *path);
 
     /// Closes the file and deletes what Open_With_Rollback was writing. Any other file is closed and stays.
@@ -84,6 +90,7 @@ class KELMARA_API CKMFile : public CAutoDeleteableObject {
     friend struct KMFileLayout;
 
     KELMARA_INTERNAL void Close_If_Open();
+    KELMARA_INTERNAL void Copy_Closed(const CKMFile &other);
     KELMARA_INTERNAL int Commit();
     KELMARA_INTERNAL void Close_Stream();
     KELMARA_INTERNAL void Delete_Work_File();
