@@ -180,7 +180,8 @@ TEST_F(SmartBuffer, ReplacesAsIfStepByStep) {
         const char *replacement = replacements[random() % std::size(replacements)];
         const bool all = random() % 4 != 0;
         const bool no_memory = random() % 3 == 0;
-        Buffer ours(data, 1 + random() % 90), steps(ours);
+        const long capacity = 1 + static_cast<long>(random() % 90);
+        Buffer ours(data, capacity), steps(data, capacity);
         const FailingMemory failing(no_memory ? 1 : LONG_MAX, true);
         EXPECT_EQ(ours.Search_And_Replace(find, replacement, all), 0);
         steps.Replace_In_Steps(find, replacement, all);
