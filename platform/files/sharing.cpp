@@ -27,5 +27,6 @@ bool Is_Open_Somewhere(const std::string &host_path) {
         if (attempt == Most_Attempts) return true;
         usleep(Pause);
     }
+    Unlock_File(file.Get());
     return false;
 }
