@@ -3,7 +3,7 @@
 // directory as one, and random numbers.
 //
 // They have names of their own beside the host's calls. What an opened stream is given to (fread, fwrite,
-// fflush, fseek, ftell, fclose, ...) are the host's own. A call that fails sets errno as Windows' C runtime
+// fflush, fseek, ftell, ...) are the host's own, but streams are closed by Machine_Close_Stream. A call that fails sets errno as Windows' C runtime
 // does, and the last error to the reason in Windows' terms (files.h tells the paths and their errors). All
 // calls may be made from any thread.
 
@@ -21,6 +21,11 @@ extern "C" {
 /// for another mode and for a name that cannot be, EMFILE, ENOSPC. While a stream is open its file can be
 /// neither deleted nor renamed, by any process of the machine; programs that are started do not get it.
 PLATFORM_API FILE *Machine_Open_Stream(const char *path, const char *mode);
+
+/// fclose. 0, or EOF with errno where what was still to be written could not be; the stream is gone either
+/// way. From then on its file can be deleted and renamed. After a plain fclose it may take a moment more, while
+/// another thread starts a program. Null is refused with EINVAL.
+PLATFORM_API int Machine_Close_Stream(FILE *stream);
 
 /// Deletes a file, as DeleteFileA. 0, or -1: errno is ENOENT or EACCES, for a folder too.
 PLATFORM_API int Machine_Remove(const char *path);

@@ -16,6 +16,10 @@ void Mark_As_Open(int descriptor) {
     Lock_File(descriptor, LOCK_SH | LOCK_NB);
 }
 
+void Unmark_As_Open(int descriptor) {
+    Unlock_File(descriptor);
+}
+
 // A process that is just being started has its parent's descriptors for a moment, those closed meanwhile too.
 bool Is_Open_Somewhere(const std::string &host_path) {
     struct stat status;

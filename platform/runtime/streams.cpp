@@ -80,6 +80,13 @@ long Open_Stream(const char *path, const Mode *mode, FILE *&stream) {
     return NO_ERROR;
 }
 
+long Close_Stream(FILE *stream) {
+    const long flushed = fflush(stream) == 0 ? NO_ERROR : Error_Of_Errno(errno);
+    Unmark_As_Open(fileno(stream));
+    const long closed = fclose(stream) == 0 ? NO_ERROR : Error_Of_Errno(errno);
+    return flushed == NO_ERROR ? closed : flushed;
+}
+
 } // namespace
 
 extern "C" {
@@ -87,5 +94,9 @@ extern "C" {
 FILE *Machine_Open_Stream(const char *path, const char *mode) {
     FILE *stream = nullptr;
     return Succeed_Or_Set_Errno(Open_Stream(path, Find_Mode(mode), stream)) ? stream : nullptr;
+}
+
+int Machine_Close_Stream(FILE *stream) {
+    return Succeed_Or_Set_Errno(stream ? Close_Stream(stream) : ERROR_INVALID_PARAMETER) ? 0 : EOF;
 }
 }
