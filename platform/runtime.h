@@ -3,9 +3,9 @@
 // directory as one, and random numbers.
 //
 // They have names of their own beside the host's calls. What an opened stream is given to (fread, fwrite,
-// fflush, fseek, ftell, fclose, ...) are the host's own. A call that fails sets errno as Windows' C runtime
-// does, and the last error to the reason in Windows' terms (files.h tells the paths and their errors). All
-// calls may be made from any thread.
+// fflush, fseek, ftell, ...) are the host's own, but streams are closed by Machine_Close_Stream. A call that
+// fails sets errno as Windows' C runtime does, and the last error to the reason in Windows' terms (files.h
+// tells the paths and their errors). All calls may be made from any thread.
 
 #include <platform/types.h>
 
@@ -16,18 +16,26 @@ inline constexpr int Machine_Rand_Max = 32767;
 extern "C" {
 
 /// fopen. Modes are "rb", "wb", "ab" and the same with "+"; there are no text modes. Null on failure, and
-/// what was there is as it was: errno is ENOENT for a missing file or folder and for a path that is too long,
-/// EACCES for a folder, a read-only file that would be written, and whatever else the host refuses, EINVAL
-/// for another mode and for a name that cannot be, EMFILE, ENOSPC. While a stream is open its file can be
-/// neither deleted nor renamed, by any process of the machine; programs that are started do not get it.
+/// what was there is as it was, though a new file may stay, empty, where memory runs out: errno is ENOENT for
+/// a missing file or folder and for a path that is too long, EACCES for a folder, a read-only file that would
+/// be written, and whatever else the host refuses, EINVAL for another mode and for a name that cannot be,
+/// EMFILE, ENOSPC. EACCES also for a file that a program of the host keeps locked, after two seconds. While a
+/// stream is open its file can be neither deleted nor renamed, by any process of the machine; programs that
+/// are started do not get it.
 PLATFORM_API FILE *Machine_Open_Stream(const char *path, const char *mode);
+
+/// fclose. 0, or EOF with errno where what was still to be written could not be; the stream is gone either
+/// way. From then on its file can be deleted and renamed. After a plain fclose it may take a moment more,
+/// while another thread starts a program. Null is refused with EINVAL.
+PLATFORM_API int Machine_Close_Stream(FILE *stream);
 
 /// Deletes a file, as DeleteFileA. 0, or -1: errno is ENOENT or EACCES, for a folder too.
 PLATFORM_API int Machine_Remove(const char *path);
 
 /// Gives a file or folder another name, on the same disk. 0, or -1 and nothing has changed: EEXIST when `to`
 /// is there, in whatever letter case, which is decided in one step with the renaming; ENOENT, EACCES, EXDEV.
-/// A name may change in letter case alone.
+/// A name may change in letter case alone. On a disk of the host that can neither rename without replacing
+/// nor give a file two names, files are not renamed: EACCES or EINVAL.
 PLATFORM_API int Machine_Rename(const char *from, const char *to);
 
 /// _chdir: 0, or -1 and the current directory is the one it was.

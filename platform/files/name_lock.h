@@ -15,6 +15,9 @@ class NameLock {
     NameLock() : file_(open(Path().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600)) {
         if (file_) Lock_File(file_.Get(), LOCK_EX);
     }
+    ~NameLock() {
+        if (file_) Unlock_File(file_.Get());
+    }
     NameLock(const NameLock &) = delete;
     NameLock &operator=(const NameLock &) = delete;
 

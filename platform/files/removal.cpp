@@ -22,8 +22,7 @@ bool Is_Current_Folder(const struct stat &folder) {
 }
 
 // `status` is that of the name itself, which may be a link.
-long Find_Entry(LPCSTR path, HostPlace &place, struct stat &status) {
-    if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
+long Look_At(const HostPlace &place, struct stat &status) {
     if (place.is_root) return ERROR_ACCESS_DENIED;
     if (lstat(place.host_path.c_str(), &status) != 0) return Error_At(place.host_path, errno);
     return NO_ERROR;
@@ -32,7 +31,8 @@ long Find_Entry(LPCSTR path, HostPlace &place, struct stat &status) {
 long Remove_Folder(LPCSTR path) {
     HostPlace place;
     struct stat status;
-    if (const long error = Find_Entry(path, place, status); error != NO_ERROR) return error;
+    if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
+    if (const long error = Look_At(place, status); error != NO_ERROR) return error;
     const std::string &folder = place.host_path;
     if (S_ISLNK(status.st_mode) && Is_Folder(folder)) {
         return unlink(folder.c_str()) == 0 ? NO_ERROR : Error_At(folder, errno);
@@ -49,12 +49,14 @@ long Remove_Folder(LPCSTR path) {
 long Delete_File(LPCSTR path) {
     HostPlace place;
     struct stat status;
-    if (const long error = Find_Entry(path, place, status); error != NO_ERROR) return error;
+    if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
     const std::string &file = place.host_path;
+    const SoleUse sole_use(file);
+    if (const long error = Look_At(place, status); error != NO_ERROR) return error;
     if (Is_Folder(file)) return ERROR_ACCESS_DENIED;
     if (place.means_folder) return ERROR_INVALID_NAME;
     if (Is_Read_Only(status.st_mode)) return ERROR_ACCESS_DENIED;
-    if (Is_Open_Somewhere(file)) return ERROR_SHARING_VIOLATION;
+    if (!sole_use) return ERROR_SHARING_VIOLATION;
     return unlink(file.c_str()) == 0 ? NO_ERROR : Error_At(file, errno);
 }
 

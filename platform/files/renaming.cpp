@@ -55,7 +55,7 @@ long Check_Source(const HostPlace &from, bool &folder) {
     struct stat target;
     const bool leads_to_folder = stat(from.host_path.c_str(), &target) == 0 && S_ISDIR(target.st_mode);
     if (from.means_folder && !leads_to_folder) return ERROR_INVALID_NAME;
-    return Is_Open_Somewhere(from.host_path) ? ERROR_SHARING_VIOLATION : NO_ERROR;
+    return NO_ERROR;
 }
 
 } // namespace
@@ -67,6 +67,8 @@ long Rename(const char *from_path, const char *to_path) {
     if (const long error = Find_Place(from_path, from); error != NO_ERROR) return error;
     if (const long error = Find_Place(to_path, to); error != NO_ERROR) return error;
     if (const long error = Check_Source(from, folder); error != NO_ERROR) return error;
+    const SoleUse sole_use(from.host_path);
+    if (!sole_use) return ERROR_SHARING_VIOLATION;
     if (to.means_folder && !folder) return ERROR_INVALID_NAME;
     const std::string target = to.host_path == from.host_path ? As_Spelled(to) : to.host_path;
     if (target == from.host_path) return NO_ERROR;

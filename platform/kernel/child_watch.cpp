@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <new>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -17,7 +18,7 @@ struct Watch {
     std::mutex lock;
     bool running = false;
     FileDescriptor news; // written to when a process is added
-    std::vector<ProcessObject *> children;
+    Children children;
 };
 
 Watch &The_Watch() {
@@ -25,36 +26,45 @@ Watch &The_Watch() {
     return *watch;
 }
 
-std::vector<pollfd> What_To_Wait_For(Watch &watch) {
+// False for lack of memory.
+bool List_What_To_Wait_For(Watch &watch, std::vector<pollfd> &waiting) {
     const std::lock_guard guard(watch.lock);
-    std::vector<pollfd> waiting = {{watch.news.Get(), POLLIN, 0}};
-    for (const ProcessObject *child : watch.children) waiting.push_back({child->Descriptor(), POLLIN, 0});
-    return waiting;
+    waiting.clear();
+    try {
+        waiting.push_back({watch.news.Get(), POLLIN, 0});
+        for (const ProcessObject *child : watch.children) waiting.push_back({child->Descriptor(), POLLIN, 0});
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
 }
 
 // True when there was anything to do.
 bool Take_In_Ended(Watch &watch) {
-    std::vector<ProcessObject *> ended;
+    Children ended;
     {
         const std::lock_guard guard(watch.lock);
-        std::erase_if(watch.children, [&](ProcessObject *child) {
-            if (!child->Has_Ended()) return false;
-            ended.push_back(child);
-            return true;
-        });
+        for (auto next = watch.children.begin(); next != watch.children.end();) {
+            const auto child = next++;
+            if ((*child)->Has_Ended()) ended.splice(ended.end(), watch.children, child);
+        }
     }
     for (ProcessObject *child : ended) child->Release();
     return !ended.empty();
 }
 
+// True when a process was added.
+bool Wait_For_News(std::vector<pollfd> &waiting) {
+    std::uint64_t count;
+    return poll(waiting.data(), waiting.size(), -1) > 0 && waiting[0].revents != 0 &&
+           read(waiting[0].fd, &count, sizeof count) == static_cast<ssize_t>(sizeof count);
+}
+
 void *Run(void *) {
     Watch &watch = The_Watch();
+    std::vector<pollfd> waiting;
     for (;;) {
-        std::vector<pollfd> waiting = What_To_Wait_For(watch);
-        const int ready = poll(waiting.data(), waiting.size(), -1);
-        std::uint64_t count;
-        const bool added = ready > 0 && waiting[0].revents != 0 &&
-                           read(waiting[0].fd, &count, sizeof count) == static_cast<ssize_t>(sizeof count);
+        const bool added = List_What_To_Wait_For(watch, waiting) && Wait_For_News(waiting);
         // An end that cannot be taken in yet, or a lack of memory: no reason to go round and round.
         if (!Take_In_Ended(watch) && !added) usleep(Pause);
     }
@@ -86,12 +96,12 @@ bool Begin_Child_Watch() {
     return watch.running;
 }
 
-void Watch_Child(ProcessObject &process) {
-    process.Retain();
+void Watch_Child(Children &place) {
+    place.front()->Retain();
     Watch &watch = The_Watch();
     {
         const std::lock_guard guard(watch.lock);
-        watch.children.push_back(&process);
+        watch.children.splice(watch.children.end(), place);
     }
     eventfd_write(watch.news.Get(), 1);
 }

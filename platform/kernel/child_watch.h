@@ -5,11 +5,16 @@
 
 #include <platform/kernel/process_object.h>
 
+#include <list>
+
+using Children = std::list<ProcessObject *>;
+
 /// To be called before a process is started: false when there can be no such thread.
 bool Begin_Child_Watch();
 
-/// Holds on to the process until it has ended.
-void Watch_Child(ProcessObject &process);
+/// Holds on to the process until it has ended. Its place, a list of it alone that is made before it is
+/// started, moves over to the watch, so that this cannot fail.
+void Watch_Child(Children &place);
 
 /// A process that was started here and has not ended, held for the caller; null when there is none.
 ProcessObject *Find_Child(pid_t id);

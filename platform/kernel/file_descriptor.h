@@ -43,3 +43,11 @@ inline bool Lock_File(int descriptor, int operation) {
     } while (result != 0 && errno == EINTR);
     return result == 0;
 }
+
+/// For the descriptors that a forked child still has, too: a mere close would leave the lock to those. Leaves
+/// errno alone.
+inline void Unlock_File(int descriptor) {
+    const int kept = errno;
+    Lock_File(descriptor, LOCK_UN);
+    errno = kept;
+}

@@ -7,6 +7,7 @@
 
 #include <climits>
 #include <csignal>
+#include <new>
 
 namespace {
 
@@ -22,7 +23,9 @@ long Find_Process(DWORD id, ProcessObject *&process) {
     if (pidfd_send_signal(descriptor.Get(), 0, nullptr, 0) != 0) {
         return errno == ESRCH ? ERROR_INVALID_PARAMETER : Error_Of_Errno(errno);
     }
-    process = new ProcessObject(static_cast<pid_t>(id), std::move(descriptor), Origin::Elsewhere);
+    process =
+        new (std::nothrow) ProcessObject(static_cast<pid_t>(id), std::move(descriptor), Origin::Elsewhere);
+    if (!process) return ERROR_NOT_ENOUGH_MEMORY;
     if (!process->Has_Ended()) return NO_ERROR;
     process->Release();
     return ERROR_INVALID_PARAMETER;

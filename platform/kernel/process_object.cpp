@@ -12,6 +12,7 @@
 namespace {
 
 constexpr DWORD Code_Taken_By_Others = 0xC0000001;
+constexpr useconds_t Pause = 1000;
 
 struct SignalCode {
     int signal;
@@ -38,30 +39,50 @@ long long Milliseconds_Now() {
     return static_cast<long long>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
-// True when the descriptor can be read within that time.
-bool Wait_For(int descriptor, DWORD milliseconds) {
-    const long long end = Milliseconds_Now() + milliseconds;
+class Deadline {
+  public:
+    explicit Deadline(DWORD milliseconds)
+        : never_(milliseconds == INFINITE), end_(Milliseconds_Now() + milliseconds) {}
+    long long Left() const { return never_ ? INFINITE : std::max(0LL, end_ - Milliseconds_Now()); }
+    bool Never() const { return never_; }
+
+  private:
+    const bool never_;
+    const long long end_;
+};
+
+// What WaitForSingleObject answers, for a descriptor that can be read; WAIT_FAILED sets errno.
+DWORD Wait_For(int descriptor, const Deadline &deadline) {
     for (;;) {
-        const long long left = std::max(0LL, end - Milliseconds_Now());
+        const long long left = deadline.Left();
         const timespec limit = {static_cast<time_t>(left / 1000), static_cast<long>(left % 1000) * 1000000};
         pollfd waiting = {descriptor, POLLIN, 0};
-        const int ready = ppoll(&waiting, 1, milliseconds == INFINITE ? nullptr : &limit, nullptr);
-        if (ready > 0) return true;
-        if (ready == 0) return false;
+        const int ready = ppoll(&waiting, 1, deadline.Never() ? nullptr : &limit, nullptr);
+        if (ready == 0) return WAIT_TIMEOUT;
+        if (ready > 0 && !(waiting.revents & POLLNVAL)) return WAIT_OBJECT_0;
+        if (ready > 0) errno = EBADF;
+        if (errno != EINTR) return WAIT_FAILED;
     }
 }
 
 } // namespace
 
 DWORD ProcessObject::Wait(DWORD milliseconds) {
-    if (!Wait_For(Descriptor(), milliseconds)) return WAIT_TIMEOUT;
-    Has_Ended();
-    return WAIT_OBJECT_0;
+    const Deadline deadline(milliseconds);
+    for (;;) {
+        const DWORD answer = Wait_For(Descriptor(), deadline);
+        if (answer == WAIT_FAILED) SetLastError(static_cast<DWORD>(Error_Of_Errno(errno)));
+        if (answer != WAIT_OBJECT_0 || Has_Ended()) return answer;
+        if (deadline.Left() == 0) return WAIT_TIMEOUT;
+        usleep(Pause);
+    }
 }
 
 bool ProcessObject::Has_Ended() {
     const std::lock_guard guard(lock_);
-    if (!ended_) ended_ = Wait_For(Descriptor(), 0) && (origin_ == Origin::Elsewhere || Take_Exit_Code());
+    if (!ended_)
+        ended_ = Wait_For(Descriptor(), Deadline(0)) == WAIT_OBJECT_0 &&
+                 (origin_ == Origin::Elsewhere || Take_Exit_Code());
     return ended_;
 }
 

@@ -18,11 +18,19 @@ class ProcessObject final : public KernelObject {
   public:
     ProcessObject(pid_t id, FileDescriptor descriptor, Origin origin)
         : KernelObject(ObjectKind::Process), id_(id), descriptor_(std::move(descriptor)), origin_(origin) {}
+    /// One that is yet to be started here; Begin completes it before anybody else knows of it.
+    ProcessObject() : ProcessObject(0, FileDescriptor(), Origin::StartedHere) {}
+    void Begin(pid_t id, FileDescriptor descriptor) {
+        id_ = id;
+        descriptor_ = std::move(descriptor);
+    }
 
     pid_t Id() const { return id_; }
     /// Readable from the process's end on.
     int Descriptor() const { return descriptor_.Get(); }
 
+    /// A process that a debugger of the host holds on to after its end has not ended yet. WAIT_FAILED, with
+    /// the reason as the last error, when the host cannot wait.
     DWORD Wait(DWORD milliseconds) override;
     /// Asks the host, and takes the exit code when it is to be had.
     bool Has_Ended();
@@ -34,8 +42,8 @@ class ProcessObject final : public KernelObject {
     ~ProcessObject() override = default;
     bool Take_Exit_Code();
 
-    const pid_t id_;
-    const FileDescriptor descriptor_;
+    pid_t id_;
+    FileDescriptor descriptor_;
     const Origin origin_;
 
     std::mutex lock_; // of what follows

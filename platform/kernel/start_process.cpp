@@ -10,6 +10,8 @@
 
 #include <csignal>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <spawn.h>
 #include <sys/eventfd.h>
 #include <sys/stat.h>
@@ -107,7 +109,9 @@ long Spawn(Start &start, pid_t &id) {
     return error == 0 ? NO_ERROR : Error_Of_Spawn(start, error);
 }
 
+// Not when somebody else in this process has taken it in: its number may be another's by now.
 void Kill_And_Take_In(pid_t id) {
+    if (waitpid(id, nullptr, WNOHANG) != 0) return;
     kill(id, SIGKILL);
     while (waitpid(id, nullptr, 0) < 0 && errno == EINTR) {
     }
@@ -120,7 +124,7 @@ FileDescriptor Descriptor_Of_The_Gone() {
 }
 
 // The descriptor is tried for on this process first, so that a host that has none to give is known in time.
-long Start_On_Host(Start &start, ProcessObject *&process) {
+long Start_On_Host(Start &start, ProcessObject &process) {
     FileDescriptor descriptor(pidfd_open(getpid(), 0));
     if (!descriptor) return errno == ENOSYS ? ERROR_CALL_NOT_IMPLEMENTED : Error_Of_Errno(errno);
     if (!Begin_Child_Watch()) return ERROR_NOT_ENOUGH_MEMORY;
@@ -128,45 +132,56 @@ long Start_On_Host(Start &start, ProcessObject *&process) {
     if (const long error = Spawn(start, id); error != NO_ERROR) return error;
     descriptor.Close();
     descriptor = FileDescriptor(pidfd_open(id, 0));
-    if (!descriptor && errno == ESRCH) descriptor = Descriptor_Of_The_Gone();
+    const bool gone = !descriptor && errno == ESRCH;
+    if (gone) descriptor = Descriptor_Of_The_Gone();
     if (!descriptor) {
         const long error = Error_Of_Errno(errno);
-        Kill_And_Take_In(id);
+        if (!gone) Kill_And_Take_In(id);
         return error;
     }
-    process = new ProcessObject(id, std::move(descriptor), Origin::StartedHere);
-    Watch_Child(*process);
+    process.Begin(id, std::move(descriptor));
     return NO_ERROR;
 }
 
-// Takes over the caller's hold of the process.
-long Hand_Out(ProcessObject *process, PROCESS_INFORMATION &information) {
-    const auto id = static_cast<DWORD>(process->Id());
-    auto *thread = new ThreadObject(*process);
-    process->Retain();
-    const HANDLE process_handle = Open_Handle(process);
-    const HANDLE thread_handle = Open_Handle(thread);
-    const bool handed_out = process_handle && thread_handle;
-    if (handed_out)
+using ProcessHold =
+    std::unique_ptr<ProcessObject, decltype([](ProcessObject *object) { object->Release(); })>;
+using ThreadHold = std::unique_ptr<ThreadObject, decltype([](ThreadObject *object) { object->Release(); })>;
+
+// All that a started process needs of memory, so that there is no lack of it once it runs.
+struct NewProcess {
+    ProcessHold process{new ProcessObject};
+    ThreadHold thread{new ThreadObject(*process)};
+    Children place{process.get()};
+};
+
+long Hand_Out(NewProcess &made, PROCESS_INFORMATION &information) {
+    ProcessObject &process = *made.process;
+    const auto id = static_cast<DWORD>(process.Id());
+    process.Retain();
+    const HANDLE process_handle = Open_Handle(&process);
+    const HANDLE thread_handle = Open_Handle(made.thread.release());
+    if (process_handle && thread_handle) {
         information = {process_handle, thread_handle, id, id};
-    else
-        process->Terminate(1);
-    process->Release();
-    if (handed_out) return NO_ERROR;
+        return NO_ERROR;
+    }
+    process.Terminate(1);
     if (process_handle) CloseHandle(process_handle);
     if (thread_handle) CloseHandle(thread_handle);
     return ERROR_NOT_ENOUGH_QUOTA;
 }
 
 long Create_Process(LPCSTR program, LPCSTR command_line, const char *environment, LPCSTR directory,
-                    PROCESS_INFORMATION &information) {
+                    PROCESS_INFORMATION &information) try {
     Start start;
     if (const long error = Find_Program(program, command_line, start); error != NO_ERROR) return error;
     if (const long error = Find_Folder(directory, start.folder); error != NO_ERROR) return error;
     start.environment = Environment_For(environment);
-    ProcessObject *process = nullptr;
-    if (const long error = Start_On_Host(start, process); error != NO_ERROR) return error;
-    return Hand_Out(process, information);
+    NewProcess made;
+    if (const long error = Start_On_Host(start, *made.process); error != NO_ERROR) return error;
+    Watch_Child(made.place);
+    return Hand_Out(made, information);
+} catch (const std::bad_alloc &) {
+    return ERROR_NOT_ENOUGH_MEMORY;
 }
 
 } // namespace

@@ -28,6 +28,8 @@ constexpr Mode Modes[] = {
     {"ab+", O_RDWR | O_APPEND, true, false},
 };
 
+constexpr int Tries_To_Open = 20;
+
 const Mode *Find_Mode(const char *text) {
     for (const Mode &mode : Modes) {
         if (text && std::strcmp(mode.text, text) == 0) return &mode;
@@ -53,31 +55,56 @@ long Open_Or_Create(const char *path, const Mode &mode, HostPlace &place, FileDe
 }
 
 // A stream is for a plain file, or for a device that takes and gives bytes.
-long Prepare(int descriptor, const Mode &mode, bool means_folder) {
+long Prepare(int descriptor, const Mode &mode, bool means_folder, bool &plain) {
     struct stat status;
     if (fstat(descriptor, &status) != 0) return Error_Of_Errno(errno);
-    const bool plain = S_ISREG(status.st_mode);
+    plain = S_ISREG(status.st_mode);
     if (!plain && !S_ISCHR(status.st_mode)) return ERROR_ACCESS_DENIED;
     if (means_folder) return ERROR_INVALID_NAME;
     if (plain && (mode.access & O_ACCMODE) != O_RDONLY && Is_Read_Only(status.st_mode))
         return ERROR_ACCESS_DENIED;
     const int flags = fcntl(descriptor, F_GETFL);
     if (flags < 0 || fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) != 0) return Error_Of_Errno(errno);
-    if (plain) Mark_As_Open(descriptor);
-    if (plain && mode.empties && ftruncate(descriptor, 0) != 0) return Error_Of_Errno(errno);
     return NO_ERROR;
+}
+
+// A file may lose its name between its opening and its mark; then the name is looked for again.
+long Open_And_Mark(const char *path, const Mode &mode, FileDescriptor &file, bool &plain) {
+    HostPlace place;
+    for (int tries = Tries_To_Open; tries > 0; --tries) {
+        if (const long error = Open_Or_Create(path, mode, place, file); error != NO_ERROR) return error;
+        const long error = Prepare(file.Get(), mode, place.means_folder, plain);
+        if (error != NO_ERROR || !plain) return error;
+        if (!Mark_As_Open(file.Get())) return ERROR_SHARING_VIOLATION;
+        if (Leads_To(place.host_path, file.Get())) return NO_ERROR;
+        Unmark_As_Open(file.Get());
+    }
+    return ERROR_SHARING_VIOLATION;
+}
+
+long Close_Stream(FILE *stream) {
+    const long flushed = fflush(stream) == 0 ? NO_ERROR : Error_Of_Errno(errno);
+    Unmark_As_Open(fileno(stream));
+    const long closed = fclose(stream) == 0 ? NO_ERROR : Error_Of_Errno(errno);
+    return flushed == NO_ERROR ? closed : flushed;
 }
 
 long Open_Stream(const char *path, const Mode *mode, FILE *&stream) {
     if (!mode) return ERROR_INVALID_PARAMETER;
-    HostPlace place;
     FileDescriptor file;
-    if (const long error = Open_Or_Create(path, *mode, place, file); error != NO_ERROR) return error;
-    if (const long error = Prepare(file.Get(), *mode, place.means_folder); error != NO_ERROR) return error;
+    bool plain = false;
+    if (const long error = Open_And_Mark(path, *mode, file, plain); error != NO_ERROR) return error;
     stream = fdopen(file.Get(), mode->text);
-    if (!stream) return Error_Of_Errno(errno);
+    if (!stream) {
+        const long error = Error_Of_Errno(errno);
+        Unmark_As_Open(file.Get());
+        return error;
+    }
+    const bool done = !plain || !mode->empties || ftruncate(file.Get(), 0) == 0;
+    const long error = done ? NO_ERROR : Error_Of_Errno(errno);
     file.Give();
-    return NO_ERROR;
+    if (!done) Close_Stream(stream);
+    return error;
 }
 
 } // namespace
@@ -87,5 +114,9 @@ extern "C" {
 FILE *Machine_Open_Stream(const char *path, const char *mode) {
     FILE *stream = nullptr;
     return Succeed_Or_Set_Errno(Open_Stream(path, Find_Mode(mode), stream)) ? stream : nullptr;
+}
+
+int Machine_Close_Stream(FILE *stream) {
+    return Succeed_Or_Set_Errno(stream ? Close_Stream(stream) : ERROR_INVALID_PARAMETER) ? 0 : EOF;
 }
 }

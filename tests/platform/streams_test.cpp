@@ -1,10 +1,15 @@
 #include <tests/platform/file_verbs.h>
 #include <tests/support/second_process.h>
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
+#include <future>
 #include <memory>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -103,6 +108,76 @@ TEST_F(Streams, KeepTheirFileFromBeingDeletedByAnyProcess) {
     EXPECT_EQ(Errno_Of(Machine_Remove("file")), ENOENT);
     EXPECT_EQ(Errno_Of(Machine_Remove("c:\\")), EACCES);
     EXPECT_EQ(Errno_Of(Machine_Remove(nullptr)), ENOENT);
+}
+
+// Children that have what this process had open, and never become another program.
+class IdleChildren {
+  public:
+    ~IdleChildren() {
+        for (const pid_t id : ids_) {
+            kill(id, SIGKILL);
+            waitpid(id, nullptr, 0);
+        }
+    }
+    void Fork() {
+        const pid_t id = fork();
+        while (id == 0) pause();
+        ids_.push_back(id);
+    }
+
+  private:
+    std::vector<pid_t> ids_;
+};
+
+TEST_F(Streams, AndTheMakingOfNamesAreNotHeldUpByForkedChildren) {
+    FILE *stream = Machine_Open_Stream("file", "wb");
+    ASSERT_NE(stream, nullptr);
+    const auto Make_Names = [](std::string name) {
+        for (int i = 0; i < 2000; ++i) Create(name + std::to_string(i)), Remove(name + std::to_string(i));
+    };
+    auto making = std::async(std::launch::async, Make_Names, "name");
+    bool done = false;
+    {
+        IdleChildren children;
+        for (int i = 0; i < 50; ++i, usleep(1000)) children.Fork();
+        done = making.wait_for(std::chrono::seconds(30)) == std::future_status::ready;
+        EXPECT_EQ(Errno_Of(Machine_Close_Stream(stream)), 0);
+        EXPECT_EQ(Errno_Of(Machine_Remove("file")), 0);
+    }
+    EXPECT_TRUE(done) << "a child had the lock";
+}
+
+TEST_F(Renaming, SucceedsRightAfterClosingWhateverIsStarted) {
+    std::atomic<bool> enough{false};
+    std::thread starting([&] {
+        STARTUPINFOA startup = {};
+        startup.cb = sizeof startup;
+        while (!enough) {
+            PROCESS_INFORMATION started = {};
+            char line[] = "z:\\bin\\true";
+            if (!CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                                &started))
+                break;
+            CloseHandle(started.hThread);
+            CloseHandle(started.hProcess);
+        }
+    });
+    for (int i = 0; i < 500; ++i) {
+        FILE *stream = Machine_Open_Stream("new", "wb");
+        EXPECT_TRUE(stream);
+        if (!stream) break;
+        fputs("saved", stream);
+        EXPECT_EQ(Errno_Of(Machine_Close_Stream(stream)), 0);
+        EXPECT_EQ(Errno_Of(Machine_Rename("new", "saved")), 0) << i;
+        EXPECT_EQ(machine.Read("drive_c/saved"), "saved");
+        EXPECT_EQ(Errno_Of(Machine_Remove("saved")), 0) << i;
+    }
+    EXPECT_FALSE(enough.exchange(true));
+    starting.join();
+    FILE *full = Machine_Open_Stream("z:\\dev\\full", "wb");
+    fputs("lost", full);
+    EXPECT_EQ(Errno_Of(Machine_Close_Stream(full)), ENOSPC);
+    EXPECT_EQ(Errno_Of(Machine_Close_Stream(nullptr)), EINVAL);
 }
 
 TEST_F(Renaming, FailsWhenTheTargetIsThere) {
