@@ -40,7 +40,7 @@ class MemoryBlock {
 
 bool Is_There(const char *path) {
     FILE *stream = Machine_Open_Stream(path, "rb");
-    if (stream) std::fclose(stream);
+    if (stream) Machine_Close_Stream(stream);
     return stream != nullptr;
 }
 
@@ -99,7 +99,7 @@ int CKMFile::Open(const char *path, bool write, bool create) {
     if (create) {
         FILE *made = Machine_Open_Stream(path, "wb");
         if (!made) return File_Not_Found;
-        std::fclose(made);
+        Machine_Close_Stream(made);
     }
     m_Stream = Machine_Open_Stream(path, write ? "r+b" : "rb");
     if (!m_Stream) return File_Not_Found;
@@ -152,7 +152,7 @@ int CKMFile::Open_With_Rollback(const char *path) {
 }
 
 void CKMFile::Close_Stream() {
-    std::fclose(m_Stream);
+    Machine_Close_Stream(m_Stream);
     m_Stream = nullptr;
     m_Writable = false;
 }
