@@ -133,14 +133,14 @@ TEST_F(Streams, AndTheMakingOfNamesAreNotHeldUpByForkedChildren) {
     FILE *stream = Machine_Open_Stream("file", "wb");
     ASSERT_NE(stream, nullptr);
     const auto Make_Names = [](std::string name) {
-        for (int i = 0; i < 2000; ++i) Create(name + std::to_string(i)), Remove(name + std::to_string(i));
+        for (int i = 0; i < 1000; ++i) Create(name + std::to_string(i)), Remove(name + std::to_string(i));
     };
     auto making = std::async(std::launch::async, Make_Names, "name");
     bool done = false;
     {
         IdleChildren children;
         for (int i = 0; i < 50; ++i, usleep(1000)) children.Fork();
-        done = making.wait_for(std::chrono::seconds(30)) == std::future_status::ready;
+        done = making.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
         EXPECT_EQ(Errno_Of(Machine_Close_Stream(stream)), 0);
         EXPECT_EQ(Errno_Of(Machine_Remove("file")), 0);
     }
