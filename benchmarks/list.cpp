@@ -92,7 +92,7 @@ void Measure_Beside(const char *title, double limit, double spread_limit) {
 int main() {
     measure::Use_Plain_Memory();
     Measure_Beside<HeapList>("list (peer: std::list)", 1.0 / 3, 1.0);
-#if HAS_BOOST
+#if defined(HAS_BOOST)
     using BoostPool = boost::fast_pool_allocator<void *, boost::default_user_allocator_new_delete,
                                                  boost::details::pool::null_mutex>;
     Measure_Beside<PeerList<BoostPool>>("list (peer: std::list with Boost's fast_pool_allocator)", 1.0, 2.0);
