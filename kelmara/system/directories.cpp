@@ -136,9 +136,15 @@ int Clear_Current_Directory() {
     return 0;
 }
 
+// Attributes are those of what a link leads to; a search gives the link's own.
 bool Is_Link(const char *path) {
-    const DWORD attributes = GetFileAttributesA(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+    char name[MAX_PATH] = {};
+    std::size_t length = std::strlen(path);
+    while (length > 0 && path[length - 1] == '\\') --length;
+    if (length == 0 || length >= sizeof name) return false;
+    std::memcpy(name, path, length);
+    const FileSearch found(name);
+    return found.Found_Any() && found.Is_Link();
 }
 
 bool Lies_In(const char *path, const char *tree) {

@@ -115,6 +115,25 @@ TEST_F(Directories, AreDestroyedWithAllThatIsInThem) {
     EXPECT_EQ(Found("c:\\other\\*"), ". .. file sub") << "and nothing above it is touched";
 }
 
+TEST_F(Directories, AreNotDestroyedBehindALinkNorUnderTheCurrentDirectory) {
+    Put("beside/file");
+    std::filesystem::create_directory_symlink(On("drive_c/beside"), On("drive_c/link"));
+    Go_To("");
+    EXPECT_EQ(DirDestroyAll("c:\\link"), 0);
+    EXPECT_FALSE(std::filesystem::is_symlink(On("drive_c/link")));
+    EXPECT_TRUE(Is_There("drive_c/beside/file")) << "the link alone went";
+
+    Put("tree/inner/file");
+    Put("treeless/file");
+    Go_To("c:\\tree\\inner");
+    for (const char *path : {"c:\\tree", "C:\\TREE\\INNER\\", ".", "..", "c:\\"})
+        EXPECT_EQ(DirDestroyAll(path), -1) << path;
+    EXPECT_TRUE(Is_There("drive_c/tree/inner/file"));
+    EXPECT_EQ(Here(), "C:\\tree\\inner");
+    Go_To("c:\\treeless");
+    EXPECT_EQ(DirDestroyAll("c:\\tree"), 0) << "a name that only begins like another";
+}
+
 TEST_F(Directories, StopAtTheFirstFailure) {
     for (const char *name : {"tree/a", "tree/b/inner", "tree/c"}) Put(name);
     Write_Protect("drive_c/tree/b/inner");
