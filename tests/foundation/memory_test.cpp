@@ -45,6 +45,12 @@ class MemoryBinding : public MachineTest {
     }
 };
 
+SECOND_PROCESS(allocator_at_exit) {
+    std::atexit([] { ds_free(ds_malloc(1)); });
+    ds_free(ds_malloc(1));
+    return 7;
+}
+
 SECOND_PROCESS(allocator) {
     void *block = ds_malloc(10);
     block = ds_realloc(block, 20);
@@ -73,6 +79,7 @@ TEST_F(MemoryBinding, EndsTheProcessWithoutAWholeCompanion) {
         const auto [code, said] = Run("allocator");
         EXPECT_EQ(code, 1) << part;
         EXPECT_EQ(said.rfind("loaded\nInitialize\n", 0), 0u) << said;
+        EXPECT_EQ(Run("allocator_at_exit").first, 1) << "exit routines find no half of a binding";
     }
 }
 
