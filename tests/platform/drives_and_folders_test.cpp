@@ -1,4 +1,4 @@
-#include <tests/platform/file_verbs.h>
+#include <tests/support/file_verbs.h>
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include <platform/kernel.h>
 #include <platform/user.h>
 
-#include <tests/platform/registry_verbs.h>
+#include <tests/support/registry_verbs.h>
 #include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
 

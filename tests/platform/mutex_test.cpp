@@ -1,4 +1,4 @@
-#include <tests/platform/handles.h>
+#include <tests/support/handles.h>
 #include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
 

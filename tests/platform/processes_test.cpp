@@ -1,6 +1,6 @@
 #include <platform/user.h>
 
-#include <tests/platform/file_verbs.h>
+#include <tests/support/file_verbs.h>
 #include <tests/support/second_process.h>
 
 #include <csignal>

@@ -1,6 +1,6 @@
 // What the registry's calls give: codes, sizes, names and orders.
 
-#include <tests/platform/registry_verbs.h>
+#include <tests/support/registry_verbs.h>
 
 #include <platform/kernel.h>
 

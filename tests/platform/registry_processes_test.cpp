@@ -1,6 +1,6 @@
 // The registry of several processes at once, killed ones among them.
 
-#include <tests/platform/registry_verbs.h>
+#include <tests/support/registry_verbs.h>
 #include <tests/support/second_process.h>
 
 #include <platform/kernel.h>

@@ -1,6 +1,6 @@
 // What the registry's file stands: cut, flipped, foreign, full, and not to be written.
 
-#include <tests/platform/registry_verbs.h>
+#include <tests/support/registry_verbs.h>
 #include <tests/support/second_process.h>
 
 #include <algorithm>

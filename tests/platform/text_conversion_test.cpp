@@ -1,4 +1,4 @@
-#include <tests/platform/handles.h>
+#include <tests/support/handles.h>
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <kelmara/containers/list.h>
 
-#include <tests/platform/registry_verbs.h>
+#include <tests/support/registry_verbs.h>
 #include <tests/support/test_machine.h>
 #include <tests/support/test_memory.h>
 

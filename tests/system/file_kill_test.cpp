@@ -1,6 +1,6 @@
 // A process killed at any call of the host in the middle of a save leaves the old file or the new one.
 
-#include <tests/platform/file_verbs.h>
+#include <tests/support/file_verbs.h>
 
 #include <kelmara/system/file.h>
 

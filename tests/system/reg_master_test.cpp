@@ -3,8 +3,8 @@
 #include <platform/kernel.h>
 #include <platform/user.h>
 
-#include <tests/platform/registry_verbs.h>
 #include <tests/support/library_heap.h>
+#include <tests/support/registry_verbs.h>
 #include <tests/support/replaced_import.h>
 #include <tests/support/test_machine.h>
 #include <tests/support/test_memory.h>
