@@ -102,8 +102,8 @@ PLATFORM_API BOOL FindClose(HANDLE find);
 // --- the folders of Windows, and the current one ----------------------------------------------------------
 
 /// The folder's path in `out`, which has room for `size` characters: its length. When it does not fit, the
-/// room that it needs with its terminator, and `out` stays. 0 on failure. The folders are made if they are
-/// not there. "C:\WINDOWS\TEMP\", with its separator:
+/// room that it needs with its terminator, and `out` stays. The folders are made if they are not
+/// there and can be. "C:\WINDOWS\TEMP\", with its separator:
 PLATFORM_API DWORD GetTempPathA(DWORD size, LPSTR out);
 /// "C:\WINDOWS".
 PLATFORM_API UINT GetWindowsDirectoryA(LPSTR out, UINT size);

@@ -15,10 +15,10 @@ namespace {
 
 constinit CStrAlloc Storage;
 
-constexpr int Constructor_Failure = -1;      // what constructors throw
-constexpr int Most_Replacements = 65536;     // of one Replace_String
-constexpr int Number_Size = 12;              // bytes of a number's text at most
-constexpr std::size_t Longest_Removal = 512; // characters that Next_Token takes out at once
+constexpr int Constructor_Failure = -1;        // what constructors throw
+constexpr std::size_t Most_Steps_Back = 65536; // of one Replace_String
+constexpr int Number_Size = 12;                // bytes of a number's text at most
+constexpr std::size_t Longest_Removal = 512;   // characters that Next_Token takes out at once
 constexpr char Token_Ends[] = " \t\n\r";
 
 const char *Or_Empty(const char *text) {
@@ -275,7 +275,9 @@ void CSafeStr::Replace_String(const CSafeStr &find, const CSafeStr &replacement)
     // alphabet. What ends only after very many steps is ended before.
     const bool brings_it_back = std::strstr(replacement.Data, find.Data) != nullptr;
     const char *from = Data;
-    for (int replacements = 0; replacements < Most_Replacements; ++replacements) {
+    // Those that go forward through the text are no more than it has characters.
+    std::size_t left = std::strlen(Data) + Most_Steps_Back;
+    for (; left > 0; --left) {
         const char *const place = std::strstr(from, find.Data);
         if (!place) return;
         const auto at = static_cast<std::size_t>(place - Data);

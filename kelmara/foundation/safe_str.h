@@ -135,8 +135,8 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
     /// Replaces every `find`, searching again from the start after each. Works in the storage that the text
     /// has: a replacement whose result would not fit there (511 characters while the text is in the object)
     /// is not made and ends the operation. An empty `find` replaces nothing. Where `replacement` holds
-    /// `find`, each place of the text as it was is replaced once. At most 65,536 replacements are made.
-    /// Storage of up to 512 bytes is zero behind a changed text.
+    /// `find`, each place of the text as it was is replaced once. It ends after as many replacements as the
+    /// text has characters and 65,536 more. Storage of up to 512 bytes is zero behind a changed text.
     void Replace_String(const CSafeStr &find, const CSafeStr &replacement);
 
     /// Wraps the text in double quotes, unless it begins with one.

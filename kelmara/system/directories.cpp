@@ -234,7 +234,7 @@ int ClearDir(const char *path) {
 
 int DirDestroyAll(const char *path) {
     const RememberedDirectory before;
-    if (!before.Is_Known() || !path || !*path) return Failed;
+    if (!before.Is_Known() || !path || !*path || std::strchr(path, '/')) return Failed;
     if (Is_Link(path)) return Zero_If(RemoveDirectoryA(path));
     if (!Can_Be_Left(path, before)) return Failed;
     const int result = ClearDir(path);

@@ -24,7 +24,8 @@ KELMARA_API void DirCreate(const char *path);
 KELMARA_API int ClearDir(const char *path);
 
 /// ClearDir, and deletes `path` too; of a link, the link alone. The current directory is in the end what it
-/// was. 0, or -1; where `path` cannot be entered, or is or holds the current directory, nothing is deleted.
+/// was. 0, or -1; where `path` has a forward slash, cannot be entered, or is or holds the current directory,
+/// nothing is deleted.
 KELMARA_API int DirDestroyAll(const char *path);
 
 /// The directory that INF files know as `id`, in `path`, which has room for 269 characters and a terminator:

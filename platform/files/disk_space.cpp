@@ -30,8 +30,11 @@ constexpr DWORD Most_Old_Clusters = 65535;
 bool Find_Stated(char letter, const char *what, Bytes &bytes) {
     std::string text;
     if (!Find_Machine_Setting(Drive_Setting(letter) + what, text)) return false;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bytes);
-    return error == std::errc() && end == text.data() + text.size();
+    Bytes stated = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), stated);
+    if (error != std::errc() || end != text.data() + text.size()) return false;
+    bytes = stated;
+    return true;
 }
 
 // What is not stated keeps within what is.

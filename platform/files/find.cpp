@@ -31,7 +31,7 @@ class FindObject final : public KernelObject {
         : KernelObject(ObjectKind::Find), folder_(std::move(folder)), entries_(std::move(entries)) {}
 
     /// False when there is none left.
-    bool Next(WIN32_FIND_DATAA &data);
+    long Next(WIN32_FIND_DATAA &data);
 
   private:
     ~FindObject() override = default;
@@ -55,12 +55,16 @@ DWORD Entry_Attributes(const std::string &path, const struct statx &own) {
     return Attributes_Of(target.st_mode) | FILE_ATTRIBUTE_REPARSE_POINT;
 }
 
-// False when the entry is gone.
-bool Describe(const std::string &folder, const Entry &entry, WIN32_FIND_DATAA &data) {
+bool Is_Gone(int code) {
+    return code == ENOENT || code == ENOTDIR || code == ESTALE;
+}
+
+// ERROR_FILE_NOT_FOUND when the entry is gone.
+long Describe(const std::string &folder, const Entry &entry, WIN32_FIND_DATAA &data) {
     const std::string path = folder + '/' + entry.host_name;
     struct statx status;
     if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
-        return false;
+        return Is_Gone(errno) ? ERROR_FILE_NOT_FOUND : Error_Of_Errno(errno);
     }
     const bool has_birth = status.stx_mask & STATX_BTIME;
     const unsigned long long size = S_ISREG(status.stx_mode) ? status.stx_size : 0;
@@ -73,15 +77,17 @@ bool Describe(const std::string &folder, const Entry &entry, WIN32_FIND_DATAA &d
     data.nFileSizeLow = static_cast<DWORD>(size);
     std::memcpy(data.cFileName, entry.windows_name.data(),
                 std::min(entry.windows_name.size(), sizeof data.cFileName - 1));
-    return true;
+    return NO_ERROR;
 }
 
-bool FindObject::Next(WIN32_FIND_DATAA &data) {
+// Entries that are gone meanwhile are passed over.
+long FindObject::Next(WIN32_FIND_DATAA &data) {
     const std::lock_guard guard(lock_);
     while (next_ < entries_.size()) {
-        if (Describe(folder_, entries_[next_++], data)) return true;
+        const long error = Describe(folder_, entries_[next_++], data);
+        if (error != ERROR_FILE_NOT_FOUND) return error;
     }
-    return false;
+    return ERROR_NO_MORE_FILES;
 }
 
 bool Is_Dots(std::string_view name) {
@@ -109,8 +115,10 @@ struct Search {
 long Read_Folder(const HostPlace &place, const NamePattern &pattern, Search &search) {
     const Folder folder(opendir(place.host_path.c_str()));
     if (!folder) return errno == ENOENT ? ERROR_PATH_NOT_FOUND : Error_Of_Errno(errno);
-    errno = 0;
-    while (const dirent *found = readdir(folder.get())) {
+    for (;;) {
+        errno = 0;
+        const dirent *found = readdir(folder.get());
+        if (!found) break;
         const bool dots = Is_Dots(found->d_name);
         if (dots && place.is_root) continue;
         Entry entry = {dots ? found->d_name : Windows_Name_Of(found->d_name), found->d_name};
@@ -168,20 +176,23 @@ HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA *data) {
         return INVALID_HANDLE_VALUE;
     }
     auto *find = new FindObject(std::move(search.folder), std::move(search.entries));
-    if (!find->Next(*data)) {
+    WIN32_FIND_DATAA first;
+    if (const long error = find->Next(first); error != NO_ERROR) {
         find->Release();
-        SetLastError(ERROR_FILE_NOT_FOUND);
+        SetLastError(error == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : error);
         return INVALID_HANDLE_VALUE;
     }
     const HANDLE handle = Open_Handle(find);
-    return handle ? handle : INVALID_HANDLE_VALUE;
+    if (!handle) return INVALID_HANDLE_VALUE;
+    *data = first;
+    return handle;
 }
 
 BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA *data) {
     const HandleUse use(find, ObjectKind::Find);
     if (!use) return Succeed_Or_Tell(ERROR_INVALID_HANDLE);
     if (!data) return Succeed_Or_Tell(ERROR_INVALID_PARAMETER);
-    return Succeed_Or_Tell(use.As<FindObject>().Next(*data) ? NO_ERROR : ERROR_NO_MORE_FILES);
+    return Succeed_Or_Tell(use.As<FindObject>().Next(*data));
 }
 
 BOOL FindClose(HANDLE find) {

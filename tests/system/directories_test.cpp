@@ -118,6 +118,8 @@ TEST_F(Directories, AreDestroyedWithAllThatIsInThem) {
 TEST_F(Directories, AreNotDestroyedBehindALinkNorUnderTheCurrentDirectory) {
     Put("beside/file");
     std::filesystem::create_directory_symlink(On("drive_c/beside"), On("drive_c/link"));
+    for (const char *slashed : {"c:\\link/", "c:/link", "c:\\link\\/"}) EXPECT_EQ(DirDestroyAll(slashed), -1);
+    EXPECT_TRUE(Is_There("drive_c/beside/file"));
     EXPECT_EQ(DirDestroyAll("c:\\link"), 0);
     EXPECT_FALSE(std::filesystem::is_symlink(On("drive_c/link")));
     EXPECT_TRUE(Is_There("drive_c/beside/file")) << "the link alone went";
