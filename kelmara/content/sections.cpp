@@ -29,11 +29,14 @@ static_assert(offsetof(ItemRecord, size) == 256 && offsetof(ItemRecord, inline_v
 static_assert(offsetof(ItemRecord, heap_value) == 516 && offsetof(ItemRecord, release) == 520);
 static_assert(sizeof(ItemRecord) == 524);
 
-// The value goes when its record goes.
+// The value goes when its record goes, and the record also when the release of the value throws.
 void Release_Record(void *block) {
-    const OwnedBlock owner(block);
     const auto *const record = static_cast<ItemRecord *>(block);
-    if (record->heap_value && record->release) record->release(record->heap_value);
+    try {
+        if (record->heap_value && record->release) record->release(record->heap_value);
+    } catch (...) {
+    }
+    ds_free(block);
 }
 
 std::size_t Name_Length(const char *name) {
@@ -272,6 +275,16 @@ long SectionScanner::Begin_Section() {
     return 0;
 }
 
+// Not by `delete`: it would end the process over what the bound routine throws.
+void Destroy_Quietly(CSectionEntry *section) {
+    if (!section) return;
+    try {
+        section->~CSectionEntry();
+        ds_free(section);
+    } catch (...) {
+    }
+}
+
 } // namespace
 
 long Load_Sections(const char *text, long size, CDSList *sections, bool stripQuotes) {
@@ -287,7 +300,7 @@ long Unload_Sections(CDSList *sections) {
     for (long before = sections->Entries(0); before > 0; before = sections->Entries(0)) {
         auto *const section = static_cast<CSectionEntry *>(sections->Pop(0));
         if (sections->Entries(0) >= before) break; // locked
-        delete section;
+        Destroy_Quietly(section);
     }
     return 0;
 }
