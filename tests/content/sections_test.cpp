@@ -73,7 +73,7 @@ TEST_F(Sections, ReadEveryLineToItsEnd) {
         {"k=\n[s]\na=b\n", "[S]k=;a=b;"},
         {"word\n;comment\n\n[s]a=b", "[S]worda=b;"},
         {"[\t\";=\x80z]\x81\xFF=\xFE", "[\t\";=\x80Z]\x81\xFF=\xFE;"},
-        {"[s]\"k\"=\"a b\"\nq=\" x \"\ns=\"a;b\"", "[S]k=a b;q= x;s=a;"},
+        {"[s]\"k\"=\"a b\"\nq=\" x \"\ns=\"a;b\"", "[S]k=a b;q=x;s=a;"},
         {std::string("[s]k=a\0b\n", 9), std::string("[S]k=a\0b;", 9)},
         {"[s]k=1\n[open\n]\nk=2", "-8306 [S]k=1;"},
         {"[s]k=1\n[open", "-8306 [S]k=1;"},

@@ -11,6 +11,7 @@
 #include <tests/support/test_memory.h>
 
 #include <climits>
+#include <cstring>
 
 namespace {
 
@@ -149,7 +150,7 @@ TEST_F(Templates, SayWhatFailed) {
     tokenizer.Use_Token_Table(&codes);
     EXPECT_EQ(Expanded("&phone&"), "error -2147024809") << "a table, but no host";
     Set_Up();
-    for (const std::string &code : {"", "'ABC"}) Define(codes, ("short" + code).c_str(), code);
+    for (const std::string code : {"", "'ABC"}) Define(codes, ("short" + code).c_str(), code);
     const ByText all_set_up = {
         {"a^MISSING^", "error 1168"},
         {"&PHONE&", "error 1168"},
