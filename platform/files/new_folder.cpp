@@ -42,6 +42,6 @@ void Make_Folders(LPCSTR path) {
 extern "C" {
 
 BOOL CreateDirectoryA(LPCSTR path, const SECURITY_ATTRIBUTES *) {
-    return Succeed_Or_Tell(Make_Folder(path));
+    return Succeed_Or_Tell(Code_Of([=] { return Make_Folder(path); }));
 }
 }

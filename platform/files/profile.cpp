@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>
+#include <new>
 #include <optional>
 #include <sys/stat.h>
 
@@ -155,12 +156,18 @@ extern "C" {
 DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR fallback, LPSTR out, DWORD size,
                                LPCSTR file) {
     if (!out || size == 0) return 0;
-    std::string text;
-    const long error = Read_Profile(file, text);
-    if (error != NO_ERROR) SetLastError(static_cast<DWORD>(error));
-    if (!section) return Give_List(Section_Names(text), out, size);
-    if (!key) return Give_List(Key_Names(text, Trimmed(section)), out, size);
-    const auto value = Find_Value(text, Trimmed(section), Trimmed(key));
-    return Give_Cut(value ? *value : Without_Blanks_Behind(fallback ? fallback : ""), out, size);
+    const std::string_view otherwise = Without_Blanks_Behind(fallback ? fallback : "");
+    try {
+        std::string text;
+        const long error = Read_Profile(file, text);
+        if (error != NO_ERROR) SetLastError(static_cast<DWORD>(error));
+        if (!section) return Give_List(Section_Names(text), out, size);
+        if (!key) return Give_List(Key_Names(text, Trimmed(section)), out, size);
+        const auto value = Find_Value(text, Trimmed(section), Trimmed(key));
+        return Give_Cut(value ? *value : otherwise, out, size);
+    } catch (const std::bad_alloc &) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return Give_Cut(otherwise, out, size);
+    }
 }
 }

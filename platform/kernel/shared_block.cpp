@@ -174,8 +174,8 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
         opened.error = ERROR_PATH_NOT_FOUND;
         return opened;
     }
-    const std::string lock_path = machine + "/names.lock";
-    const std::string path = folder + "/" + File_Name_Of(name);
+    std::string lock_path = machine + "/names.lock";
+    std::string path = folder + "/" + File_Name_Of(name);
 
     NamesLock names(lock_path);
     if (!names.Held()) {
@@ -196,7 +196,7 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
             opened.error = ERROR_ACCESS_DENIED;
             return opened;
         }
-        opened.block.reset(new SharedBlock(existing.Give(), path, lock_path, size));
+        opened.block.reset(new SharedBlock(existing.Give(), std::move(path), std::move(lock_path), size));
         return opened;
     }
 
@@ -218,8 +218,8 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
         unlink(path.c_str());
         return opened;
     }
-    block->path_ = path;
-    block->lock_path_ = lock_path;
+    block->path_ = std::move(path);
+    block->lock_path_ = std::move(lock_path);
     if (making.first_use) making.first_use(block->Contents());
     opened.block = std::move(block);
     opened.fresh = true;
@@ -262,7 +262,8 @@ void SharedBlock::Let_Name_Go_If_Last(Patience patience) {
         return;
     }
     unlink(path_.c_str());
-    rmdir(path_.substr(0, path_.rfind('/')).c_str());
+    path_.resize(path_.rfind('/'));
+    rmdir(path_.c_str());
     lock_path_.clear();
 }
 

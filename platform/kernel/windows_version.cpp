@@ -70,7 +70,9 @@ BOOL GetVersionExA(OSVERSIONINFOA *information) {
     if (!information || information->dwOSVersionInfoSize != sizeof *information) {
         return Succeed_Or_Tell(ERROR_INSUFFICIENT_BUFFER);
     }
-    const WindowsVersion version = Windows_Of_This_Machine();
+    WindowsVersion version{};
+    const auto find = [&] { return version = Windows_Of_This_Machine(), NO_ERROR; };
+    if (!Succeed_Or_Tell(Code_Of(find))) return FALSE;
     information->dwMajorVersion = version.major;
     information->dwMinorVersion = version.minor;
     information->dwBuildNumber = Told_Build(version);

@@ -4,6 +4,7 @@
 #include <platform/files/name_lock.h>
 #include <platform/files/paths.h>
 #include <platform/files/sharing.h>
+#include <platform/kernel/outcome.h>
 #include <platform/runtime/runtime_error.h>
 
 #include <cstring>
@@ -113,7 +114,8 @@ extern "C" {
 
 FILE *Machine_Open_Stream(const char *path, const char *mode) {
     FILE *stream = nullptr;
-    return Succeed_Or_Set_Errno(Open_Stream(path, Find_Mode(mode), stream)) ? stream : nullptr;
+    const long error = Code_Of([&] { return Open_Stream(path, Find_Mode(mode), stream); });
+    return Succeed_Or_Set_Errno(error) ? stream : nullptr;
 }
 
 int Machine_Close_Stream(FILE *stream) {
