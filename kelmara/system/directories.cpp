@@ -32,7 +32,8 @@ bool Copy_With_Backslash(char (&out)[Path_Size], const char *path) {
 // The current directory, to come back to.
 class RememberedDirectory {
   public:
-    RememberedDirectory() : m_Known(Machine_Get_Directory(m_Path, sizeof m_Path) != nullptr) {}
+    // One whose name no path can have is not known: there would be no way back.
+    RememberedDirectory() : m_Known(Machine_Get_Directory(m_Path, sizeof m_Path) && Go_Back()) {}
     bool Is_Known() const { return m_Known; }
     bool Go_Back() const { return Machine_Change_Directory(m_Path) == 0; }
     const char *Path() const { return m_Path; }
@@ -103,6 +104,11 @@ class FileSearch {
     WIN32_FIND_DATAA m_Entry = {};
     HANDLE m_Handle;
 };
+
+// No forward slash, and not a bare drive, which could be its root or the current directory there.
+bool Says_What_To_Delete(const char *path) {
+    return !std::strchr(path, '/') && path[std::strlen(path) - 1] != ':';
+}
 
 int Zero_If(bool done) {
     return done ? 0 : Failed;
@@ -227,14 +233,14 @@ void DirCreate(const char *path) {
 
 int ClearDir(const char *path) {
     char checked[Path_Size];
-    if (!Copy_With_Backslash(checked, path)) return Failed;
+    if (!Copy_With_Backslash(checked, path) || !Says_What_To_Delete(path)) return Failed;
     if (Machine_Change_Directory(path) != 0) return Failed;
     return Clear_Current_Directory();
 }
 
 int DirDestroyAll(const char *path) {
     const RememberedDirectory before;
-    if (!before.Is_Known() || !path || !*path || std::strchr(path, '/')) return Failed;
+    if (!before.Is_Known() || !path || !*path || !Says_What_To_Delete(path)) return Failed;
     if (Is_Link(path)) return Zero_If(RemoveDirectoryA(path));
     if (!Can_Be_Left(path, before)) return Failed;
     const int result = ClearDir(path);

@@ -62,6 +62,17 @@ bool Form_Work_Name(char (&name)[256], const char *path, unsigned counter) {
     return Fits(std::snprintf(name, sizeof name, "%s-%d", path, static_cast<int>(number)), name);
 }
 
+// Others look whether a working name is taken, and have the file open for a moment then.
+template <class Attempt>
+bool Done_In_Time(Attempt attempt) {
+    constexpr int Most_Attempts = 200;
+    for (int attempts = 1;; ++attempts) {
+        if (attempt()) return true;
+        if (GetLastError() != ERROR_SHARING_VIOLATION || attempts == Most_Attempts) return false;
+        Sleep(1);
+    }
+}
+
 } // namespace
 
 CKMFile::CKMFile() = default;
@@ -158,13 +169,13 @@ void CKMFile::Close_Stream() {
 }
 
 void CKMFile::Delete_Work_File() {
-    if (m_WorkName[0]) Machine_Remove(m_WorkName);
+    if (m_WorkName[0]) Done_In_Time([this] { return Machine_Remove(m_WorkName) == 0; });
     m_WorkName[0] = 0;
 }
 
 int CKMFile::Commit() {
     m_RollbackPending = false;
-    if (Machine_Rename(m_WorkName, m_TargetName) != 0) {
+    if (!Done_In_Time([this] { return Machine_Rename(m_WorkName, m_TargetName) == 0; })) {
         Delete_Work_File();
         return Target_Exists;
     }
@@ -206,10 +217,11 @@ int CKMFile::Write(const void *buffer, long size, bool flush) {
 
 int CKMFile::GetLength() {
     if (!m_Stream) return 0;
-    const long position = std::ftell(m_Stream);
+    std::fpos_t position; // may lie beyond what a `long` can tell
+    if (std::fgetpos(m_Stream, &position) != 0) return -1;
     const bool at_end = std::fseek(m_Stream, 0, SEEK_END) == 0;
     const long length = at_end ? std::ftell(m_Stream) : -1;
-    std::fseek(m_Stream, position, SEEK_SET);
+    std::fsetpos(m_Stream, &position);
     return static_cast<int>(length);
 }
 
