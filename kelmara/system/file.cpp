@@ -6,6 +6,7 @@
 #include <platform/kernel.h>
 #include <platform/runtime.h>
 
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 
@@ -38,10 +39,14 @@ class MemoryBlock {
     void *m_Block;
 };
 
-bool Is_There(const char *path) {
-    FILE *stream = Machine_Open_Stream(path, "rb");
-    if (stream) Machine_Close_Stream(stream);
-    return stream != nullptr;
+enum class Making { Made, Taken, Failed };
+
+// Looking and making in one step: what has the name stays as it is.
+Making Make_File(const char *path) {
+    FILE *made = Machine_Open_Stream(path, "wbx");
+    if (!made) return errno == EEXIST ? Making::Taken : Making::Failed;
+    Machine_Close_Stream(made);
+    return Making::Made;
 }
 
 template <std::size_t Size>
@@ -62,7 +67,7 @@ bool Form_Work_Name(char (&name)[256], const char *path, unsigned counter) {
     return Fits(std::snprintf(name, sizeof name, "%s-%d", path, static_cast<int>(number)), name);
 }
 
-// Others look whether a working name is taken, and have the file open for a moment then.
+// Others may have the file open for a moment.
 template <class Attempt>
 bool Done_In_Time(Attempt attempt) {
     constexpr int Most_Attempts = 200;
@@ -127,24 +132,27 @@ int CKMFile::Open_Append(const char *path) {
 }
 
 // A name that led to no file is forgotten, so that no later Close deletes what somebody else has under it.
+int CKMFile::Forget_Work_Name() {
+    m_WorkName[0] = 0;
+    return File_Not_Found;
+}
+
 int CKMFile::Open_Work_File(bool &mode) {
-    const int result = Open(m_WorkName, true, true);
-    if (result == 0)
-        mode = true;
-    else
-        m_WorkName[0] = 0;
-    return result;
+    if (Open(m_WorkName, true, false) != 0) {
+        Delete_Work_File();
+        return File_Not_Found;
+    }
+    mode = true;
+    return 0;
 }
 
 int CKMFile::Open_Temp_File() {
     Close_If_Open();
-    for (;;) {
-        if (!Form_Temp_Name(m_WorkName)) {
-            m_WorkName[0] = 0;
-            return File_Not_Found;
-        }
-        if (!Is_There(m_WorkName)) return Open_Work_File(m_DeleteOnClose);
-        Sleep(1);
+    for (;; Sleep(1)) {
+        if (!Form_Temp_Name(m_WorkName)) return Forget_Work_Name();
+        const Making making = Make_File(m_WorkName);
+        if (making == Making::Failed) return Forget_Work_Name();
+        if (making == Making::Made) return Open_Work_File(m_DeleteOnClose);
     }
 }
 
@@ -152,11 +160,10 @@ int CKMFile::Open_With_Rollback(const char *path) {
     Close_If_Open();
     if (!path) return File_Not_Found;
     for (unsigned counter = 0;; ++counter) {
-        if (!Form_Work_Name(m_WorkName, path, counter)) {
-            m_WorkName[0] = 0;
-            return File_Not_Found;
-        }
-        if (!Is_There(m_WorkName)) break;
+        if (!Form_Work_Name(m_WorkName, path, counter)) return Forget_Work_Name();
+        const Making making = Make_File(m_WorkName);
+        if (making == Making::Failed) return Forget_Work_Name();
+        if (making == Making::Made) break;
     }
     std::memcpy(m_TargetName, path, std::strlen(path) + 1);
     return Open_Work_File(m_RollbackPending);

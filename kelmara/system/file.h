@@ -98,6 +98,7 @@ class KELMARA_API CKMFile : public CAutoDeleteableObject {
     KELMARA_INTERNAL int Commit();
     KELMARA_INTERNAL void Close_Stream();
     KELMARA_INTERNAL void Delete_Work_File();
+    KELMARA_INTERNAL int Forget_Work_Name();
     KELMARA_INTERNAL int Open_Work_File(bool &mode);
     KELMARA_INTERNAL int Read_Whole(void *block, long size, long position);
 

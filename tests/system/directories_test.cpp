@@ -1,5 +1,6 @@
 #include <tests/support/file_verbs.h>
 #include <tests/support/host_permissions.h>
+#include <tests/support/replaced_import.h>
 
 #include <kelmara/system/directories.h>
 
@@ -144,6 +145,37 @@ TEST_F(Directories, AreLeftAloneWhereThereIsNoWayBack) {
     EXPECT_EQ(std::filesystem::current_path().filename(), "a?b");
     Go_To("c:\\");
     EXPECT_EQ(Found("c:\\*") + Found("tree\\*"), "a?b tree. .. file");
+}
+
+std::string swapped, swapped_for;
+int Swap_And_Change_Directory(const char *path) {
+    if (std::string_view(path).ends_with("\\sub")) {
+        std::filesystem::rename(swapped, swapped + " aside");
+        std::filesystem::create_directory_symlink(swapped_for, swapped);
+    }
+    return Machine_Change_Directory(path);
+}
+
+TEST_F(Directories, AreNotClearedBehindWhatBecomesALink) {
+    Put("tree/sub/file");
+    Put("victim/file");
+    swapped = On("drive_c/tree/sub");
+    swapped_for = On("drive_c/victim");
+    const ReplacedImport swap("libkelmara.so", "Machine_Change_Directory",
+                              reinterpret_cast<void *>(Swap_And_Change_Directory));
+    EXPECT_EQ(DirDestroyAll("c:\\tree"), -1);
+    EXPECT_TRUE(Is_There("drive_c/victim/file"));
+    EXPECT_EQ(Here(), "C:\\");
+}
+
+TEST_F(Directories, AreNotClearedWhenTheSearchFails) {
+    Put("tree/a");
+    Put("tree/b");
+    const ReplacedImport fail("libkelmara.so", "FindNextFileA", reinterpret_cast<void *>(+[] {
+                                  SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+                                  return FALSE;
+                              }));
+    EXPECT_EQ(ClearDir("c:\\tree"), -1);
 }
 
 TEST_F(Directories, StopAtTheFirstFailure) {

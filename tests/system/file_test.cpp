@@ -4,6 +4,7 @@
 #include <kelmara/system/file.h>
 
 #include <csignal>
+#include <future>
 #include <sys/resource.h>
 #include <thread>
 
@@ -147,6 +148,25 @@ TEST_F(Files, TakeTheirNameAtCloseUnlessRolledBack) {
     EXPECT_EQ(file.Open_With_Rollback("no\\where"), 2);
     EXPECT_EQ(file.Close(), 1006);
     EXPECT_EQ(Found("*"), "left new");
+}
+
+TEST_F(Files, AreTemporaryEachForOneAlone) {
+    const auto write_and_read = [] {
+        int others = 0;
+        for (int i = 0; i < 30; ++i) {
+            CKMFile mine;
+            int number = gettid() * 100 + i;
+            const int written = number;
+            if (mine.Open_Temp_File() + mine.Write(&number, sizeof number, true) != 0) ++others;
+            Sleep(1);
+            if (mine.MoveTo(0, 0) + mine.Read(&number, sizeof number) != 0 || number != written) ++others;
+            if (mine.GetLength() != sizeof number) ++others;
+        }
+        return others;
+    };
+    auto first = std::async(std::launch::async, write_and_read);
+    auto second = std::async(std::launch::async, write_and_read);
+    EXPECT_EQ(first.get() + second.get(), 0);
 }
 
 // A rival who looks whether a working name is taken has it open for a moment.
