@@ -5,52 +5,38 @@
 #include <kelmara/foundation/owned_block.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/file.h>
+#include <kelmara/system/remembered_directory.h>
 
-#include <platform/files.h>
+#include <platform/runtime.h>
 
 #include <climits>
 #include <cstring>
 
 namespace {
 
-constexpr int Scripts_Folder = 5, Script_Includes_Folder = 6;
+constexpr int Define_Folders[] = {5, 6}; // "Scripts", then "ScriptIncludes"
 constexpr char Define[] = "#define";
 constexpr long Define_Length = sizeof Define - 1;
 constexpr long Name_Limit = 256;
 constexpr long Value_Limit = 64; // bytes that are looked at; the last one is never part of a value
 
-/// Leaves the current directory as it was made in.
-class DirectoryVisit {
-  public:
-    DirectoryVisit() {
-        const DWORD length = GetCurrentDirectoryA(sizeof m_Before, m_Before);
-        m_Known = length > 0 && length < sizeof m_Before;
-    }
-    ~DirectoryVisit() {
-        if (m_Known) SetCurrentDirectoryA(m_Before);
-    }
-    DirectoryVisit(const DirectoryVisit &) = delete;
-    DirectoryVisit &operator=(const DirectoryVisit &) = delete;
-
-    bool Can_Return() const { return m_Known; }
-    void Go_To(int suite_folder) const {
-        char path[MAX_PATH];
-        GetKelMaraFolderPath(suite_folder, path);
-        if (*path) SetCurrentDirectoryA(path);
-    }
-
-  private:
-    char m_Before[MAX_PATH] = {};
-    bool m_Known;
-};
+void Enter_Suite_Folder(int folder) {
+    char path[MAX_PATH];
+    GetKelMaraFolderPath(folder, path);
+    if (*path) Machine_Change_Directory(path);
+}
 
 long Open_In_Suite_Folders(CKMFile &file, const char *name) {
-    const DirectoryVisit visit;
-    if (!visit.Can_Return()) return CKMFile::File_Not_Found;
-    visit.Go_To(Scripts_Folder);
-    if (file.Open(name, false, false) == 0) return 0;
-    visit.Go_To(Script_Includes_Folder);
-    return file.Open(name, false, false);
+    const RememberedDirectory before;
+    if (!before.Is_Known()) return CKMFile::File_Not_Found;
+    long result = CKMFile::File_Not_Found;
+    for (const int folder : Define_Folders) {
+        Enter_Suite_Folder(folder);
+        result = file.Open(name, false, false);
+        before.Go_Back();
+        if (result == 0) break;
+    }
+    return result;
 }
 
 /// The whole file with a terminator: 0, and the block is the caller's.

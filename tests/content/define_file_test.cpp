@@ -111,6 +111,11 @@ TEST_F(DefineFile, IsFoundInTheSuitesFolders) {
     EXPECT_EQ(Tokenize_Define_File("second.def", nullptr), E_INVALIDARG);
     Name_Folder("Scripts", "C:\\missing");
     EXPECT_EQ(Read("second.def"), "WHERE=includes;");
+    EXPECT_EQ(Read("here.def"), "WHERE=elsewhere;") << "in place of a folder that is not there";
+    std::filesystem::remove_all(On("drive_c/elsewhere"));
+    CHashTable table;
+    EXPECT_EQ(Tokenize_Define_File("second.def", &table), 2) << "no way back";
+    ASSERT_EQ(Go_To("c:\\"), 0);
 }
 
 TEST_F(DefineFile, StandsDamage) {
