@@ -39,13 +39,13 @@ extern "C" {
 DWORD GetFileAttributesA(LPCSTR path) {
     std::string host_path;
     mode_t mode;
-    const long error = Find_Mode(path, host_path, mode);
+    const long error = Code_Of([&] { return Find_Mode(path, host_path, mode); });
     if (error == NO_ERROR) return Attributes_Of(mode);
     SetLastError(error);
     return INVALID_FILE_ATTRIBUTES;
 }
 
 BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) {
-    return Succeed_Or_Tell(Set_Attributes(path, attributes));
+    return Succeed_Or_Tell(Code_Of([=] { return Set_Attributes(path, attributes); }));
 }
 }

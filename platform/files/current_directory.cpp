@@ -31,12 +31,12 @@ long Find_Current_Directory(std::string &windows_path) {
 extern "C" {
 
 BOOL SetCurrentDirectoryA(LPCSTR path) {
-    return Succeed_Or_Tell(Change_Directory(path));
+    return Succeed_Or_Tell(Code_Of([=] { return Change_Directory(path); }));
 }
 
 DWORD GetCurrentDirectoryA(DWORD size, LPSTR out) {
     std::string path;
-    if (!Succeed_Or_Tell(Find_Current_Directory(path))) return 0;
+    if (!Succeed_Or_Tell(Code_Of([&] { return Find_Current_Directory(path); }))) return 0;
     return Give_Text(path, out, size);
 }
 }

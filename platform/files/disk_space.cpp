@@ -64,6 +64,15 @@ long Find_Space(LPCSTR path, Space &space) {
     return NO_ERROR;
 }
 
+// The space with the clusters that it is counted in, of which there are not more than `most`.
+long Find_Counted_Space(LPCSTR root, Space &space, DWORD &most) {
+    if (const long error = Find_Space(root, space); error != NO_ERROR) return error;
+    if (Windows_Of_This_Machine().nt) return NO_ERROR;
+    space.cluster = Old_Cluster;
+    most = Most_Old_Clusters;
+    return NO_ERROR;
+}
+
 DWORD Clusters(Bytes bytes, const Space &space, DWORD most) {
     return static_cast<DWORD>(std::min<Bytes>(bytes / space.cluster, most));
 }
@@ -83,10 +92,8 @@ extern "C" {
 BOOL GetDiskFreeSpaceA(LPCSTR root, DWORD *sectors_per_cluster, DWORD *bytes_per_sector, DWORD *free_clusters,
                        DWORD *clusters) {
     Space space;
-    if (const long error = Find_Space(root, space); error != NO_ERROR) return Succeed_Or_Tell(error);
-    const bool nt = Windows_Of_This_Machine().nt;
-    if (!nt) space.cluster = Old_Cluster;
-    const DWORD most = nt ? Largest_Number : Most_Old_Clusters;
+    DWORD most = Largest_Number;
+    if (!Succeed_Or_Tell(Code_Of([&] { return Find_Counted_Space(root, space, most); }))) return FALSE;
     Give(sectors_per_cluster, space.cluster / Sector);
     Give(bytes_per_sector, Sector);
     Give(free_clusters, Clusters(space.free_to_caller, space, most));
@@ -97,7 +104,7 @@ BOOL GetDiskFreeSpaceA(LPCSTR root, DWORD *sectors_per_cluster, DWORD *bytes_per
 BOOL GetDiskFreeSpaceExA(LPCSTR folder, ULARGE_INTEGER *free_to_caller, ULARGE_INTEGER *size,
                          ULARGE_INTEGER *free) {
     Space space;
-    if (const long error = Find_Space(folder, space); error != NO_ERROR) return Succeed_Or_Tell(error);
+    if (!Succeed_Or_Tell(Code_Of([&] { return Find_Space(folder, space); }))) return FALSE;
     Give(free_to_caller, space.free_to_caller);
     Give(size, space.size);
     Give(free, space.free);

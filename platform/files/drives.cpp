@@ -5,6 +5,7 @@
 #include <platform/files/paths.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/machine_state.h>
+#include <platform/kernel/outcome.h>
 
 namespace {
 
@@ -29,6 +30,22 @@ UINT Kind_Of(char letter) {
     return DRIVE_UNKNOWN;
 }
 
+UINT Kind_At(LPCSTR root) {
+    const bool bare = root && root[0] && root[1] == ':' && !root[2];
+    HostPlace place;
+    const long error = Find_Disk_Place(bare ? (std::string(root) + '\\').c_str() : root, place);
+    return error == NO_ERROR && place.is_root ? Kind_Of(place.windows_path[0]) : DRIVE_NO_ROOT_DIR;
+}
+
+// Each with its terminator.
+std::string Roots_Of_All_Drives() {
+    std::string roots;
+    for (char letter = 'A'; letter <= 'Z'; ++letter) {
+        if (!Drive_Root(letter).empty()) roots.append({letter, ':', '\\', '\0'});
+    }
+    return roots;
+}
+
 } // namespace
 
 std::string Drive_Setting(char letter) {
@@ -42,17 +59,10 @@ long Find_Disk_Place(LPCSTR path, HostPlace &place) {
 extern "C" {
 
 DWORD GetLogicalDriveStringsA(DWORD size, LPSTR out) {
-    std::string roots;
-    for (char letter = 'A'; letter <= 'Z'; ++letter) {
-        if (!Drive_Root(letter).empty()) roots.append({letter, ':', '\\', '\0'});
-    }
-    return Give_Text(roots, out, size);
+    return Within_Memory(DWORD{0}, [=] { return Give_Text(Roots_Of_All_Drives(), out, size); });
 }
 
 UINT GetDriveTypeA(LPCSTR root) {
-    const bool bare = root && root[0] && root[1] == ':' && !root[2];
-    HostPlace place;
-    const long error = Find_Disk_Place(bare ? (std::string(root) + '\\').c_str() : root, place);
-    return error == NO_ERROR && place.is_root ? Kind_Of(place.windows_path[0]) : DRIVE_NO_ROOT_DIR;
+    return Within_Memory(DRIVE_UNKNOWN, [=] { return Kind_At(root); });
 }
 }

@@ -166,23 +166,27 @@ long Begin_Search(LPCSTR path, Search &search) {
     return Search_For_Pattern(whole.substr(0, split), name, search);
 }
 
+using FindHold = std::unique_ptr<FindObject, decltype([](FindObject *find) { find->Release(); })>;
+
+long Begin_Find(LPCSTR path, FindHold &find, WIN32_FIND_DATAA &first) {
+    Search search;
+    if (const long error = Begin_Search(path, search); error != NO_ERROR) return error;
+    find.reset(new FindObject(std::move(search.folder), std::move(search.entries)));
+    const long error = find->Next(first);
+    return error == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : error;
+}
+
 } // namespace
 
 extern "C" {
 
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA *data) {
-    Search search;
-    if (!Succeed_Or_Tell(data ? Begin_Search(pattern, search) : ERROR_INVALID_PARAMETER)) {
-        return INVALID_HANDLE_VALUE;
-    }
-    auto *find = new FindObject(std::move(search.folder), std::move(search.entries));
+    FindHold find;
     WIN32_FIND_DATAA first;
-    if (const long error = find->Next(first); error != NO_ERROR) {
-        find->Release();
-        SetLastError(error == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : error);
-        return INVALID_HANDLE_VALUE;
-    }
-    const HANDLE handle = Open_Handle(find);
+    const long error =
+        Code_Of([&] { return data ? Begin_Find(pattern, find, first) : ERROR_INVALID_PARAMETER; });
+    if (!Succeed_Or_Tell(error)) return INVALID_HANDLE_VALUE;
+    const HANDLE handle = Open_Handle(find.release());
     if (!handle) return INVALID_HANDLE_VALUE;
     *data = first;
     return handle;
@@ -192,7 +196,7 @@ BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA *data) {
     const HandleUse use(find, ObjectKind::Find);
     if (!use) return Succeed_Or_Tell(ERROR_INVALID_HANDLE);
     if (!data) return Succeed_Or_Tell(ERROR_INVALID_PARAMETER);
-    return Succeed_Or_Tell(use.As<FindObject>().Next(*data));
+    return Succeed_Or_Tell(Code_Of([&] { return use.As<FindObject>().Next(*data); }));
 }
 
 BOOL FindClose(HANDLE find) {

@@ -22,6 +22,7 @@ bool Is_There(LPCSTR path) {
 
 long Make_Folder(LPCSTR path) {
     const NameLock lock;
+    if (lock.Error() != NO_ERROR) return lock.Error();
     HostPlace place;
     if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
     if (place.is_root) return ERROR_ACCESS_DENIED;
@@ -42,6 +43,6 @@ void Make_Folders(LPCSTR path) {
 extern "C" {
 
 BOOL CreateDirectoryA(LPCSTR path, const SECURITY_ATTRIBUTES *) {
-    return Succeed_Or_Tell(Make_Folder(path));
+    return Succeed_Or_Tell(Code_Of([=] { return Make_Folder(path); }));
 }
 }

@@ -63,10 +63,10 @@ long Delete_File(LPCSTR path) {
 extern "C" {
 
 BOOL DeleteFileA(LPCSTR path) {
-    return Succeed_Or_Tell(Delete_File(path));
+    return Succeed_Or_Tell(Code_Of([=] { return Delete_File(path); }));
 }
 
 BOOL RemoveDirectoryA(LPCSTR path) {
-    return Succeed_Or_Tell(Remove_Folder(path));
+    return Succeed_Or_Tell(Code_Of([=] { return Remove_Folder(path); }));
 }
 }

@@ -2,6 +2,7 @@
 
 #include <linux/membarrier.h>
 #include <mutex>
+#include <new>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -35,7 +36,8 @@ Announcement *Unused_Announcement() {
         bool taken = false;
         if (a->taken.compare_exchange_strong(taken, true)) return a;
     }
-    auto *fresh = new Announcement;
+    auto *fresh = new (std::nothrow) Announcement;
+    if (!fresh) return nullptr;
     fresh->next = announcements.load(std::memory_order_relaxed);
     while (!announcements.compare_exchange_weak(fresh->next, fresh, std::memory_order_release)) {
     }
@@ -47,6 +49,7 @@ Announcement *Unused_Announcement() {
 Announcement *Begin_To_Announce() {
     announcers_pay = !Kernel_Has_Barrier();
     own_announcement = Unused_Announcement();
+    if (!own_announcement) return nullptr;
     static thread_local GiveBackAtThreadEnd at_end;
     (void)&at_end;
     return own_announcement;

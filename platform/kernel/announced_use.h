@@ -16,8 +16,8 @@ struct Announcement {
 };
 
 [[gnu::tls_model("initial-exec")]] extern constinit thread_local Announcement *own_announcement;
-extern bool announcers_pay; // set before the first announcement
-Announcement *Begin_To_Announce();
+extern bool announcers_pay;        // set before the first announcement
+Announcement *Begin_To_Announce(); // null when memory runs out
 
 inline void Order_Announcement() {
     if (announcers_pay) [[unlikely]]
@@ -25,7 +25,8 @@ inline void Order_Announcement() {
     std::atomic_signal_fence(std::memory_order_seq_cst);
 }
 
-/// One at a time in a thread. Empty when the handle is not open or names an object of another kind. Whoever
+/// One at a time in a thread. Empty when the handle is not open or names an object of another kind, and when
+/// there is no memory for a thread's first one: the way that counts serves then. Whoever
 /// ends one asks afterwards whether the object waits to be taken away: that is the last moment.
 class AnnouncedUse {
   public:
@@ -36,6 +37,8 @@ class AnnouncedUse {
         own_ = own_announcement;
         if (!own_) [[unlikely]]
             own_ = Begin_To_Announce();
+        if (!own_) [[unlikely]]
+            return;
         own_->object.store(object, std::memory_order_relaxed);
         Order_Announcement();
         if (Peek_Slot(*slot, kind) == object)

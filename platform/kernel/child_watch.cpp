@@ -1,7 +1,9 @@
 #include <platform/kernel/child_watch.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <poll.h>
 #include <pthread.h>
@@ -21,9 +23,21 @@ struct Watch {
     Children children;
 };
 
+constinit std::atomic<Watch *> the_watch{nullptr};
+
+// A forked child has neither the thread nor the processes; its lock may be held for ever.
+void Begin_Anew_In_Child() {
+    the_watch.store(nullptr, std::memory_order_relaxed);
+}
+
 Watch &The_Watch() {
-    static Watch *watch = new Watch;
-    return *watch;
+    if (Watch *watch = the_watch.load(std::memory_order_acquire)) return *watch;
+    [[maybe_unused]] static const int told = pthread_atfork(nullptr, nullptr, Begin_Anew_In_Child);
+    auto fresh = std::make_unique<Watch>();
+    Watch *made = nullptr;
+    if (the_watch.compare_exchange_strong(made, fresh.get(), std::memory_order_acq_rel))
+        return *fresh.release();
+    return *made;
 }
 
 // False for lack of memory.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <map>
 #include <mutex>
+#include <new>
 #include <sys/mman.h>
 
 namespace {
@@ -86,10 +87,15 @@ LPVOID MapViewOfFile(HANDLE mapping, DWORD access, DWORD offset_high, DWORD offs
         mmap(nullptr, length, protection, private_copy ? MAP_PRIVATE : MAP_SHARED,
              object.Block().Descriptor(), static_cast<off_t>(Shared_Block_Contents_Offset) + offset_low);
     if (view == MAP_FAILED) return Fail(ERROR_NOT_ENOUGH_MEMORY);
-    object.Retain();
     Views &views = The_Views();
     std::lock_guard guard(views.lock);
-    views.mapped[view] = {&object, length};
+    try {
+        views.mapped[view] = {&object, length};
+    } catch (const std::bad_alloc &) {
+        munmap(view, length);
+        return Fail(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    object.Retain();
     return view;
 }
 

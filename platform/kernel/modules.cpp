@@ -3,6 +3,7 @@
 #include <platform/files/paths.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/module_file.h>
+#include <platform/kernel/outcome.h>
 #include <platform/kernel/windows_version.h>
 
 #include <algorithm>
@@ -207,6 +208,13 @@ long Load_Data_File(const ModuleName &name, HMODULE &module) {
     return NO_ERROR;
 }
 
+long Load_By_Flags(LPCSTR path, DWORD flags, HMODULE &module) {
+    const ModuleName name(path);
+    const std::lock_guard guard(The_Modules().lock);
+    if (flags & LOAD_LIBRARY_AS_DATAFILE) return Load_Data_File(name, module);
+    return Load(name, !(flags & DONT_RESOLVE_DLL_REFERENCES), module);
+}
+
 long Find_Windows_Path(HMODULE module, std::string &windows_path) {
     std::string host_path;
     if (!Find_Host_Path(module, host_path)) return ERROR_MOD_NOT_FOUND;
@@ -220,6 +228,14 @@ long Find_Windows_Path(HMODULE module, std::string &windows_path) {
 // A call that came with a later Windows than this one.
 bool Is_Lacking(const char *name) {
     return std::strcmp(name, "GetDiskFreeSpaceExA") == 0 && Is_First_Windows_95();
+}
+
+long Find_Callable(HMODULE module, const char *name, void *&address) {
+    std::string path;
+    if (!Find_Host_Path(module, path)) return ERROR_MOD_NOT_FOUND;
+    if (module == The_Platform() && Is_Lacking(name)) return ERROR_PROC_NOT_FOUND;
+    address = Find_Export(module, name);
+    return address ? NO_ERROR : ERROR_PROC_NOT_FOUND;
 }
 
 template <class Result>
@@ -240,12 +256,8 @@ HMODULE LoadLibraryExA(LPCSTR path, HANDLE reserved, DWORD flags) {
     if (reserved || (flags & ~Known_Flags)) return Fail<HMODULE>(ERROR_INVALID_PARAMETER);
     if (!path || !*path) return Fail<HMODULE>(ERROR_INVALID_PARAMETER);
     const DWORD last_error = GetLastError();
-    const ModuleName name(path);
     HMODULE module = nullptr;
-    const std::lock_guard guard(The_Modules().lock);
-    const long error = flags & LOAD_LIBRARY_AS_DATAFILE
-                           ? Load_Data_File(name, module)
-                           : Load(name, !(flags & DONT_RESOLVE_DLL_REFERENCES), module);
+    const long error = Code_Of([&] { return Load_By_Flags(path, flags, module); });
     SetLastError(error == NO_ERROR ? last_error : static_cast<DWORD>(error));
     return module;
 }
@@ -255,25 +267,23 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     if (!module || reinterpret_cast<std::uintptr_t>(name) < First_Name) {
         return Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
     }
-    std::string path;
-    if (!Find_Host_Path(module, path)) return Fail<FARPROC>(ERROR_MOD_NOT_FOUND);
-    if (module == The_Platform() && Is_Lacking(name)) return Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
-    void *address = Find_Export(module, name);
-    return address ? reinterpret_cast<FARPROC>(address) : Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
+    void *address = nullptr;
+    const long error = Code_Of([&] { return Find_Callable(module, name, address); });
+    return error == NO_ERROR ? reinterpret_cast<FARPROC>(address) : Fail<FARPROC>(error);
 }
 
 HMODULE GetModuleHandleA(LPCSTR name) {
-    if (!name) return The_Program();
-    const HMODULE module = Module_Of(Find_Loaded(ModuleName(name)));
-    return module ? module : Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
+    return Within_Memory(HMODULE{}, [=] {
+        if (!name) return The_Program();
+        const HMODULE module = Module_Of(Find_Loaded(ModuleName(name)));
+        return module ? module : Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
+    });
 }
 
 DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
     std::string windows_path;
-    if (const long error = Find_Windows_Path(module ? module : The_Program(), windows_path);
-        error != NO_ERROR) {
-        return Fail<DWORD>(error);
-    }
+    const auto find = [&] { return Find_Windows_Path(module ? module : The_Program(), windows_path); };
+    if (!Succeed_Or_Tell(Code_Of(find))) return 0;
     if (size == 0 || !path) return Fail<DWORD>(ERROR_INSUFFICIENT_BUFFER);
     const std::size_t length = std::min<std::size_t>(windows_path.size(), size - 1);
     std::memcpy(path, windows_path.data(), length);
@@ -285,12 +295,13 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
 
 BOOL FreeLibrary(HMODULE module) {
     const DWORD last_error = GetLastError();
-    Modules &modules = The_Modules();
-    const std::lock_guard guard(modules.lock);
-    if (modules.data_files.erase(module) == 0 && !Take_Back_Load(modules, module)) {
-        return Fail<BOOL>(ERROR_MOD_NOT_FOUND);
-    }
-    SetLastError(last_error);
-    return TRUE;
+    const long error = Code_Of([=] {
+        Modules &modules = The_Modules();
+        const std::lock_guard guard(modules.lock);
+        const bool done = modules.data_files.erase(module) != 0 || Take_Back_Load(modules, module);
+        return done ? NO_ERROR : ERROR_MOD_NOT_FOUND;
+    });
+    SetLastError(error == NO_ERROR ? last_error : static_cast<DWORD>(error));
+    return error == NO_ERROR;
 }
 }

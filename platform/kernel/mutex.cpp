@@ -58,6 +58,7 @@ class MutexObject final : public NamedObject {
     ~MutexObject() override = default;
     void Last_Released() override;
     void Let_Name_Go() override { block_->Let_Name_Go_If_Last(SharedBlock::Patience::Give_Up); }
+    static MutexObject *Take_Aside_Or_New();
     void Take(std::unique_ptr<SharedBlock> block, pthread_mutex_t *lock);
     DWORD Outcome(int locked);
     [[gnu::noinline]] DWORD Unusual_Outcome(int locked);
@@ -76,6 +77,12 @@ struct Shelf {
     std::mutex lock;
     std::vector<MutexObject *> aside;     // to be used again
     std::vector<MutexObject *> lingering; // closed, but owned by a thread of this process when last seen
+    std::size_t objects = 0;              // all there are; both lists have room for them
+
+    void Make_Room_For_One_More() {
+        aside.reserve(objects + 1);
+        lingering.reserve(objects + 1);
+    }
 };
 
 Shelf &The_Shelf() {
@@ -182,20 +189,28 @@ bool MutexObject::In_Use_By_This_Process() const {
 NamedObject *MutexObject::Make(std::unique_ptr<SharedBlock> block) {
     auto *lock = static_cast<pthread_mutex_t *>(block->Contents());
     if (!lock || block->Size() < sizeof(pthread_mutex_t)) return nullptr;
-    Shelf &shelf = The_Shelf();
-    MutexObject *object = nullptr;
-    {
-        std::lock_guard guard(shelf.lock);
-        if (!shelf.aside.empty()) {
-            object = shelf.aside.back();
-            shelf.aside.pop_back();
-        }
+    try {
+        MutexObject *object = Take_Aside_Or_New();
+        object->Take(std::move(block), lock);
+        return object;
+    } catch (const std::bad_alloc &) {
+        pthread_mutex_unlock(lock); // of whoever made it, to own it: the block goes next
+        throw;
     }
-    if (object)
-        object->Retain();
-    else
-        object = new MutexObject;
-    object->Take(std::move(block), lock);
+}
+
+MutexObject *MutexObject::Take_Aside_Or_New() {
+    Shelf &shelf = The_Shelf();
+    std::lock_guard guard(shelf.lock);
+    if (shelf.aside.empty()) {
+        shelf.Make_Room_For_One_More();
+        auto *fresh = new MutexObject;
+        ++shelf.objects;
+        return fresh;
+    }
+    MutexObject *object = shelf.aside.back();
+    shelf.aside.pop_back();
+    object->Retain();
     return object;
 }
 
@@ -242,8 +257,9 @@ void MutexObject::Finish() {
     }
 }
 
-// Objects whose owner ended without a release.
-void MutexObject::Sweep_Lingering() {
+// Objects whose owner ended without a release. Those that there is no memory to look at wait for another
+// call.
+void MutexObject::Sweep_Lingering() try {
     std::vector<MutexObject *> waiting;
     {
         Shelf &shelf = The_Shelf();
@@ -251,6 +267,7 @@ void MutexObject::Sweep_Lingering() {
         waiting = shelf.lingering;
     }
     for (MutexObject *object : waiting) object->Finish();
+} catch (const std::bad_alloc &) {
 }
 
 } // namespace

@@ -6,13 +6,16 @@
 #include <cstring>
 #include <map>
 #include <mutex>
+#include <new>
 #include <strings.h>
 
 namespace {
 
+using OpenObjects = std::map<std::string, NamedObject *>; // by machine and name
+
 struct Names {
     std::mutex lock;
-    std::map<std::string, NamedObject *> open; // by machine and name
+    OpenObjects open;
 };
 
 Names &The_Names() {
@@ -61,7 +64,7 @@ void NamedObject::Forget_Name() {
 }
 
 HANDLE NamedObjects::Open(ObjectKind kind, SharedBlockKind block_kind, const char *name, std::uint32_t size,
-                          SharedBlockMaking making, Maker make, bool *fresh) {
+                          SharedBlockMaking making, Maker make, bool *fresh) try {
     if (!name || !*name) {
         SharedBlock::Opened opened = SharedBlock::Make_Private(size, making);
         if (!opened.block) return Fail(opened.error);
@@ -76,7 +79,9 @@ HANDLE NamedObjects::Open(ObjectKind kind, SharedBlockKind block_kind, const cha
     if (std::strchr(name, '\\')) return Fail(ERROR_PATH_NOT_FOUND);
     if (!*name) return Fail(ERROR_INVALID_NAME);
 
-    const std::string key = Shared_Memory_Folder_Path() + "/" + name;
+    std::string key = Shared_Memory_Folder_Path() + "/" + name;
+    OpenObjects listing; // made first, so that nothing can fail once there is an object to list
+    listing.emplace(key, nullptr);
     Names &names = The_Names();
     std::unique_lock guard(names.lock);
     if (const auto found = names.open.find(key); found != names.open.end()) {
@@ -92,9 +97,11 @@ HANDLE NamedObjects::Open(ObjectKind kind, SharedBlockKind block_kind, const cha
     if (!opened.block) return Fail(opened.error);
     NamedObject *object = make(std::move(opened.block));
     if (!object) return Fail(ERROR_COMMITMENT_LIMIT);
-    object->key_ = key;
-    names.open[key] = object;
+    names.open.insert(listing.extract(listing.begin())).position->second = object;
+    object->key_.swap(key);
     guard.unlock();
     *fresh = opened.fresh;
     return Hand_Out(object, opened.fresh);
+} catch (const std::bad_alloc &) {
+    return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }

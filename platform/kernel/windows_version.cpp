@@ -37,6 +37,7 @@ void Take_Numbers(WindowsVersion &version) {
     std::string numbers;
     unsigned major, minor, build;
     if (!Find_Machine_Setting("windows_version", numbers)) return;
+    if (numbers.find_first_not_of("0123456789.") != std::string::npos) return;
     const int given = std::sscanf(numbers.c_str(), "%3u.%3u.%5u", &major, &minor, &build);
     if (given < 2) return;
     version.major = major;
@@ -70,7 +71,9 @@ BOOL GetVersionExA(OSVERSIONINFOA *information) {
     if (!information || information->dwOSVersionInfoSize != sizeof *information) {
         return Succeed_Or_Tell(ERROR_INSUFFICIENT_BUFFER);
     }
-    const WindowsVersion version = Windows_Of_This_Machine();
+    WindowsVersion version{};
+    const auto find = [&] { return version = Windows_Of_This_Machine(), NO_ERROR; };
+    if (!Succeed_Or_Tell(Code_Of(find))) return FALSE;
     information->dwMajorVersion = version.major;
     information->dwMinorVersion = version.minor;
     information->dwBuildNumber = Told_Build(version);

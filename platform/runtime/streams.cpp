@@ -4,6 +4,7 @@
 #include <platform/files/name_lock.h>
 #include <platform/files/paths.h>
 #include <platform/files/sharing.h>
+#include <platform/kernel/outcome.h>
 #include <platform/runtime/runtime_error.h>
 
 #include <cstring>
@@ -13,7 +14,7 @@ namespace {
 struct Mode {
     const char *text;
     int access; // and O_APPEND
-    bool creates, empties;
+    bool creates, empties, exclusive = false;
 };
 
 constexpr Mode Modes[] = {
@@ -21,6 +22,7 @@ constexpr Mode Modes[] = {
     {"r+b", O_RDWR, false, false},
     {"rb+", O_RDWR, false, false},
     {"wb", O_WRONLY, true, true},
+    {"wbx", O_WRONLY, true, true, true},
     {"w+b", O_RDWR, true, true},
     {"wb+", O_RDWR, true, true},
     {"ab", O_WRONLY | O_APPEND, true, false},
@@ -48,9 +50,12 @@ long Open_Or_Create(const char *path, const Mode &mode, HostPlace &place, FileDe
     file = Open_On_Host(place, mode.access);
     if (!file && errno == ENOENT && mode.creates && !place.means_folder) {
         const NameLock lock;
+        if (lock.Error() != NO_ERROR) return lock.Error();
         if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
-        file = Open_On_Host(place, mode.access | O_CREAT);
+        file = Open_On_Host(place, mode.access | O_CREAT | (mode.exclusive ? O_EXCL : 0));
+        if (file) return NO_ERROR;
     }
+    if (file && mode.exclusive) return ERROR_FILE_EXISTS;
     return file ? NO_ERROR : Error_At(place.host_path, errno);
 }
 
@@ -113,7 +118,8 @@ extern "C" {
 
 FILE *Machine_Open_Stream(const char *path, const char *mode) {
     FILE *stream = nullptr;
-    return Succeed_Or_Set_Errno(Open_Stream(path, Find_Mode(mode), stream)) ? stream : nullptr;
+    const long error = Code_Of([&] { return Open_Stream(path, Find_Mode(mode), stream); });
+    return Succeed_Or_Set_Errno(error) ? stream : nullptr;
 }
 
 int Machine_Close_Stream(FILE *stream) {

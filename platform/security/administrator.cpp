@@ -4,6 +4,7 @@
 #include <platform/kernel/machine_state.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <grp.h>
 #include <unistd.h>
 #include <vector>
@@ -11,13 +12,19 @@
 namespace {
 
 constexpr const char *Administrator_Groups[] = {"sudo", "wheel", "admin"};
-constexpr std::size_t Room_For_A_Group = 65536;
+constexpr std::size_t Room_For_A_Group = 4096;
+constexpr std::size_t Most_Room_For_A_Group = 1 << 24;
 
 bool Has_Group(const std::vector<gid_t> &groups, const char *name) {
     std::vector<char> room(Room_For_A_Group);
     group record;
     group *found = nullptr;
-    if (getgrnam_r(name, &record, room.data(), room.size(), &found) != 0 || !found) return false;
+    int error;
+    while ((error = getgrnam_r(name, &record, room.data(), room.size(), &found)) == ERANGE &&
+           room.size() < Most_Room_For_A_Group) {
+        room.resize(room.size() * 2);
+    }
+    if (error != 0 || !found) return false;
     return std::find(groups.begin(), groups.end(), found->gr_gid) != groups.end();
 }
 

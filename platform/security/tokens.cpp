@@ -108,15 +108,18 @@ long Tell_Groups(HANDLE token, TOKEN_INFORMATION_CLASS what, void *out, DWORD si
 extern "C" {
 
 BOOL OpenThreadToken(HANDLE thread, DWORD, BOOL, HANDLE *) {
-    if (!Has_Tokens()) return Succeed_Or_Tell(ERROR_CALL_NOT_IMPLEMENTED);
-    return Succeed_Or_Tell(thread == GetCurrentThread() ? ERROR_NO_TOKEN : ERROR_INVALID_HANDLE);
+    return Succeed_Or_Tell(Code_Of([=] {
+        if (!Has_Tokens()) return ERROR_CALL_NOT_IMPLEMENTED;
+        const bool is_thread = thread == GetCurrentThread() || HandleUse(thread, ObjectKind::Thread);
+        return is_thread ? ERROR_NO_TOKEN : ERROR_INVALID_HANDLE;
+    }));
 }
 
 BOOL OpenProcessToken(HANDLE process, DWORD access, HANDLE *token) {
-    return Succeed_Or_Tell(Open_Token(process, access, token));
+    return Succeed_Or_Tell(Code_Of([=] { return Open_Token(process, access, token); }));
 }
 
 BOOL GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS what, void *out, DWORD size, DWORD *needed) {
-    return Succeed_Or_Tell(Tell_Groups(token, what, out, size, needed));
+    return Succeed_Or_Tell(Code_Of([=] { return Tell_Groups(token, what, out, size, needed); }));
 }
 }

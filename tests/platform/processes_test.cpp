@@ -204,6 +204,21 @@ TEST_F(Processes, LeaveNothingBehindThoughNobodyWaits) {
     EXPECT_EQ(errno, ECHILD);
 }
 
+TEST_F(Processes, LeaveNothingBehindInAForkedProgramEither) {
+    ASSERT_EQ(Start_Line("true"), 0);
+    const pid_t forked = fork();
+    if (forked == 0) {
+        Program program;
+        const bool started = Start(program, nullptr, "true") == 0;
+        const DWORD id = program.information.dwProcessId;
+        program.Close();
+        _exit(started && Waits_Until([&] { return !Is_In_The_Hosts_List(id); }) ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(forked, &status, 0), forked);
+    EXPECT_EQ(status, 0);
+}
+
 // Ends in the way that it is told.
 SECOND_PROCESS(finisher) {
     const std::string way = process.Arguments().at(0);

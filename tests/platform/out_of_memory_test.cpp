@@ -1,0 +1,245 @@
+// Memory that runs out inside a call of the machine: a code, never an exception, and nothing is left behind.
+
+#include <platform/files.h>
+#include <platform/kernel.h>
+#include <platform/machine.h>
+#include <platform/registry.h>
+#include <platform/runtime.h>
+#include <platform/security.h>
+#include <tests/support/file_verbs.h>
+#include <tests/support/test_machine.h>
+
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <optional>
+
+namespace {
+
+// The machine's allocations in this thread come here, since the program's operator is everybody's.
+thread_local unsigned long allocations_until_failure = 0; // 0: none fails
+thread_local bool fails_for_ever = false;
+
+bool Must_Fail() {
+    if (allocations_until_failure == 0) return false;
+    if (allocations_until_failure > 1) return --allocations_until_failure, false;
+    if (!fails_for_ever) allocations_until_failure = 0;
+    return true;
+}
+
+} // namespace
+
+// GCC takes the malloc behind the operator for a mismatch once it is inlined.
+[[gnu::noinline]] void *operator new(std::size_t size) {
+    if (Must_Fail()) throw std::bad_alloc();
+    if (void *block = std::malloc(size ? size : 1)) return block;
+    throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+    return Must_Fail() ? nullptr : std::malloc(size ? size : 1);
+}
+
+[[gnu::noinline]] void operator delete(void *block) noexcept {
+    std::free(block);
+}
+
+[[gnu::noinline]] void operator delete(void *block, std::size_t) noexcept {
+    std::free(block);
+}
+
+namespace {
+
+struct Call {
+    const char *name;
+    std::function<bool()> succeeds; // cleans up what it made
+};
+
+struct OutOfMemoryTest : FileTest {
+    // True when the failure came to pass.
+    bool Run_With_Failure(const Call &call, unsigned long at, bool for_ever) {
+        std::optional<bool> done;
+        SetLastError(NO_ERROR);
+        fails_for_ever = for_ever;
+        allocations_until_failure = at;
+        try {
+            done = call.succeeds();
+        } catch (...) {
+        }
+        const bool reached = allocations_until_failure == 0 || (for_ever && allocations_until_failure == 1);
+        allocations_until_failure = 0;
+        const DWORD error = GetLastError();
+        EXPECT_TRUE(done) << call.name << " let an exception out at allocation " << at;
+        if (done == false) {
+            EXPECT_EQ(error, static_cast<DWORD>(ERROR_NOT_ENOUGH_MEMORY))
+                << call.name << " at allocation " << at;
+            EXPECT_TRUE(reached) << call.name << " failed with enough memory";
+        }
+        return reached;
+    }
+};
+
+bool Closed(HANDLE handle) {
+    return handle && CloseHandle(handle);
+}
+
+bool With_Code(LONG error) {
+    SetLastError(static_cast<DWORD>(error));
+    return error == ERROR_SUCCESS;
+}
+
+bool Finds(const char *pattern) {
+    WIN32_FIND_DATAA data;
+    const HANDLE find = FindFirstFileA(pattern, &data);
+    if (find == INVALID_HANDLE_VALUE) return false;
+    bool all = true;
+    while (FindNextFileA(find, &data)) {
+    }
+    all = GetLastError() == static_cast<DWORD>(ERROR_NO_MORE_FILES);
+    const DWORD error = GetLastError();
+    FindClose(find);
+    SetLastError(error);
+    return all;
+}
+
+bool Maps() {
+    const HANDLE mapping =
+        CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 100, "Scarce");
+    if (!mapping) return false;
+    void *view = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0);
+    if (view) UnmapViewOfFile(view);
+    CloseHandle(mapping);
+    return view != nullptr;
+}
+
+bool Tells_Groups() {
+    HANDLE token;
+    BYTE groups[1024];
+    DWORD size;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) return false;
+    const bool told = GetTokenInformation(token, TokenGroups, groups, sizeof groups, &size);
+    CloseHandle(token);
+    return told;
+}
+
+bool Starts_A_Process() {
+    char command[] = "z:\\bin\\true";
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started;
+    if (!CreateProcessA(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started))
+        return false;
+    WaitForSingleObject(started.hProcess, INFINITE);
+    CloseHandle(started.hProcess);
+    return CloseHandle(started.hThread);
+}
+
+bool Loads() {
+    const HMODULE module = LoadLibraryA("z:" TEST_MODULE_FOLDER "/plain.so");
+    if (!module) return false;
+    char path[MAX_PATH];
+    const bool works = GetProcAddress(module, "Plain_Export_Of_No_Module") ||
+                       GetLastError() != static_cast<DWORD>(ERROR_NOT_ENOUGH_MEMORY);
+    const bool named = GetModuleFileNameA(module, path, sizeof path) != 0;
+    const DWORD error = GetLastError();
+    FreeLibrary(module);
+    SetLastError(error);
+    return works && named;
+}
+
+bool Opens_And_Deletes() {
+    FILE *stream = Machine_Open_Stream("c:\\scarce.txt", "wb");
+    if (!stream) return false;
+    Machine_Close_Stream(stream);
+    return DeleteFileA("c:\\scarce.txt");
+}
+
+bool Renames_One_Way_Or_The_Other() {
+    if (Machine_Rename("c:\\here.txt", "c:\\there.txt") == 0) return true;
+    return errno == ENOENT && Machine_Rename("c:\\there.txt", "c:\\here.txt") == 0;
+}
+
+bool Folder_Comes_And_Goes() {
+    const bool made = CreateDirectoryA("c:\\scarce", nullptr);
+    return (made || GetLastError() == static_cast<DWORD>(ERROR_ALREADY_EXISTS)) &&
+           RemoveDirectoryA("c:\\scarce");
+}
+
+bool Key_Comes_And_Goes() {
+    HKEY key;
+    LONG error =
+        RegCreateKeyExA(HKEY_CURRENT_USER, "Scarce", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    if (error) return With_Code(error);
+    error = RegSetValueExA(key, "value", 0, REG_SZ, reinterpret_cast<const BYTE *>("text"), 5);
+    if (!error) error = RegFlushKey(key);
+    RegCloseKey(key);
+    return With_Code(error ? error : RegDeleteKeyA(HKEY_CURRENT_USER, "Scarce"));
+}
+
+TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) {
+    char text[MAX_PATH];
+    OSVERSIONINFOA version = {};
+    version.dwOSVersionInfoSize = sizeof version;
+    const Call calls[] = {
+        {"attributes", [] { return GetFileAttributesA("c:\\") != INVALID_FILE_ATTRIBUTES; }},
+        {"set attributes", [] { return SetFileAttributesA("c:\\kept.txt", FILE_ATTRIBUTE_NORMAL) != FALSE; }},
+        {"current directory",
+         [&] { return SetCurrentDirectoryA("c:\\") && GetCurrentDirectoryA(sizeof text, text); }},
+        {"change directory",
+         [&] { return Machine_Change_Directory("c:\\") == 0 && Machine_Get_Directory(text, sizeof text); }},
+        {"folder", Folder_Comes_And_Goes},
+        {"file", Opens_And_Deletes},
+        {"rename", Renames_One_Way_Or_The_Other},
+        {"search", [] { return Finds("c:\\*.*"); }},
+        {"search for a name", [] { return Finds("c:\\kept.txt"); }},
+        {"free space",
+         [] {
+             return GetDiskFreeSpaceA("c:\\", nullptr, nullptr, nullptr, nullptr) &&
+                    GetDiskFreeSpaceExA("c:\\", nullptr, nullptr, nullptr);
+         }},
+        {"drives",
+         [&] { return GetLogicalDriveStringsA(sizeof text, text) && GetDriveTypeA("c:\\") == DRIVE_FIXED; }},
+        {"folders of the system",
+         [&] {
+             return GetTempPathA(sizeof text, text) && GetWindowsDirectoryA(text, sizeof text) &&
+                    GetSystemDirectoryA(text, sizeof text);
+         }},
+        {"profile",
+         [&] { return GetPrivateProfileStringA("s", "k", "none", text, sizeof text, "c:\\kept.ini") == 5; }},
+        {"version", [&] { return GetVersionExA(&version) != FALSE; }},
+        {"token", Tells_Groups},
+        {"mutex", [] { return Closed(CreateMutexA(nullptr, TRUE, "Scarce lock")); }},
+        {"mutex without a name", [] { return Closed(CreateMutexA(nullptr, TRUE, nullptr)); }},
+        {"mapping", Maps},
+        {"process", [] { return Closed(OpenProcess(PROCESS_ALL_ACCESS, FALSE, GetCurrentProcessId())); }},
+        {"start of a process", Starts_A_Process},
+        {"module", Loads},
+        {"module by name", [] { return GetModuleHandleA("kernel32.dll") != nullptr; }},
+        {"registry", Key_Comes_And_Goes},
+        {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
+        {"paths",
+         [&] {
+             return Host_Path("c:\\kept.txt", text, sizeof text) && Windows_Path("/", text, sizeof text);
+         }},
+    };
+    machine.Write("drive_c/kept.txt", "kept");
+    machine.Write("drive_c/here.txt", "");
+    machine.Write("drive_c/kept.ini", "[s]\nk=value\n");
+    machine.Set("windows", "xp");
+    unsigned long points = 0;
+    for (const Call &call : calls) {
+        ASSERT_TRUE(call.succeeds()) << call.name; // what it needs once is there now
+        const unsigned long handles = Open_Handle_Count();
+        for (const bool for_ever : {false, true}) {
+            unsigned long at = 1;
+            while (Run_With_Failure(call, at, for_ever)) ++at;
+            points += at - 1;
+        }
+        EXPECT_EQ(Open_Handle_Count(), handles) << call.name;
+        EXPECT_TRUE(call.succeeds()) << call.name << " no longer works";
+    }
+    RecordProperty("fault_points", static_cast<int>(points));
+    EXPECT_GT(points, 100u);
+}
+
+} // namespace
