@@ -70,6 +70,10 @@ class NewCopy {
     char *m_Block;
 };
 
+void Release_Copy(HashTableEntry *entry) {
+    if (entry->Is_Volatile) Free_Block(entry->Data);
+}
+
 CIterator *Walk_Of(long iterator) {
     return reinterpret_cast<CIterator *>(iterator);
 }
@@ -139,12 +143,12 @@ void CHashTable::Release_Raw_Data() {
     }
 }
 
-// By a walk, which empties a list that a derived class has locked as well.
+// What Pop leaves is in a list that a derived class has locked.
 void CHashTable::Drop_Entries() {
+    while (void *entry = Entry_List.Pop(0)) Release_Copy(static_cast<HashTableEntry *>(entry));
     CIterator walk;
-    for (void *value = walk.Iterate(&Entry_List); walk.More(); value = walk.Next()) {
-        auto *const entry = static_cast<HashTableEntry *>(value);
-        if (entry->Is_Volatile) Free_Block(entry->Data);
+    for (void *entry = walk.Iterate(&Entry_List); walk.More(); entry = walk.Next()) {
+        Release_Copy(static_cast<HashTableEntry *>(entry));
         walk.Delete_Current();
     }
 }
@@ -201,7 +205,7 @@ bool CHashTable::Add_Entry(const char *key, char *data, long size, bool is_volat
     }
     HashTableBucket *const bucket = Buckets[location];
     bucket->Entries()[bucket->Count++] = entry;
-    std::memcpy(entry->Key, key, length + 1);
+    std::memmove(entry->Key, key, length + 1); // a call: memcpy is compiled to what short keys wait for
     entry->Data = data;
     entry->Size = size;
     entry->Is_Volatile = is_volatile;
