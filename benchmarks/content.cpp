@@ -58,7 +58,7 @@ void Sections() {
             boost::property_tree::read_ini(stream, tree);
             Keep(tree);
         },
-        0.2);
+        0.25);
 #else
     Compare(
         "load and unload (peer: a copy)", MEASURED { Keep(Load_And_Unload(text)); },
