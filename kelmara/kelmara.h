@@ -1,6 +1,7 @@
 #pragma once
 // Everything that the library exports.
 
+#include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 #include <kelmara/containers/list.h>
 #include <kelmara/containers/list_interface.h>
