@@ -210,6 +210,8 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"token", Tells_Groups},
         {"mutex", [] { return Closed(CreateMutexA(nullptr, TRUE, "Scarce lock")); }},
         {"mutex without a name", [] { return Closed(CreateMutexA(nullptr, TRUE, nullptr)); }},
+        {"event", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, "Scarce event")); }},
+        {"event without a name", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, nullptr)); }},
         {"mapping", Maps},
         {"process", [] { return Closed(OpenProcess(PROCESS_ALL_ACCESS, FALSE, GetCurrentProcessId())); }},
         {"start of a process", Starts_A_Process},
