@@ -37,6 +37,7 @@ struct Companion {
 
 constexpr Companion Companions[] = {
     {"Memory", "kmmemory.so", "kmmemory.dll"},
+    {"Log", "kmlog.so", "kmlog.dll"},
 };
 
 std::string Below_Root(const std::string &name) {
