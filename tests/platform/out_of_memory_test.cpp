@@ -183,10 +183,16 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"module", Loads},
         {"module by name", [] { return GetModuleHandleA("kernel32.dll") != nullptr; }},
         {"registry", Key_Comes_And_Goes},
+        {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
+        {"paths",
+         [&] {
+             return Host_Path("c:\\kept.txt", text, sizeof text) && Windows_Path("/", text, sizeof text);
+         }},
     };
     machine.Write("drive_c/kept.txt", "kept");
     machine.Write("drive_c/here.txt", "");
     machine.Write("drive_c/kept.ini", "[s]\nk=value\n");
+    machine.Set("windows", "xp");
     unsigned long points = 0;
     for (const Call &call : calls) {
         ASSERT_TRUE(call.succeeds()) << call.name; // what it needs once is there now
