@@ -38,7 +38,7 @@ TEST_F(LogFiles, PassThroughTheMarkupThatCannotReachBeyondAnEntry) {
     const std::pair<std::string, std::string> rows[] = {
         {"plain text", "plain text"},
         {"<font color=red> <b>DEBUG MESSAGE:</b></font>&nbspa & b &amp; c",
-         "<font color=\"red\"> <b>DEBUG MESSAGE:</b></font>&nbspa &amp; b &amp; c"},
+         "<font color=\"red\"> <b>DEBUG MESSAGE:</b></font>&nbsp;a &amp; b &amp; c"},
         {"<FONT SIZE=\"+1\"  color=#F00 >x", "<font size=\"+1\" color=\"#F00\">x</font>"},
         {"<b><i>both</b> after</i>", "<b><i>both</i></b> after&lt;/i&gt;"},
         {"one\ntwo\r\nthree\rfour<br>five\n\r\n", "one<br>two<br>three<br>four<br>five"},

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view Tags[] = {"b", "i", "u", "tt", "font"}; // those that are closed
 constexpr std::string_view Attributes[] = {"color", "size"};       // of "font"
-constexpr std::string_view Entities[] = {"nbsp", "lt", "gt", "amp", "quot"};
+constexpr std::string_view Entities[] = {"&nbsp", "&lt", "&gt", "&amp", "&quot"};
 
 template <std::size_t Size>
 bool Is_One_Of(std::string_view name, const std::string_view (&known)[Size]) {
@@ -97,10 +97,11 @@ class Writer {
             scanner = ahead;
             return;
         }
+        if (Write_Entity(scanner)) return;
         const char c = scanner.Rest().front();
         scanner.Take(c);
         if (c == '\r') scanner.Take('\n');
-        Write_Character(c, scanner.Rest());
+        Write_Character(c);
     }
 
     // False for an end without a beginning.
@@ -121,21 +122,30 @@ class Writer {
         open_.pop_back();
     }
 
-    void Write_Character(char c, std::string_view rest) {
+    // With its semicolon, whatever stands behind it.
+    bool Write_Entity(Scanner &scanner) {
+        for (const std::string_view entity : Entities) {
+            if (!scanner.Rest().starts_with(entity)) continue;
+            for (const char c : entity) scanner.Take(c);
+            scanner.Take(';');
+            out_ += entity;
+            out_ += ';';
+            return true;
+        }
+        return false;
+    }
+
+    void Write_Character(char c) {
         if (c == '<')
             out_ += "&lt;";
         else if (c == '>')
             out_ += "&gt;";
         else if (c == '&')
-            out_ += Begins_Entity(rest) ? "&" : "&amp;";
+            out_ += "&amp;";
         else if (c == '\r' || c == '\n')
             out_ += "<br>";
         else
             out_ += static_cast<unsigned char>(c) < ' ' || c == 0x7F ? ' ' : c;
-    }
-
-    static bool Begins_Entity(std::string_view rest) {
-        return std::ranges::any_of(Entities, [&](std::string_view name) { return rest.starts_with(name); });
     }
 
     std::string out_;
