@@ -5,6 +5,7 @@
 
 #include <platform/kernel.h>
 
+#include <tests/support/built_modules.h>
 #include <tests/support/registry_verbs.h>
 
 /// Loaded and initialised for the length of a scope.
@@ -29,7 +30,7 @@ class LogCompanion {
         return reinterpret_cast<Routine *>(GetProcAddress(module_, name));
     }
 
-    const HMODULE module_ = LoadLibraryA("z:" TEST_SUITE_FOLDER "/kmlog.so");
+    const HMODULE module_ = LoadLibraryA(("z:" + Suite_Module("kmlog.so")).c_str());
 
   public:
     decltype(&Initialize) const initialize = Find(Initialize, "Initialize");

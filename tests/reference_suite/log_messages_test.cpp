@@ -11,8 +11,8 @@
 #include <functional>
 #include <mutex>
 #include <thread>
-#include <utility>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -295,12 +295,13 @@ TEST_F(LogMessages, EndTheirThreadsWhenTheCompanionGoes) {
 
 TEST_F(LogMessages, SurviveLackOfMemoryAtEachPlace) {
     void *client = nullptr;
+    const std::string path = "z:" + Suite_Module("kmlog.so");
     const auto none = [](unsigned long, long, char *, long, long, void *) {};
     const std::pair<const char *, std::function<bool()>> calls[] = {
         {"a whole life",
          [&] {
              companion.reset();
-             const HMODULE module = LoadLibraryA("z:" TEST_SUITE_FOLDER "/kmlog.so");
+             const HMODULE module = LoadLibraryA(path.c_str());
              const auto initialize = reinterpret_cast<long (*)()>(GetProcAddress(module, "Initialize"));
              const bool done = initialize && initialize() == 0;
              if (module) FreeLibrary(module);

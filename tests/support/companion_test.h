@@ -1,6 +1,7 @@
 #pragma once
 // A machine on whose suite key companions are named, and the processes that load them.
 
+#include <tests/support/built_modules.h>
 #include <tests/support/registry_verbs.h>
 #include <tests/support/second_process.h>
 
@@ -27,7 +28,7 @@ class CompanionTest : public MachineTest {
     /// The same with a module of tests/modules.
     void Install(const std::string &module, const std::string &value,
                  const std::string &windows_path = "C:\\m.dll") const {
-        Install_File(std::string(TEST_MODULE_FOLDER) + "/" + module + ".so", value, windows_path);
+        Install_File(Test_Module(module), value, windows_path);
     }
     static Outcome Run(const std::string &role, const std::vector<std::string> &arguments = {}) {
         SecondProcess process(role, arguments);

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <ctime>
+#include <new>
 
 namespace {
 
@@ -97,15 +98,15 @@ bool Find_Tail(FILE *stream, Tail &tail) {
     return true;
 }
 
-// What is to stand at the tail's begin so that it becomes `line`, which ends in a line end, and no more.
-std::string Text_At(Tail &tail, std::string_view line) {
+// What is to stand at the tail's begin so that it becomes `lines`, which end in a line end, and no more.
+std::string Text_At(Tail &tail, const std::string &lines) {
     const off_t torn = tail.end - tail.begin;
     if (torn > Longest_Torn_Line) { // not torn by a writer of ours: it stays
         tail.begin = tail.end;
-        return "\n" + std::string(line);
+        return "\n" + lines;
     }
     std::string text(tail.begin == 0 ? Head : "");
-    text += line;
+    text += lines;
     if (text.size() < static_cast<std::size_t>(torn))
         text.insert(text.size() - 1, static_cast<std::size_t>(torn) - text.size(), ' ');
     return text;
@@ -125,25 +126,25 @@ long LogFile::Open(std::shared_ptr<LogFile> &file) {
 }
 
 void LogFile::Write(std::string_view text) {
-    ++lost_; // until it is written
-    std::string lines;
-    const std::string stamp =
-        "<p><time>" + Time_Now() + "</time> <span class=\"process\">" + process_ + "</span> ";
     const unsigned long lost = lost_.exchange(0);
-    if (lost > 1)
-        lines =
-            stamp + "<span class=\"lost\">" + std::to_string(lost - 1) + " entries were lost</span></p>\n";
+    bool written = false;
     try {
-        lines += stamp + Markup_Of(text.substr(0, Longest_Text)) + "</p>\n";
-        if (Append(lines)) return;
-    } catch (...) {
-        lost_ += lost;
-        throw;
+        written = Append(Lines_Of(text.substr(0, Longest_Text), lost));
+    } catch (const std::bad_alloc &) {
     }
-    lost_ += lost;
+    if (!written) lost_ += lost + 1;
 }
 
-bool LogFile::Append(std::string_view lines) {
+std::string LogFile::Lines_Of(std::string_view text, unsigned long lost) const {
+    const std::string stamp =
+        "<p><time>" + Time_Now() + "</time> <span class=\"process\">" + process_ + "</span> ";
+    std::string lines;
+    if (lost > 0)
+        lines = stamp + "<span class=\"lost\">" + std::to_string(lost) + " entries were lost</span></p>\n";
+    return lines + stamp + Markup_Of(text) + "</p>\n";
+}
+
+bool LogFile::Append(const std::string &lines) {
     const MutexLock lock(lock_, Longest_Wait);
     if (!lock) return false;
     Stream stream = Open_Or_Make(path_);

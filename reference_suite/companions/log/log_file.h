@@ -18,11 +18,12 @@ class LogFile {
     /// lock is not to be had.
     static long Open(std::shared_ptr<LogFile> &file);
 
-    /// Throws std::bad_alloc, and the entry is lost like any other that cannot be written.
+    /// An entry that cannot be written is counted, and the next one that can says how many they were.
     void Write(std::string_view text);
 
   private:
-    bool Append(std::string_view markup);
+    std::string Lines_Of(std::string_view text, unsigned long lost) const;
+    bool Append(const std::string &lines);
 
     OwnedHandle lock_;
     std::string path_;    // a Windows path
