@@ -78,10 +78,10 @@ HostModule Refer_To_Loaded(const char *host_path) {
     return HostModule(dlopen(*host_path ? host_path : nullptr, RTLD_LAZY | RTLD_NOLOAD));
 }
 
-// Allocates nothing: a module that goes is told so when memory has run out, too.
 void *Find_Export(HMODULE module, const char *name) {
     const char *path = Host_Path_Of(module);
-    const HostModule host = path ? Refer_To_Loaded(path) : nullptr;
+    if (!path) return nullptr;
+    const HostModule host = Refer_To_Loaded(path);
     void *address = host ? dlsym(host.get(), name) : nullptr;
     return address && Module_Around(address) == module ? address : nullptr;
 }
@@ -199,8 +199,9 @@ long Load(const ModuleName &name, bool attach, HMODULE &module) {
 long Load_Data_File(const ModuleName &name, HMODULE &module) {
     if (!name.Is_Built_In() && Find_Module_File(name).empty()) return ERROR_MOD_NOT_FOUND;
     auto mark = std::make_unique<char>();
-    module = reinterpret_cast<HMODULE>(reinterpret_cast<std::uintptr_t>(mark.get()) | 1);
-    The_Modules().data_files.emplace(module, std::move(mark));
+    const auto handle = reinterpret_cast<HMODULE>(reinterpret_cast<std::uintptr_t>(mark.get()) | 1);
+    The_Modules().data_files.emplace(handle, std::move(mark));
+    module = handle;
     return NO_ERROR;
 }
 
@@ -212,9 +213,9 @@ long Load_By_Flags(LPCSTR path, DWORD flags, HMODULE &module) {
 }
 
 long Find_Windows_Path(HMODULE module, std::string &windows_path) {
-    const char *known_as = Host_Path_Of(module);
-    if (!known_as) return ERROR_MOD_NOT_FOUND;
-    std::string host_path = known_as;
+    const char *known = Host_Path_Of(module);
+    if (!known) return ERROR_MOD_NOT_FOUND;
+    std::string host_path = known;
     if (host_path.empty()) {
         std::error_code error;
         host_path = std::filesystem::read_symlink("/proc/self/exe", error);

@@ -2,14 +2,15 @@
 
 #include <reference_suite/programs/road/narrator.h>
 #include <reference_suite/programs/road/neighbour.h>
+#include <reference_suite/programs/road/registry_and_files.h>
 
 #include <kelmara/kelmara.h>
 
 #include <platform/kernel.h>
 #include <platform/machine.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 namespace {
@@ -19,9 +20,7 @@ constexpr long Questions = 1, Answers = 2; // codes of messages
 constexpr DWORD Longest_Wait = 10000;      // milliseconds
 
 std::string In_Root(const char *name) {
-    char root[MAX_PATH];
-    GetKelMaraFolderPath(Root_Folder, root);
-    return std::string(root) + name;
+    return Folder(Root_Folder) + name;
 }
 
 /// Hears one message with a code, whoever sends it.
@@ -72,13 +71,8 @@ void Switch_Debugging_On() {
 }
 
 long Lines_Of_Log() {
-    CKMFile file;
-    Require(file.Open(In_Root("log.html").c_str(), false, false) == 0, "there is a log");
-    std::string content(static_cast<std::size_t>(file.GetLength()), '\0');
-    Require(file.Read(content.data(), static_cast<long>(content.size())) == 0, "the log can be read");
-    long lines = 0;
-    for (const char c : content) lines += c == '\n';
-    return lines;
+    const std::string content = Content_Of(In_Root("log.html"));
+    return std::count(content.begin(), content.end(), '\n');
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <reference_suite/programs/road/narrator.h>
 #include <reference_suite/programs/road/neighbour.h>
 #include <reference_suite/programs/road/registry_and_files.h>
+#include <reference_suite/programs/road/sections_and_templates.h>
 
 #include <reference_suite/installer/install_suite.h>
 
@@ -63,6 +64,7 @@ int main(int argc, char **argv) {
     Share_Settings();
     Save_Files();
     Write_A_Log();
+    Write_A_Welcome();
     std::printf("\nAll as it should be.\n");
     return 0;
 }
