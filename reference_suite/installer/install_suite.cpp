@@ -12,7 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 
 struct SuiteFolder {
-    const char *value; // of the suite's key
+    const char *value; // of the suite's key; it ends in a backslash, so that names can be put behind it
     const char *name;  // below the root
 };
 
@@ -37,6 +37,7 @@ struct Companion {
 
 constexpr Companion Companions[] = {
     {"Memory", "kmmemory.so", "kmmemory.dll"},
+    {"Log", "kmlog.so", "kmlog.dll"},
 };
 
 struct ContentFile {
@@ -139,7 +140,7 @@ std::string Write_Keys() {
     LONG result = 0;
     const OpenKey key(result);
     for (const SuiteFolder &folder : Folders) {
-        if (result == 0) result = key.Set(folder.value, Below_Root(folder.name));
+        if (result == 0) result = key.Set(folder.value, Below_Root(folder.name) + "\\");
     }
     for (const Companion &companion : Companions) {
         if (result == 0) result = key.Set(companion.value, Below_Root("Bin\\") + companion.installed);
