@@ -9,20 +9,21 @@ constexpr int Prefetch_Distance = 1536;
 
 } // namespace
 
-const StringEntry *Walk_To_Entry(const TableImage &image, const char *identifier) {
+FoundString Walk_To_String(const TableImage &image, const char *identifier) {
     constexpr std::size_t longest = sizeof StringEntry::Identifier - 1;
     const std::size_t length = identifier ? std::strlen(identifier) : longest + 1;
-    if (length > longest) return nullptr;
+    if (length > longest) return {};
     TableImage::Place at = image.First();
     for (long left = image.Count(); left > 0; --left) {
         const StringEntry *const entry = image.Entry_At(at);
-        if (!entry) return nullptr;
+        if (!entry) return {};
         __builtin_prefetch(reinterpret_cast<const char *>(entry) + Prefetch_Distance);
         const bool ends = length == longest || entry->Identifier[length] == 0;
-        if (ends && std::memcmp(entry->Identifier, identifier, length) == 0) return entry;
+        if (ends && std::memcmp(entry->Identifier, identifier, length) == 0)
+            return {TableImage::Text(entry), image.Text_Length(entry)};
         at = image.Behind(at);
     }
-    return nullptr;
+    return {};
 }
 
 long StringIndex::Prepare(const TableImage &image) {
@@ -30,12 +31,13 @@ long StringIndex::Prepare(const TableImage &image) {
     return Initialize(static_cast<int>(image.Count()));
 }
 
-const StringEntry *StringIndex::Find_Entry(const TableImage &image, const char *identifier) {
+FoundString StringIndex::Find_String(const TableImage &image, const char *identifier) {
     if (!m_Filled && ++m_Walks > Most_Walks) Fill(image);
-    if (!m_Filled) return Walk_To_Entry(image, identifier);
-    char *text = nullptr;
-    if (Find(identifier, &text, nullptr) != 0) return nullptr;
-    return reinterpret_cast<StringEntry *>(text) - 1;
+    if (!m_Filled) return Walk_To_String(image, identifier);
+    char *text = nullptr; // its length is the index's: the entry in the block lies elsewhere in the cache
+    long length = 0;
+    Find(identifier, &text, &length);
+    return {text, length};
 }
 
 void StringIndex::Forget() {

@@ -8,13 +8,19 @@
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/localization/table_image.h>
 
+/// The string of an entry; null when there is none.
+struct FoundString {
+    const char *text = nullptr;
+    long length = 0;
+};
+
 class StringIndex : public CHashTable {
   public:
     /// A bucket for each string of the table: 0, or 0x8007000E.
     long Prepare(const TableImage &image);
 
-    /// Null when there is none with that identifier.
-    const StringEntry *Find_Entry(const TableImage &image, const char *identifier);
+    /// The string of the first entry with that identifier.
+    FoundString Find_String(const TableImage &image, const char *identifier);
 
     /// The block has changed or moved.
     void Forget();
@@ -26,5 +32,5 @@ class StringIndex : public CHashTable {
     int m_Walks = 0; // since the table was loaded or changed
 };
 
-/// The first entry with that identifier, from a walk; null when there is none.
-const StringEntry *Walk_To_Entry(const TableImage &image, const char *identifier);
+/// The same, from a walk.
+FoundString Walk_To_String(const TableImage &image, const char *identifier);

@@ -24,6 +24,7 @@ struct StringTableLayout {
 namespace {
 
 constexpr int Not_Done = -1;
+constexpr std::size_t Tail_Size = 3;                            // bytes behind a string
 constexpr long Cleared_Size = 208;                              // bytes of a new entry
 constexpr long Grown_Size = 208;                                // of the block by an entry, beside its string
 constexpr int String_Room = 1024;                               // bytes of an exported string
@@ -132,11 +133,11 @@ void CStringTable::Get_String(long index, CSafeStr &out) {
 
 void CStringTable::Get_String_From_Identifier(const char *identifier, CSafeStr &out) {
     const TableImage image(m_Block, m_Size);
-    const StringEntry *entry = nullptr;
-    if (m_Unindexed) entry = Walk_To_Entry(image, identifier);
-    if (m_Index) entry = m_Index->Find_Entry(image, identifier);
+    FoundString found;
+    if (m_Unindexed) found = Walk_To_String(image, identifier);
+    if (m_Index) found = m_Index->Find_String(image, identifier);
     out = "";
-    if (entry) out.Set_Data(TableImage::Text(entry), image.Text_Length(entry));
+    if (found.text) out.Set_Data(found.text, found.length);
 }
 
 void CStringTable::Get_String_From_Identifier(const CSafeStr &identifier, CSafeStr &out) {
@@ -205,8 +206,9 @@ int CStringTable::Store_String(long index, const char *text, long length) {
     StringEntry *const entry = index >= count ? Append_Entry(index, length) : Resize_Entry(index, length);
     if (!entry) return Not_Done;
     const TableImage image(m_Block, m_Size);
-    if (image.Header()->Bytes_Per_Character > 0)
-        Move_Bytes(reinterpret_cast<char *>(entry + 1), text, length);
+    char *const string = reinterpret_cast<char *>(entry + 1);
+    if (image.Header()->Bytes_Per_Character > 0) Move_Bytes(string, text, length);
+    std::memset(string + length, 0, Tail_Size);
     entry->Length = static_cast<short>(length);
     entry->Size = static_cast<unsigned long>(length + TableImage::Frame_Size);
     Forget_Index();
