@@ -116,7 +116,7 @@ void Measure(int count) {
     Compare(
         "find what is not there", MEASURED { Ask(table, our_misses.Next()); },
         MEASURED { Ask(peer, peer_misses.Next()); }, 1.5);
-    Measure_Filling("make, fill and destroy", keys);
+    Measure_Filling("make, fill and destroy, pages from the system", keys);
 }
 
 // A heap gets large blocks from the system anew for every run, as for a program's first table; that is most

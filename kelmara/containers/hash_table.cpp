@@ -344,7 +344,7 @@ void *CHashTable::Iterate_Next(long iterator, char *key_out, long *size_out) {
         if (key_out) *key_out = 0;
         return nullptr;
     }
-    if (key_out) std::strcpy(key_out, entry->Key);
+    if (key_out) std::memcpy(key_out, entry->Key, std::strlen(entry->Key) + 1);
     if (size_out) *size_out = entry->Size;
     return entry->Data;
 }

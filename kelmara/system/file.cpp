@@ -70,12 +70,13 @@ bool Form_Work_Name(char (&name)[256], const char *path, unsigned counter) {
 // Others may have the file open for a moment.
 template <class Attempt>
 bool Done_In_Time(Attempt attempt) {
-    constexpr int Most_Attempts = 200;
-    for (int attempts = 1;; ++attempts) {
-        if (attempt()) return true;
-        if (GetLastError() != ERROR_SHARING_VIOLATION || attempts == Most_Attempts) return false;
+    constexpr DWORD Patience = 1000; // milliseconds
+    const DWORD start = GetTickCount();
+    while (!attempt()) {
+        if (GetLastError() != ERROR_SHARING_VIOLATION || GetTickCount() - start >= Patience) return false;
         Sleep(1);
     }
+    return true;
 }
 
 } // namespace

@@ -160,63 +160,49 @@ TEST_F(Tables, StandEmptyAndUninitialised) {
     Table empty(0), fresh, negative, huge;
     EXPECT_EQ(negative.Initialize(-1), E_OUTOFMEMORY);
     for (const int count : {INT_MAX, INT_MAX / 268 + 1}) EXPECT_EQ(huge.Initialize(count), E_OUTOFMEMORY);
-    empty.Add("key", one, 3);
     empty.Add_Volatile("key", one, 3);
-    EXPECT_EQ(Found(empty, "key"), "absent");
-    EXPECT_EQ(empty.Replace_Data("key", one, 3, nullptr, false), ERROR_NOT_FOUND);
-    for (Table *table : {&fresh, &negative, &huge}) {
-        EXPECT_THROW(table->Add("key", one, 3), int);
-        EXPECT_THROW(table->Add_Volatile("key", one, 3), int);
-        EXPECT_EQ(Found(*table, "key"), "thrown -1");
+    for (Table *table : {&empty, &fresh, &negative, &huge}) {
+        if (table != &empty) {
+            EXPECT_THROW(table->Add_Volatile("key", one, 3), int);
+        }
+        EXPECT_EQ(Found(*table, "key"), table == &empty ? "absent" : "thrown -1");
         char *old = one;
         EXPECT_EQ(table->Replace_Data("key", two, 3, &old, false), ERROR_NOT_FOUND);
         EXPECT_EQ(old, one);
-    }
-    for (Table *table : {&empty, &fresh, &negative, &huge}) {
         EXPECT_EQ(table->Next_Pool_Entry(), nullptr);
         EXPECT_EQ(table->Determine_Location("key"), -1);
         EXPECT_EQ(Walked(*table), "0:");
     }
 }
 
-TEST_F(Tables, KeepCopiesOfVolatileData) {
+TEST_F(Tables, OwnTheirCopiesAndWhatReplacesThem) {
     char data[] = "data";
+    char *old = nullptr, *const block = static_cast<char *>(ds_malloc(4)),
+         *const last = static_cast<char *>(ds_malloc(4));
     Table table(2);
-    table.Add_Volatile("kept", data, 4);
-    data[0] = 'X';
+    table.Add("lent", one, 3);
+    table.Add_Volatile("owned", data, 4);
     table.Add_Volatile("empty", data, 0);
-    table.Add_Volatile("nothing", nullptr, 0);
+    table.Add_Volatile("no bytes", nullptr, 0);
     table.Add_Volatile("negative", data, -1);
     table.Add_Volatile("null", nullptr, 1);
-    EXPECT_EQ(Found(table, "kept"), "data");
-    EXPECT_EQ(Found(table, "empty"), "");
-    EXPECT_EQ(Found(table, "nothing"), "");
-    EXPECT_EQ(table.Get_Num_Entries(), 3);
-}
+    data[0] = 'X';
+    EXPECT_EQ(Walked(table), "4:one owned=data empty= no bytes=");
 
-TEST_F(Tables, HandOverWhatIsReplaced) {
-    const auto block = [] { return static_cast<char *>(ds_malloc(4)); };
-    Table table(2);
-    table.Add_Volatile("owned", one, 3);
-    table.Add("lent", one, 3);
-    char *old = nullptr;
-    EXPECT_EQ(table.Replace_Data("owned", block(), 4, &old, true), 0);
-    EXPECT_EQ(std::string(old, 3), "one") << "the caller's now";
+    EXPECT_EQ(table.Replace_Data("owned", block, 4, &old, true), 0);
+    EXPECT_EQ(std::string(old, 4), "data") << "the caller's now";
     ds_free(old);
-    char *const second = block();
     const long live = Live_Blocks();
-    EXPECT_EQ(table.Replace_Data("owned", second, 4, &old, false), 0);
+    EXPECT_EQ(table.Replace_Data("owned", block, 2, nullptr, false), 0) << "by itself";
+    EXPECT_EQ(Live_Blocks(), live);
+    EXPECT_EQ(table.Replace_Data("owned", nullptr, 0, &old, false), 0);
     EXPECT_EQ(old, nullptr);
     EXPECT_EQ(Live_Blocks(), live - 1);
-    EXPECT_EQ(table.Replace_Data("owned", second, 2, nullptr, false), 0) << "by itself";
-    std::memcpy(second, "mn", 2);
-    EXPECT_EQ(Found(table, "owned"), "mn");
+    EXPECT_EQ(table.Replace_Data("owned", last, 0, nullptr, false), 0) << "goes with the table";
     for (const bool keep : {false, true}) {
         EXPECT_EQ(table.Replace_Data("lent", keep ? three : two, 3, &old, keep), 0);
         EXPECT_EQ(old, keep ? two : one);
     }
-    EXPECT_EQ(table.Replace_Data("owned", nullptr, 0, nullptr, false), 0);
-    EXPECT_EQ(table.Replace_Data("owned", block(), 0, nullptr, false), 0) << "goes with the table";
 }
 
 TEST_F(Tables, WalkInTheOrderOfAddition) {
@@ -276,55 +262,38 @@ TEST_F(Tables, LoseEverythingWhenInitialisedAnew) {
     table.Associate_Raw_Data(nullptr, release);
 }
 
-TEST_F(Tables, RefuseToBeMadeWithoutMemory) {
-    constexpr long requests = 1 + 1 + 3; // the entries, the buckets, a word for each
-    for (long nth = 1; nth <= requests + 1; ++nth) {
-        Table fresh, used(1);
-        used.Add_Volatile("before", one, 3);
-        for (Table *table : {&fresh, &used}) {
-            table->Reset();
-            const NoLeak no_leak;
-            {
-                const FailingMemory failing(nth);
-                EXPECT_EQ(table->Initialize(3), nth <= requests ? E_OUTOFMEMORY : 0) << nth;
-            }
-            EXPECT_EQ(Found(*table, "before"), nth <= requests ? "thrown -1" : "absent");
-            EXPECT_EQ(table->Bucket_Count, nth <= requests ? 0 : 3);
-            EXPECT_EQ(table->Initialize(2), 0);
-            table->Add("key", two, 3);
-            EXPECT_EQ(Walked(*table), "1:two");
-            table->Reset();
-        }
+TEST_F(Tables, AreNotHalfMadeWithoutMemory) {
+    Table table(1);
+    for (long nth = 1; nth <= 5; ++nth) { // the entries, the buckets, a word for each
+        table.Add_Volatile("before", one, 3);
+        const FailingMemory failing(nth);
+        EXPECT_EQ(table.Initialize(3), E_OUTOFMEMORY) << nth;
+        EXPECT_EQ(failing.Refused(), 1);
+        EXPECT_EQ(Found(table, "before"), "thrown -1");
+        EXPECT_EQ(table.Bucket_Count, 0);
+        EXPECT_EQ(table.Initialize(2), 0);
     }
+    const FailingMemory failing(6);
+    EXPECT_EQ(table.Initialize(3), 0) << "none but those five";
 }
 
 // One bucket of one entry: the second addition needs each kind of memory.
 TEST_F(Tables, AddNothingWithoutMemory) {
-    for (const bool copies : {false, true}) {
-        const auto add = [copies](Table &table, const char *key, char *data) {
-            copies ? table.Add_Volatile(key, data, 3) : table.Add(key, data, 3);
-        };
-        const long places = copies ? 4 : 3; // the copy, a pool block, its record, the bucket
-        for (long nth = 1; nth <= places; ++nth) {
-            Table table(1);
-            add(table, "first", one);
-            const long live = Live_Blocks();
-            {
-                const FailingMemory failing(nth);
-                add(table, "second", two);
-                EXPECT_EQ(failing.Refused(), 1);
-            }
-            EXPECT_EQ(Found(table, "second"), "absent");
-            EXPECT_EQ(Walked(table), "1:one");
-            EXPECT_EQ(table.Buckets[0]->Count, 1);
-            const bool has_new_pool = nth == places;
-            EXPECT_EQ(Live_Blocks(), live + (has_new_pool ? 2 : 0));
-            EXPECT_EQ(table.Pool_Free, has_new_pool ? 1 : 0);
-            add(table, "second", two);
-            EXPECT_EQ(table.Pool_Free, 0);
-            EXPECT_EQ(Walked(table), "2:one second=two");
-            EXPECT_EQ(Found(table, "second"), "two");
-        }
+    for (long nth = 1; nth <= 4; ++nth) { // the copy, a pool block, its record, the bucket
+        Table table(1);
+        table.Add("first", one, 3);
+        const long live = Live_Blocks(), new_pools = nth == 4;
+        const FailingMemory failing(nth);
+        table.Add_Volatile("second", two, 3);
+        EXPECT_EQ(failing.Refused(), 1);
+        EXPECT_EQ(Found(table, "second"), "absent");
+        EXPECT_EQ(table.Get_Num_Entries(), 1);
+        EXPECT_EQ(table.Buckets[0]->Count, 1);
+        EXPECT_EQ(table.Pool_Free, new_pools);
+        EXPECT_EQ(Live_Blocks(), live + 2 * new_pools);
+        table.Add("second", two, 3);
+        EXPECT_EQ(table.Pool_Free, 0);
+        EXPECT_EQ(Walked(table), "2:one second=two");
     }
 }
 
@@ -344,37 +313,24 @@ TEST_F(Tables, AddNothingWithoutListItems) {
     }
     table.Add("second", two, 3);
     EXPECT_EQ(Walked(table), "2:one second=two");
-    EXPECT_EQ(Found(table, "second"), "two");
 }
 
-// What a table is to answer, and its bucket, where one entry stands behind the other.
-struct Model {
-    struct Entry {
-        std::string key;
-        char *data;
-    };
-    std::vector<Entry> entries;
+// What one bucket holds, and so what is found.
+using Model = std::vector<std::pair<std::string, char *>>;
 
-    Entry *Find(const std::string &key) {
-        for (Entry &entry : entries) {
-            if (entry.key == key) return &entry;
-        }
-        return nullptr;
+char *&Data_In(Model &model, const std::string &key) {
+    static char *none;
+    none = nullptr;
+    for (auto &[model_key, data] : model) {
+        if (model_key == key) return data;
     }
-    void Expect(Table &table, const std::string &key) {
-        const Entry *const entry = Find(key);
-        const HashTableEntry *const found = table.Get_Hash_Entry(key.c_str());
-        ASSERT_EQ(found != nullptr, entry != nullptr) << key;
-        EXPECT_EQ(found ? found->Data : nullptr, entry ? entry->data : nullptr) << key;
-    }
-    void Expect(Table &table) {
-        HashTableBucket *const bucket = table.Buckets[table.Determine_Location("SHARED")];
-        ASSERT_EQ(bucket->Count, static_cast<long>(entries.size()));
-        ASSERT_EQ(table.Get_Num_Entries(), bucket->Count);
-        for (long i = 0; i < bucket->Count; ++i)
-            EXPECT_EQ(bucket->Entries()[i]->Key, entries[static_cast<std::size_t>(i)].key);
-    }
-};
+    return none;
+}
+
+char *Data_In(Table &table, const std::string &key) {
+    const HashTableEntry *const entry = table.Get_Hash_Entry(key.c_str());
+    return entry ? entry->Data : nullptr;
+}
 
 enum Index { Kept, Refused, Lost };
 
@@ -385,34 +341,34 @@ std::size_t Live_Indexes() {
     return count;
 }
 
+// The first characters of all keys are the same: there is but one bucket.
 TEST_F(Tables, AnswerAlikeWithAndWithoutAnIndex) {
     static char data[1000];
     for (const Index index : {Kept, Refused, Lost}) {
         std::mt19937 random(7);
-        {
-            Model model;
-            if (index == Refused) Heap().Fail(1);
-            Table table(2);
-            EXPECT_EQ(Live_Indexes(), index == Refused ? 0u : 1u);
-            for (int step = 0; step < 2000; ++step) {
-                // Of all lengths, and at first few.
-                const unsigned number = random() % static_cast<unsigned>(step / 4 + 1);
-                const std::string key = "SHARED" + std::string(number % 40, 'x') + std::to_string(number);
-                char *const value = data + random() % sizeof data;
-                if (random() % 5 == 0) {
-                    if (Model::Entry *entry = model.Find(key)) entry->data = value;
-                    table.Replace_Data(key.c_str(), value, 1, nullptr, false);
-                } else if (random() % 2 == 0) {
-                    if (index == Lost && step > 20) Heap().Fail(1);
-                    model.entries.push_back({key, value});
-                    table.Add(key.c_str(), value, 1);
-                    Heap().Fail(0);
-                }
-                model.Expect(table, key);
+        Model model;
+        if (index == Refused) Heap().Fail(1);
+        Table table(2);
+        EXPECT_EQ(Live_Indexes(), index == Refused ? 0u : 1u);
+        for (unsigned step = 0; step < 2000; ++step) {
+            const unsigned number = random() % (step / 4 + 1); // at first few keys, then many
+            const std::string key = "SHARED" + std::string(number % 40, 'x') + std::to_string(number);
+            char *const value = data + random() % sizeof data;
+            if (random() % 4 == 0 && table.Replace_Data(key.c_str(), value, 1, nullptr, false) == 0) {
+                Data_In(model, key) = value;
+            } else if (random() % 2 == 0) {
+                if (index == Lost && step > 20) Heap().Fail(1);
+                table.Add(key.c_str(), value, 1);
+                Heap().Fail(0);
+                model.emplace_back(key, value);
             }
-            model.Expect(table);
-            EXPECT_EQ(Live_Indexes(), index == Kept ? 1u : 0u);
+            ASSERT_EQ(Data_In(table, key), Data_In(model, key)) << key;
         }
+        EXPECT_EQ(Live_Indexes(), index == Kept ? 1u : 0u);
+        HashTableBucket *const bucket = table.Buckets[table.Determine_Location("SHARED")];
+        ASSERT_EQ(bucket->Count, static_cast<long>(model.size()));
+        for (std::size_t i = 0; i < model.size(); ++i) EXPECT_EQ(bucket->Entries()[i]->Key, model[i].first);
+        table.Reset();
         EXPECT_EQ(Live_Indexes(), 0u);
     }
 }
@@ -420,20 +376,10 @@ TEST_F(Tables, AnswerAlikeWithAndWithoutAnIndex) {
 TEST_F(Tables, ShareEverythingWhenCopied) {
     alignas(Table) char place[sizeof(Table)];
     Table table(2);
-    table.Add("SHARED", one, 3);
     auto *const copy = new (place) Table(table); // never destroyed: all is the original's
     EXPECT_EQ(std::memcmp(copy, &table, sizeof table), 0);
-    Model model{{{"SHARED", one}}};
-    for (int i = 0; i < 100; ++i) {
-        const std::string key = "SHARED" + std::to_string(i);
-        model.entries.push_back({key, two});
-        table.Add(key.c_str(), two, 3);
-        model.Expect(*copy, key);
-    }
-    for (const Model::Entry &entry : model.entries) model.Expect(*copy, entry.key);
-    Table assigned;
-    assigned = Table();
-    EXPECT_EQ(Found(assigned, "SHARED"), "thrown -1");
+    for (int i = 0; i < 100; ++i) table.Add(("SHARED" + std::to_string(i)).c_str(), two, 3);
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(Data_In(*copy, "SHARED" + std::to_string(i)), two) << i;
 }
 
 } // namespace
