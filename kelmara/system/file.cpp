@@ -6,7 +6,6 @@
 #include <platform/kernel.h>
 #include <platform/runtime.h>
 
-#include <cerrno>
 #include <cstring>
 #include <ctime>
 
@@ -44,7 +43,8 @@ enum class Making { Made, Taken, Failed };
 // Looking and making in one step: what has the name stays as it is.
 Making Make_File(const char *path) {
     FILE *made = Machine_Open_Stream(path, "wbx");
-    if (!made) return errno == EEXIST ? Making::Taken : Making::Failed;
+    if (!made)
+        return GetLastError() == static_cast<DWORD>(ERROR_FILE_EXISTS) ? Making::Taken : Making::Failed;
     Machine_Close_Stream(made);
     return Making::Made;
 }
