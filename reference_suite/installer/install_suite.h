@@ -1,5 +1,6 @@
 #pragma once
-// Puts the suite on a machine: its folders, its registry keys, its companion libraries.
+// Puts the suite on a machine: its folders, its registry keys, its companion libraries, its string
+// tables.
 
 #include <string>
 
