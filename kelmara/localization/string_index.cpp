@@ -7,6 +7,25 @@ constexpr int Most_Walks = 64; // before filling pays
 // What is in the cache by the time that the walk gets there.
 constexpr int Prefetch_Distance = 1536;
 
+// An entry's identifier, and a copy of it where it has no terminator.
+class Key {
+  public:
+    explicit Key(const StringEntry *entry) : m_Text(entry->Identifier) {
+        if (entry->Identifier[sizeof m_Copy - 1] == 0) return;
+        const auto length = static_cast<std::size_t>(TableImage::Length_Of(entry->Identifier));
+        std::memcpy(m_Copy, entry->Identifier, length);
+        m_Copy[length] = 0;
+        m_Text = m_Copy;
+    }
+    Key(const Key &) = delete;
+    Key &operator=(const Key &) = delete;
+    operator const char *() const { return m_Text; }
+
+  private:
+    const char *m_Text;
+    char m_Copy[sizeof StringEntry::Identifier];
+};
+
 } // namespace
 
 FoundString Walk_To_String(const TableImage &image, const char *identifier) {
@@ -52,17 +71,9 @@ void StringIndex::Fill(const TableImage &image) {
     long added = 0;
     TableImage::Place at = image.First();
     for (long left = image.Count(); left > 0; --left, ++added) {
-        StringEntry *const entry = image.Entry_At(at);
+        const StringEntry *const entry = image.Entry_At(at);
         if (!entry) break;
-        char identifier[sizeof entry->Identifier + 1];
-        const char *key = entry->Identifier;
-        if (entry->Identifier[sizeof entry->Identifier - 1] != 0) {
-            const long length = TableImage::Length_Of(entry->Identifier);
-            std::memcpy(identifier, entry->Identifier, static_cast<std::size_t>(length));
-            identifier[length] = 0;
-            key = identifier;
-        }
-        Add(key, const_cast<char *>(TableImage::Text(entry)), image.Text_Length(entry));
+        Add(Key(entry), const_cast<char *>(TableImage::Text(entry)), image.Text_Length(entry));
         at = image.Behind(at);
     }
     m_Filled = Get_Num_Entries() == added;
