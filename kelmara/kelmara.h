@@ -7,6 +7,9 @@
 #include <kelmara/containers/list_interface.h>
 #include <kelmara/containers/list_item.h>
 #include <kelmara/containers/smart_buffer.h>
+#include <kelmara/content/define_file.h>
+#include <kelmara/content/sections.h>
+#include <kelmara/content/tokenizer.h>
 #include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>

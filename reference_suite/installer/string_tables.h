@@ -1,5 +1,6 @@
 #pragma once
-// Makes the suite's string tables from the texts of their languages.
+// Makes the suite's string tables from the texts of their languages: a line for each string, which is string,
+// identifier, type and comments, with tabs between them, in UTF-8 with no character beyond U+00FF.
 
 #include <string>
 
