@@ -7,6 +7,7 @@
 #include <reference_suite/programs/road/neighbour.h>
 #include <reference_suite/programs/road/registry_and_files.h>
 #include <reference_suite/programs/road/sections_and_templates.h>
+#include <reference_suite/programs/road/strings.h>
 
 #include <reference_suite/installer/install_suite.h>
 
@@ -65,6 +66,7 @@ int main(int argc, char **argv) {
     Save_Files();
     Write_A_Log();
     Write_A_Welcome();
+    Find_Strings();
     std::printf("\nAll as it should be.\n");
     return 0;
 }
