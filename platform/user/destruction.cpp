@@ -1,0 +1,132 @@
+#include <platform/user/state_changes.h>
+#include <platform/user/window_end.h>
+#include <platform/user/window_table.h>
+
+#include <platform/kernel.h>
+#include <platform/kernel/outcome.h>
+
+#include <algorithm>
+
+namespace {
+
+// What is held while a window is being destroyed. Disarmed by the window's end; when a procedure throws, the
+// window stays and may be destroyed again.
+class InDestruction {
+  public:
+    explicit InDestruction(Window &window) : window_(window) { window_.in_destruction = true; }
+    ~InDestruction() {
+        const TreeLock lock;
+        window_.in_destruction = false;
+    }
+    InDestruction(const InDestruction &) = delete;
+    InDestruction &operator=(const InDestruction &) = delete;
+
+  private:
+    Window &window_;
+};
+
+bool Is_Gone(const Window &window) {
+    const TreeLock lock;
+    return window.gone;
+}
+
+std::vector<HWND> Children_Of(const Window &window) {
+    const TreeLock lock;
+    std::vector<HWND> children;
+    for (const Window *child : window.children) children.push_back(child->handle);
+    return children;
+}
+
+std::vector<HWND> Owned_By(const Window &window) {
+    const TreeLock lock;
+    std::vector<HWND> owned;
+    for (const Window *each : Desktop().children) {
+        if (each->owner == &window) owned.push_back(each->handle);
+    }
+    return owned;
+}
+
+void Say_Destroy(const WindowPointer &window) {
+    Send_To(window, WM_DESTROY, 0, 0);
+    for (const HWND handle : Children_Of(*window)) {
+        const WindowPointer child = Find_Window(handle);
+        if (child && child->parent == window.get()) Say_Destroy(child);
+    }
+}
+
+void End(const WindowPointer &window) {
+    struct Last {
+        Window &window;
+        ~Last() {
+            const TreeLock lock;
+            Take_Out(window);
+        }
+    } last{*window};
+    for (const HWND handle : Children_Of(*window)) {
+        const WindowPointer child = Find_Window(handle);
+        if (child) End(child);
+    }
+    Send_To(window, WM_NCDESTROY, 0, 0);
+}
+
+// The focus and the foreground go elsewhere while procedures may still be asked.
+void Withdraw(const WindowPointer &window) {
+    bool has_focus, visible;
+    WindowPointer parent;
+    {
+        const TreeLock lock;
+        Window *focus = window->queue->focus;
+        has_focus = focus && (focus == window.get() || Is_Descendant(*focus, *window));
+        visible = window->Is(WS_VISIBLE);
+        if (window->parent && window->parent->parent) parent = Find_Window(window->parent->handle);
+    }
+    if (visible) ShowWindow(window->handle, SW_HIDE);
+    if (has_focus && GetFocus()) SetFocus(Handle_Of(parent.get()));
+}
+
+void Destroy(const WindowPointer &window) {
+    const InDestruction mark(*window);
+    for (const HWND handle : Owned_By(*window)) DestroyWindow(handle);
+    if (!Is_Gone(*window)) Withdraw(window);
+    if (!Is_Gone(*window)) Say_Destroy(window);
+    if (!Is_Gone(*window)) End(window);
+}
+
+} // namespace
+
+void Take_Out(Window &window) {
+    if (window.gone) return;
+    window.gone = true;
+    while (!window.children.empty()) Take_Out(*window.children.front());
+    for (Window *each : Desktop().children) {
+        if (each->owner == &window) each->owner = nullptr;
+    }
+    Unlink(window);
+    if (window.queue->focus == &window) window.queue->focus = nullptr;
+    if (window.queue->active == &window) window.queue->active = nullptr;
+    window.queue->Forget_Window(window.handle);
+    if (window.row) SharedWindows::Give_Back(*window.row);
+    Remove_From_Table(window.handle);
+}
+
+void Remove_Windows_Of(ThreadQueue &queue) {
+    const TreeLock lock;
+    for (const WindowPointer &window : All_Windows()) {
+        if (window->queue.get() == &queue) Take_Out(*window);
+    }
+}
+
+extern "C" {
+
+BOOL DestroyWindow(HWND handle) {
+    const WindowPointer window = Within_Memory(WindowPointer(), [&] { return Find_Window_Or_Tell(handle); });
+    if (!window) return FALSE;
+    if (!window->queue || !window->queue->Is_Own()) return Succeed_Or_Tell(ERROR_ACCESS_DENIED);
+    {
+        const TreeLock lock;
+        if (window->in_destruction) return TRUE;
+    }
+    Destroy(window);
+    return TRUE;
+}
+}

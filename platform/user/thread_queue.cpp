@@ -1,0 +1,203 @@
+#include <platform/user/thread_queue.h>
+
+#include <platform/kernel.h>
+#include <platform/user/state_changes.h>
+#include <platform/user/window_end.h>
+
+#include <algorithm>
+#include <unistd.h>
+#include <unordered_map>
+
+namespace {
+
+struct Queues {
+    std::mutex lock;
+    std::unordered_map<DWORD, std::shared_ptr<ThreadQueue>> by_thread;
+};
+
+Queues &The_Queues() {
+    static Queues *queues = new Queues;
+    return *queues;
+}
+
+// The calling thread's hold of its queue. What runs after its end in the same thread finds none.
+struct OwnQueue {
+    std::shared_ptr<ThreadQueue> queue;
+    ~OwnQueue();
+};
+constinit thread_local bool thread_has_ended = false;
+thread_local OwnQueue own;
+
+OwnQueue::~OwnQueue() {
+    thread_has_ended = true;
+    if (!queue) return;
+    Remove_Windows_Of(*queue);
+    {
+        Queues &queues = The_Queues();
+        std::lock_guard guard(queues.lock);
+        queues.by_thread.erase(queue->Thread_Id());
+    }
+    queue->Close();
+}
+
+std::shared_ptr<ThreadQueue> Make_Queue() {
+    std::shared_ptr<SharedWindows> shared = SharedWindows::Current();
+    if (!shared) return nullptr;
+    const auto thread_id = static_cast<DWORD>(gettid());
+    auto queue = std::make_shared<ThreadQueue>(thread_id, shared, nullptr);
+    Queues &queues = The_Queues();
+    std::lock_guard guard(queues.lock);
+    queues.by_thread[thread_id] = queue;
+    return queue;
+}
+
+} // namespace
+
+ThreadQueue::ThreadQueue(DWORD thread_id, std::shared_ptr<SharedWindows> shared, ThreadRow *row)
+    : thread_id_(thread_id), shared_(std::move(shared)), row_(row) {}
+
+std::shared_ptr<ThreadQueue> ThreadQueue::Own() {
+    if (thread_has_ended) {
+        SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+        return nullptr;
+    }
+    if (!own.queue) own.queue = Make_Queue();
+    if (!own.queue) return nullptr;
+    own.queue->Move_To_Current_Machine();
+    if (own.queue->row_) return own.queue;
+    SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+    return nullptr;
+}
+
+std::shared_ptr<ThreadQueue> ThreadQueue::Existing() {
+    return thread_has_ended ? nullptr : own.queue;
+}
+
+std::shared_ptr<ThreadQueue> ThreadQueue::Of_Thread(DWORD thread_id) {
+    Queues &queues = The_Queues();
+    std::lock_guard guard(queues.lock);
+    const auto found = queues.by_thread.find(thread_id);
+    return found == queues.by_thread.end() ? nullptr : found->second;
+}
+
+bool ThreadQueue::Is_Own() const {
+    return !thread_has_ended && own.queue.get() == this;
+}
+
+// The rows of machines that it has left stay as long as the thread: windows there may be its own.
+void ThreadQueue::Move_To_Current_Machine() {
+    std::shared_ptr<SharedWindows> current = SharedWindows::Current();
+    if (!current || (current == shared_ && row_)) return;
+    earlier_.reserve(earlier_.size() + 1);
+    ThreadRow *row = current->Take_Thread();
+    if (!row) return;
+    std::lock_guard guard(lock_);
+    if (row_) earlier_.emplace_back(std::move(shared_), row_);
+    shared_ = std::move(current);
+    row_ = row;
+}
+
+void ThreadQueue::Close() {
+    std::deque<std::shared_ptr<SentMessage>> unanswered;
+    {
+        std::lock_guard guard(lock_);
+        closed_ = true;
+        unanswered.swap(sent_);
+        posted_.clear();
+    }
+    for (const auto &sent : unanswered) {
+        sent->answered = true;
+        sent->sender->Row().Wake();
+    }
+    std::lock_guard guard(lock_);
+    if (row_) shared_->Give_Back(*row_);
+    for (auto &[shared, row] : earlier_) shared->Give_Back(*row);
+    earlier_.clear();
+}
+
+long ThreadQueue::Post(const MSG &message) {
+    std::lock_guard guard(lock_);
+    if (closed_) return ERROR_INVALID_THREAD_ID;
+    if (posted_.size() >= Most_Posted) return ERROR_NOT_ENOUGH_QUOTA;
+    posted_.push_back(message);
+    row_->Wake();
+    return NO_ERROR;
+}
+
+void ThreadQueue::Post_Quit(int exit_code) {
+    std::lock_guard guard(lock_);
+    quit_ = true;
+    exit_code_ = exit_code;
+    row_->Wake();
+}
+
+LRESULT ThreadQueue::Send(const std::shared_ptr<SentMessage> &sent, ThreadQueue &receiver) {
+    {
+        std::lock_guard guard(receiver.lock_);
+        if (receiver.closed_) return 0;
+        receiver.sent_.push_back(sent);
+        receiver.row_->Wake();
+    }
+    for (;;) {
+        const std::uint32_t seen = sent->sender->Seen();
+        if (sent->answered.load(std::memory_order_acquire)) return sent->result;
+        sent->sender->Answer_Sent();
+        sent->sender->Sleep(seen, 1000);
+    }
+}
+
+void ThreadQueue::Answer_Sent() {
+    for (;;) {
+        std::shared_ptr<SentMessage> sent;
+        {
+            std::lock_guard guard(lock_);
+            if (sent_.empty()) break;
+            sent = std::move(sent_.front());
+            sent_.pop_front();
+        }
+        struct Answer {
+            SentMessage &sent;
+            ~Answer() {
+                sent.answered.store(true, std::memory_order_release);
+                sent.sender->row_->Wake();
+            }
+        } answer{*sent};
+        sent->result = Send_To(sent->window, sent->message, sent->wparam, sent->lparam);
+    }
+    Catch_Up_With_The_Machine(*this);
+}
+
+void ThreadQueue::Forget_Window(HWND window) {
+    std::lock_guard guard(lock_);
+    std::erase_if(posted_, [window](const MSG &message) { return message.hwnd == window; });
+}
+
+bool ThreadQueue::Matches(const Filter &filter, const MSG &message) const {
+    if ((filter.first || filter.last) && (message.message < filter.first || message.message > filter.last))
+        return false;
+    if (!filter.window) return true;
+    if (filter.window == reinterpret_cast<HWND>(-1)) return message.hwnd == nullptr;
+    return message.hwnd == filter.window || (message.hwnd && IsChild(filter.window, message.hwnd));
+}
+
+bool ThreadQueue::Take(const Filter &filter, bool remove, MSG &message) {
+    const TreeLock tree; // before the queue's own: the filter asks for the family
+    std::lock_guard guard(lock_);
+    const auto found =
+        std::find_if(posted_.begin(), posted_.end(), [&](const MSG &each) { return Matches(filter, each); });
+    if (found != posted_.end()) {
+        message = *found;
+        if (remove) posted_.erase(found);
+        return true;
+    }
+    if (!quit_) return false;
+    message = {nullptr, WM_QUIT, static_cast<WPARAM>(exit_code_), 0, GetTickCount(), {0, 0}};
+    if (remove) quit_ = false;
+    return true;
+}
+
+bool ThreadQueue::Has(DWORD mask) {
+    std::lock_guard guard(lock_);
+    return ((mask & QS_POSTMESSAGE) && (!posted_.empty() || quit_)) ||
+           ((mask & QS_SENDMESSAGE) && !sent_.empty());
+}
