@@ -167,7 +167,7 @@ void Show_As_Created(const WindowPointer &window, DWORD style) {
                         : (style & WS_MAXIMIZE) ? SW_SHOWMAXIMIZED
                                                 : SW_SHOW;
     if (command == SW_HIDE)
-        Change_State(window, style & State_Bits, false);
+        Change_State(window, style & State_Bits, Activation::No);
     else
         ShowWindow(window->handle, command);
 }

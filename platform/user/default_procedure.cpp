@@ -71,7 +71,7 @@ LRESULT DefWindowProcA(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) 
     if (!window) return 0;
     switch (message) {
     case WM_NCCREATE:
-        return Keep_Text(window, reinterpret_cast<const CREATESTRUCTA *>(lparam)->lpszName);
+        return lparam && Keep_Text(window, reinterpret_cast<const CREATESTRUCTA *>(lparam)->lpszName);
     case WM_SETTEXT:
         return Keep_Text(window, reinterpret_cast<const char *>(lparam));
     case WM_GETTEXT:

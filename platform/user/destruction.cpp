@@ -5,8 +5,6 @@
 #include <platform/kernel.h>
 #include <platform/kernel/outcome.h>
 
-#include <algorithm>
-
 namespace {
 
 // What is held while a window is being destroyed. Disarmed by the window's end; when a procedure throws, the
@@ -30,28 +28,34 @@ bool Is_Gone(const Window &window) {
     return window.gone;
 }
 
-std::vector<HWND> Children_Of(const Window &window) {
+// Nothing here needs memory: the next in turn is looked for anew each time. Procedures change the tree.
+WindowPointer Next_Owned_By(const Window &window) {
     const TreeLock lock;
-    std::vector<HWND> children;
-    for (const Window *child : window.children) children.push_back(child->handle);
-    return children;
+    for (const Window *each : Desktop().children) {
+        const bool in_turn = each->owner == &window && !each->in_destruction && each->queue->Is_Own();
+        if (in_turn) return Find_Window(each->handle);
+    }
+    return nullptr;
 }
 
-std::vector<HWND> Owned_By(const Window &window) {
+WindowPointer Next_To_Tell(const Window &window) {
     const TreeLock lock;
-    std::vector<HWND> owned;
-    for (const Window *each : Desktop().children) {
-        if (each->owner == &window) owned.push_back(each->handle);
+    for (Window *child : window.children) {
+        if (child->told_of_destruction) continue;
+        child->told_of_destruction = true;
+        return Find_Window(child->handle);
     }
-    return owned;
+    return nullptr;
+}
+
+WindowPointer First_Child(const Window &window) {
+    const TreeLock lock;
+    return window.children.empty() ? nullptr : Find_Window(window.children.front()->handle);
 }
 
 void Say_Destroy(const WindowPointer &window) {
     Send_To(window, WM_DESTROY, 0, 0);
-    for (const HWND handle : Children_Of(*window)) {
-        const WindowPointer child = Find_Window(handle);
-        if (child && child->parent == window.get()) Say_Destroy(child);
-    }
+    while (const WindowPointer child = Next_To_Tell(*window)) Say_Destroy(child);
 }
 
 void End(const WindowPointer &window) {
@@ -62,10 +66,7 @@ void End(const WindowPointer &window) {
             Take_Out(window);
         }
     } last{*window};
-    for (const HWND handle : Children_Of(*window)) {
-        const WindowPointer child = Find_Window(handle);
-        if (child) End(child);
-    }
+    while (const WindowPointer child = First_Child(*window)) End(child);
     Send_To(window, WM_NCDESTROY, 0, 0);
 }
 
@@ -86,7 +87,7 @@ void Withdraw(const WindowPointer &window) {
 
 void Destroy(const WindowPointer &window) {
     const InDestruction mark(*window);
-    for (const HWND handle : Owned_By(*window)) DestroyWindow(handle);
+    while (const WindowPointer owned = Next_Owned_By(*window)) DestroyWindow(owned->handle);
     if (!Is_Gone(*window)) Withdraw(window);
     if (!Is_Gone(*window)) Say_Destroy(window);
     if (!Is_Gone(*window)) End(window);
@@ -110,9 +111,12 @@ void Take_Out(Window &window) {
 }
 
 void Remove_Windows_Of(ThreadQueue &queue) {
-    const TreeLock lock;
-    for (const WindowPointer &window : All_Windows()) {
-        if (window->queue.get() == &queue) Take_Out(*window);
+    for (;;) {
+        WindowPointer window; // goes outside the lock
+        const TreeLock lock;
+        window = Any_Window_Of(queue);
+        if (!window) return;
+        Take_Out(*window);
     }
 }
 

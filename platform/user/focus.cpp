@@ -75,6 +75,14 @@ void Activate(ThreadQueue &queue, const WindowPointer &window) {
         Move_Focus(queue, nullptr);
 }
 
+void Bring_To_Front(const WindowPointer &window) {
+    if (!window->row) return;
+    if (window->queue->Is_Own())
+        Activate(*window->queue, window);
+    else
+        window->shared->Set_Foreground(window->handle);
+}
+
 extern "C" {
 
 HWND SetFocus(HWND handle) {
@@ -118,8 +126,8 @@ BOOL SetForegroundWindow(HWND handle) {
         return on_machine ? Find_Window(handle) : Find_Window_Or_Tell(handle);
     });
     if (!on_machine) return FALSE;
-    if (window && window->queue->Is_Own())
-        Activate(*window->queue, window);
+    if (window)
+        Bring_To_Front(window);
     else
         on_machine.shared->Set_Foreground(handle);
     return TRUE;

@@ -100,10 +100,9 @@ void Apply_Visibility(Window &window, WINDOWPOS &wanted) {
     if (window.row && fresh != state) window.row->state.store(fresh, std::memory_order_release);
 }
 
-bool Needs_Activation(const Window &window, const WINDOWPOS &wanted) {
-    if ((wanted.flags & SWP_NOACTIVATE) || !window.row || (wanted.flags & SWP_HIDEWINDOW)) return false;
-    const bool comes_up = (wanted.flags & SWP_SHOWWINDOW) || !(wanted.flags & SWP_NOZORDER);
-    return comes_up && window.Is(WS_VISIBLE) && window.queue->Is_Own();
+bool Needs_Activation(const Window &window, UINT flags, bool restacks) {
+    if (flags & (SWP_NOACTIVATE | SWP_HIDEWINDOW)) return false;
+    return (restacks || (flags & SWP_SHOWWINDOW)) && window.Is(WS_VISIBLE);
 }
 
 } // namespace
@@ -114,14 +113,15 @@ void Reposition(const WindowPointer &window, WINDOWPOS wanted, StateBits bits) {
     {
         const TreeLock lock;
         if (window->gone) return;
+        const bool restacks = !(wanted.flags & SWP_NOZORDER);
         Apply(*window, wanted);
         if (bits == StateBits::As_They_Are) Apply_Visibility(*window, wanted);
-        activate = Needs_Activation(*window, wanted);
+        activate = Needs_Activation(*window, wanted.flags, restacks);
     }
     const bool nothing =
         (wanted.flags & Nothing_Changes) == Nothing_Changes &&
         !(wanted.flags & (SWP_SHOWWINDOW | SWP_HIDEWINDOW | SWP_STATECHANGED | SWP_FRAMECHANGED));
-    if (activate) Activate(*window->queue, window);
+    if (activate) Bring_To_Front(window);
     if (!nothing) Send_To(window, WM_WINDOWPOSCHANGED, 0, As_Parameter(&wanted));
 }
 

@@ -8,35 +8,35 @@ namespace {
 
 struct Command {
     DWORD state;
-    bool activates;
+    Activation activation;
 };
 
-// Null for what changes nothing. `was_zoomed`: before it became iconic.
+// `was_zoomed`: before it became iconic. An unknown command changes nothing.
 Command State_After(int command, DWORD state, bool was_zoomed) {
     const DWORD size = state & (WS_MINIMIZE | WS_MAXIMIZE);
     const DWORD restored = (size & WS_MINIMIZE) && was_zoomed ? WS_MAXIMIZE : 0;
     switch (command) {
     case SW_HIDE:
-        return {size, false};
+        return {size, Activation::No};
     case SW_SHOWNORMAL:
-        return {WS_VISIBLE, true};
+        return {WS_VISIBLE, Activation::Yes};
     case SW_RESTORE:
-        return {WS_VISIBLE | restored, true};
+        return {WS_VISIBLE | restored, Activation::Yes};
     case SW_SHOWNOACTIVATE:
-        return {WS_VISIBLE | restored, false};
+        return {WS_VISIBLE | restored, Activation::No};
     case SW_SHOWMINIMIZED:
-        return {WS_VISIBLE | WS_MINIMIZE, true};
+        return {WS_VISIBLE | WS_MINIMIZE, Activation::Yes};
     case SW_MINIMIZE:
     case SW_SHOWMINNOACTIVE:
-        return {WS_VISIBLE | WS_MINIMIZE, false};
+        return {WS_VISIBLE | WS_MINIMIZE, Activation::No};
     case SW_SHOWMAXIMIZED:
-        return {WS_VISIBLE | WS_MAXIMIZE, true};
+        return {WS_VISIBLE | WS_MAXIMIZE, Activation::Yes};
     case SW_SHOW:
-        return {WS_VISIBLE | size, true};
+        return {WS_VISIBLE | size, Activation::Yes};
     case SW_SHOWNA:
-        return {WS_VISIBLE | size, false};
+        return {WS_VISIBLE | size, Activation::No};
     default:
-        return {state, false};
+        return {state, Activation::No};
     }
 }
 
@@ -44,7 +44,8 @@ BOOL Show_Another_Process_s(const MachineWindow &found, int command) {
     const DWORD state = found.row->state.load(std::memory_order_acquire);
     const Command after = State_After(command, state, false);
     found.row->state.store(after.state, std::memory_order_release);
-    if (after.activates) found.shared->Set_Foreground(reinterpret_cast<HWND>(found.row->handle.load()));
+    if (after.activation == Activation::Yes)
+        found.shared->Set_Foreground(reinterpret_cast<HWND>(found.row->handle.load()));
     found.shared->Thread_Of(*found.row).Wake();
     return (state & WS_VISIBLE) != 0;
 }
@@ -102,11 +103,11 @@ BOOL ShowWindow(HWND handle, int command) {
         after = State_After(command, before, window->zoomed_before_iconic);
     }
     if (before != after.state) {
-        Change_State(window, after.state, after.activates);
+        Change_State(window, after.state, after.activation);
         const bool sinks = !(after.state & WS_VISIBLE) || (after.state & WS_MINIMIZE);
-        if (sinks && !after.activates && window->queue->Is_Own()) Leave_Focus(window);
-    } else if (after.activates && window->row && window->queue->Is_Own()) {
-        Activate(*window->queue, window);
+        if (sinks && after.activation == Activation::No && window->queue->Is_Own()) Leave_Focus(window);
+    } else if (after.activation == Activation::Yes) {
+        Bring_To_Front(window);
     }
     return (before & WS_VISIBLE) != 0;
 }
@@ -151,6 +152,7 @@ BOOL EnableWindow(HWND handle, BOOL enable) {
 BOOL IsWindowEnabled(HWND handle) {
     return Within_Memory(FALSE, [&]() -> BOOL {
         const WindowPointer window = Find_Window_Or_Tell(handle);
+        const TreeLock lock;
         return window && !(window->style & WS_DISABLED);
     });
 }

@@ -1,12 +1,14 @@
 #include <platform/user/thread_queue.h>
 
 #include <platform/kernel.h>
+#include <platform/kernel/outcome.h>
 #include <platform/user/state_changes.h>
 #include <platform/user/window_end.h>
 
 #include <algorithm>
 #include <unistd.h>
 #include <unordered_map>
+#include <utility>
 
 namespace {
 
@@ -20,35 +22,41 @@ Queues &The_Queues() {
     return *queues;
 }
 
-// The calling thread's hold of its queue. What runs after its end in the same thread finds none.
-struct OwnQueue {
-    std::shared_ptr<ThreadQueue> queue;
-    ~OwnQueue();
-};
+// The calling thread's hold of its queue. What runs after its end in the same thread finds none. The first
+// thread keeps its queue and windows through the exit routines; they end with the process.
+constinit thread_local std::shared_ptr<ThreadQueue> *own = nullptr;
 constinit thread_local bool thread_has_ended = false;
-thread_local OwnQueue own;
 
-OwnQueue::~OwnQueue() {
+struct ThreadEnd {
+    bool in_use = false;
+    ~ThreadEnd();
+};
+thread_local ThreadEnd thread_end;
+
+ThreadEnd::~ThreadEnd() {
+    if (!own || gettid() == getpid()) return;
+    const std::unique_ptr<std::shared_ptr<ThreadQueue>> last(std::exchange(own, nullptr));
     thread_has_ended = true;
-    if (!queue) return;
-    Remove_Windows_Of(*queue);
+    ThreadQueue &queue = **last;
+    Remove_Windows_Of(queue);
     {
         Queues &queues = The_Queues();
         std::lock_guard guard(queues.lock);
-        queues.by_thread.erase(queue->Thread_Id());
+        queues.by_thread.erase(queue.Thread_Id());
     }
-    queue->Close();
+    queue.Close();
 }
 
-std::shared_ptr<ThreadQueue> Make_Queue() {
+std::unique_ptr<std::shared_ptr<ThreadQueue>> Make_Queue() {
     std::shared_ptr<SharedWindows> shared = SharedWindows::Current();
     if (!shared) return nullptr;
     const auto thread_id = static_cast<DWORD>(gettid());
-    auto queue = std::make_shared<ThreadQueue>(thread_id, shared, nullptr);
+    auto hold = std::make_unique<std::shared_ptr<ThreadQueue>>(
+        std::make_shared<ThreadQueue>(thread_id, shared, nullptr));
     Queues &queues = The_Queues();
     std::lock_guard guard(queues.lock);
-    queues.by_thread[thread_id] = queue;
-    return queue;
+    queues.by_thread[thread_id] = *hold;
+    return hold;
 }
 
 } // namespace
@@ -61,16 +69,19 @@ std::shared_ptr<ThreadQueue> ThreadQueue::Own() {
         SetLastError(ERROR_NOT_ENOUGH_QUOTA);
         return nullptr;
     }
-    if (!own.queue) own.queue = Make_Queue();
-    if (!own.queue) return nullptr;
-    own.queue->Move_To_Current_Machine();
-    if (own.queue->row_) return own.queue;
+    if (!own) {
+        own = Make_Queue().release();
+        thread_end.in_use = own != nullptr; // from here on its destructor runs
+    }
+    if (!own) return nullptr;
+    (*own)->Move_To_Current_Machine();
+    if ((*own)->row_) return *own;
     SetLastError(ERROR_NOT_ENOUGH_QUOTA);
     return nullptr;
 }
 
 std::shared_ptr<ThreadQueue> ThreadQueue::Existing() {
-    return thread_has_ended ? nullptr : own.queue;
+    return own ? *own : nullptr;
 }
 
 std::shared_ptr<ThreadQueue> ThreadQueue::Of_Thread(DWORD thread_id) {
@@ -81,18 +92,18 @@ std::shared_ptr<ThreadQueue> ThreadQueue::Of_Thread(DWORD thread_id) {
 }
 
 bool ThreadQueue::Is_Own() const {
-    return !thread_has_ended && own.queue.get() == this;
+    return own && own->get() == this;
 }
 
 // The rows of machines that it has left stay as long as the thread: windows there may be its own.
 void ThreadQueue::Move_To_Current_Machine() {
     std::shared_ptr<SharedWindows> current = SharedWindows::Current();
-    if (!current || (current == shared_ && row_)) return;
+    if (!current || (current == shared_ && row_.load())) return;
     earlier_.reserve(earlier_.size() + 1);
     ThreadRow *row = current->Take_Thread();
     if (!row) return;
     std::lock_guard guard(lock_);
-    if (row_) earlier_.emplace_back(std::move(shared_), row_);
+    if (row_) earlier_.emplace_back(std::move(shared_), row_.load());
     shared_ = std::move(current);
     row_ = row;
 }
@@ -110,7 +121,7 @@ void ThreadQueue::Close() {
         sent->sender->Row().Wake();
     }
     std::lock_guard guard(lock_);
-    if (row_) shared_->Give_Back(*row_);
+    if (row_) shared_->Give_Back(Row());
     for (auto &[shared, row] : earlier_) shared->Give_Back(*row);
     earlier_.clear();
 }
@@ -120,7 +131,7 @@ long ThreadQueue::Post(const MSG &message) {
     if (closed_) return ERROR_INVALID_THREAD_ID;
     if (posted_.size() >= Most_Posted) return ERROR_NOT_ENOUGH_QUOTA;
     posted_.push_back(message);
-    row_->Wake();
+    Row().Wake();
     return NO_ERROR;
 }
 
@@ -128,22 +139,42 @@ void ThreadQueue::Post_Quit(int exit_code) {
     std::lock_guard guard(lock_);
     quit_ = true;
     exit_code_ = exit_code;
-    row_->Wake();
+    Row().Wake();
 }
 
 LRESULT ThreadQueue::Send(const std::shared_ptr<SentMessage> &sent, ThreadQueue &receiver) {
-    {
+    const long error = Code_Of([&]() -> long {
         std::lock_guard guard(receiver.lock_);
-        if (receiver.closed_) return 0;
+        if (receiver.closed_) return ERROR_INVALID_WINDOW_HANDLE;
         receiver.sent_.push_back(sent);
-        receiver.row_->Wake();
-    }
+        receiver.Row().Wake();
+        return NO_ERROR;
+    });
+    if (!Succeed_Or_Tell(error)) return 0;
+    // What the message points to lasts as long as this call, also when it ends by an exception.
+    struct Withdrawal {
+        const std::shared_ptr<SentMessage> &sent;
+        ThreadQueue &receiver;
+        ~Withdrawal() {
+            if (receiver.Withdraw(sent)) return;
+            while (!sent->answered.load(std::memory_order_acquire)) {
+                const std::uint32_t seen = sent->sender->Seen();
+                if (!sent->answered.load(std::memory_order_acquire)) sent->sender->Sleep(seen, 1000);
+            }
+        }
+    } withdrawal{sent, receiver};
     for (;;) {
         const std::uint32_t seen = sent->sender->Seen();
         if (sent->answered.load(std::memory_order_acquire)) return sent->result;
         sent->sender->Answer_Sent();
         sent->sender->Sleep(seen, 1000);
     }
+}
+
+// True when nobody has begun to answer it.
+bool ThreadQueue::Withdraw(const std::shared_ptr<SentMessage> &sent) {
+    std::lock_guard guard(lock_);
+    return std::erase(sent_, sent) != 0;
 }
 
 void ThreadQueue::Answer_Sent() {
@@ -159,7 +190,7 @@ void ThreadQueue::Answer_Sent() {
             SentMessage &sent;
             ~Answer() {
                 sent.answered.store(true, std::memory_order_release);
-                sent.sender->row_->Wake();
+                sent.sender->Row().Wake();
             }
         } answer{*sent};
         sent->result = Send_To(sent->window, sent->message, sent->wparam, sent->lparam);

@@ -34,7 +34,7 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
     DWORD Thread_Id() const { return thread_id_; }
 
     /// The row on the machine that the thread is on at present.
-    ThreadRow &Row() const { return *row_; }
+    ThreadRow &Row() const { return *row_.load(std::memory_order_acquire); }
     const std::shared_ptr<SharedWindows> &Shared() const { return shared_; }
 
     // From any thread.
@@ -54,8 +54,8 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
     /// Answers what was sent, and sees to what other processes have changed.
     void Answer_Sent();
     /// What has come so far; Sleep returns when more has.
-    std::uint32_t Seen() const { return row_->woken.load(std::memory_order_seq_cst); }
-    void Sleep(std::uint32_t seen, DWORD milliseconds) { row_->Sleep(seen, milliseconds); }
+    std::uint32_t Seen() const { return Row().woken.load(std::memory_order_seq_cst); }
+    void Sleep(std::uint32_t seen, DWORD milliseconds) { Row().Sleep(seen, milliseconds); }
 
     Window *focus = nullptr;
     Window *active = nullptr; // without a parent
@@ -66,6 +66,7 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
 
   private:
     void Move_To_Current_Machine();
+    bool Withdraw(const std::shared_ptr<SentMessage> &sent);
     bool Matches(const Filter &filter, const MSG &message) const;
 
     const DWORD thread_id_;
@@ -77,6 +78,6 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
     bool closed_ = false;
 
     std::shared_ptr<SharedWindows> shared_;
-    ThreadRow *row_; // the own thread changes it, under lock_
+    std::atomic<ThreadRow *> row_;                                                // the own thread changes it
     std::vector<std::pair<std::shared_ptr<SharedWindows>, ThreadRow *>> earlier_; // of machines it has left
 };

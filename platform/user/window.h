@@ -59,6 +59,7 @@ struct Window {
     WindowRow *row = nullptr;              // of a window without a parent
 
     bool in_destruction = false;
+    bool told_of_destruction = false;
     bool gone = false;
 
     std::unique_ptr<WindowContents> contents;
@@ -89,6 +90,8 @@ WindowPointer Find_Window_Or_Tell(HWND handle);
 WindowPointer Find_Window(HWND handle);
 /// The desktop, made at first need. May throw std::bad_alloc.
 Window &Desktop();
+/// The same, its rectangle brought to the settings' screen.
+Window &Desktop_Of_The_Screen();
 
 // --- the tree: the caller holds the lock ------------------------------------------------------------------
 

@@ -55,9 +55,12 @@ static const WindowPointer &Desktop_Pointer() {
 }
 
 Window &Desktop() {
-    Window &desktop = *Desktop_Pointer();
-    desktop.rectangle = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
-    return desktop;
+    return *Desktop_Pointer();
+}
+
+Window &Desktop_Of_The_Screen() {
+    Desktop().rectangle = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    return Desktop();
 }
 
 void Enter_In_Table(const WindowPointer &window) {
@@ -68,17 +71,18 @@ void Remove_From_Table(HWND handle) {
     Table().erase(handle);
 }
 
-std::vector<WindowPointer> All_Windows() {
-    std::vector<WindowPointer> windows;
-    for (const auto &[handle, window] : Table()) windows.push_back(window);
-    return windows;
+WindowPointer Any_Window_Of(const ThreadQueue &queue) {
+    for (const auto &[handle, window] : Table()) {
+        if (window->queue.get() == &queue) return window;
+    }
+    return nullptr;
 }
 
 WindowPointer Find_Window(HWND handle) {
     if (!handle) return nullptr;
     const TreeLock lock;
     if (handle == Desktop_Handle) {
-        Desktop();
+        Desktop_Of_The_Screen();
         return Desktop_Pointer();
     }
     const auto found = Table().find(handle);

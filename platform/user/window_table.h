@@ -6,7 +6,8 @@
 /// Makes the window findable. May throw std::bad_alloc. The caller holds the tree's lock, as for the rest.
 void Enter_In_Table(const WindowPointer &window);
 void Remove_From_Table(HWND handle);
-std::vector<WindowPointer> All_Windows();
+/// Any one, null when the thread has none left.
+WindowPointer Any_Window_Of(const ThreadQueue &queue);
 
 /// A fact of the machine about a window without a parent, of whatever process; an empty pointer when it is
 /// none.
