@@ -27,6 +27,7 @@ inline constexpr long ERROR_GEN_FAILURE = 31;
 inline constexpr long ERROR_SHARING_VIOLATION = 32;
 inline constexpr long ERROR_DUP_NAME = 52;
 inline constexpr long ERROR_BAD_NETPATH = 53;
+inline constexpr long ERROR_FILE_EXISTS = 80;
 inline constexpr long ERROR_INVALID_PARAMETER = 87;
 inline constexpr long ERROR_DISK_FULL = 112;
 inline constexpr long ERROR_CALL_NOT_IMPLEMENTED = 120;

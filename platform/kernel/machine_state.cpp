@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <list>
 #include <mutex>
+#include <new>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -75,6 +76,8 @@ bool Is_Empty_File(const std::string &path) {
 
 std::string Read_Or_Make_Number(const std::string &folder) {
     const std::string path = folder + "/machine.id";
+    const FileDescriptor whole(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (whole) Lock_File_In_Time(whole.Get(), LOCK_EX, 2000); // two that mend it would undo each other's work
     for (int attempt = 0; attempt < 100; ++attempt) {
         if (Is_Empty_File(path)) unlink(path.c_str()); // what a power failure left of it
         std::string existing = Read_Number(path);
@@ -212,14 +215,16 @@ void Report_Machine_Trouble(const std::string &text) {
 
 extern "C" {
 
-const char *Machine_Folder() {
+const char *Machine_Folder() try {
     State &state = The_State();
     std::lock_guard guard(state.lock);
     const Machine *machine = Current(state);
     return machine ? machine->folder.c_str() : nullptr;
+} catch (const std::bad_alloc &) {
+    return nullptr;
 }
 
-bool Remove_Machine(const char *folder) {
+bool Remove_Machine(const char *folder) try {
     char real[PATH_MAX];
     if (!folder || !realpath(folder, real)) return false;
     struct stat status;
@@ -229,16 +234,19 @@ bool Remove_Machine(const char *folder) {
     // Its number goes last: until then the folder can be told for what it is.
     std::error_code error;
     std::filesystem::remove_all(shared, error);
-    for (const auto &entry : std::filesystem::directory_iterator(real, error)) {
-        if (entry.path().filename() == "machine.id") continue;
-        std::filesystem::remove_all(entry.path(), error);
+    std::filesystem::directory_iterator entry(real, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        if (entry->path().filename() == "machine.id") continue;
+        std::filesystem::remove_all(entry->path(), error);
         if (error) return false;
     }
     std::filesystem::remove(std::string(real) + "/machine.id", error);
     return rmdir(real) == 0;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 
-bool Enter_Machine(const char *folder) {
+bool Enter_Machine(const char *folder) try {
     Machine machine;
     if (!folder || !Prepare(folder, machine)) return false;
     State &state = The_State();
@@ -246,5 +254,7 @@ bool Enter_Machine(const char *folder) {
     state.entered.push_back(machine);
     ++state.serial;
     return true;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 }

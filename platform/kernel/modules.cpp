@@ -273,8 +273,8 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 HMODULE GetModuleHandleA(LPCSTR name) {
-    if (!name) return The_Program();
     return Within_Memory(HMODULE{}, [=] {
+        if (!name) return The_Program();
         const HMODULE module = Module_Of(Find_Loaded(ModuleName(name)));
         return module ? module : Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
     });
@@ -295,12 +295,13 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
 
 BOOL FreeLibrary(HMODULE module) {
     const DWORD last_error = GetLastError();
-    Modules &modules = The_Modules();
-    const std::lock_guard guard(modules.lock);
-    if (modules.data_files.erase(module) == 0 && !Take_Back_Load(modules, module)) {
-        return Fail<BOOL>(ERROR_MOD_NOT_FOUND);
-    }
-    SetLastError(last_error);
-    return TRUE;
+    const long error = Code_Of([=] {
+        Modules &modules = The_Modules();
+        const std::lock_guard guard(modules.lock);
+        const bool done = modules.data_files.erase(module) != 0 || Take_Back_Load(modules, module);
+        return done ? NO_ERROR : ERROR_MOD_NOT_FOUND;
+    });
+    SetLastError(error == NO_ERROR ? last_error : static_cast<DWORD>(error));
+    return error == NO_ERROR;
 }
 }

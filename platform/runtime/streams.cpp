@@ -14,7 +14,7 @@ namespace {
 struct Mode {
     const char *text;
     int access; // and O_APPEND
-    bool creates, empties;
+    bool creates, empties, exclusive = false;
 };
 
 constexpr Mode Modes[] = {
@@ -22,6 +22,7 @@ constexpr Mode Modes[] = {
     {"r+b", O_RDWR, false, false},
     {"rb+", O_RDWR, false, false},
     {"wb", O_WRONLY, true, true},
+    {"wbx", O_WRONLY, true, true, true},
     {"w+b", O_RDWR, true, true},
     {"wb+", O_RDWR, true, true},
     {"ab", O_WRONLY | O_APPEND, true, false},
@@ -49,9 +50,12 @@ long Open_Or_Create(const char *path, const Mode &mode, HostPlace &place, FileDe
     file = Open_On_Host(place, mode.access);
     if (!file && errno == ENOENT && mode.creates && !place.means_folder) {
         const NameLock lock;
+        if (lock.Error() != NO_ERROR) return lock.Error();
         if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
-        file = Open_On_Host(place, mode.access | O_CREAT);
+        file = Open_On_Host(place, mode.access | O_CREAT | (mode.exclusive ? O_EXCL : 0));
+        if (file) return NO_ERROR;
     }
+    if (file && mode.exclusive) return ERROR_FILE_EXISTS;
     return file ? NO_ERROR : Error_At(place.host_path, errno);
 }
 

@@ -295,10 +295,16 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"message", [] { return With_Window(Posts); }},
         {"enumeration", [] { return With_Window(Enumerates); }},
         {"measures", Measures},
+        {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
+        {"paths",
+         [&] {
+             return Host_Path("c:\\kept.txt", text, sizeof text) && Windows_Path("/", text, sizeof text);
+         }},
     };
     machine.Write("drive_c/kept.txt", "kept");
     machine.Write("drive_c/here.txt", "");
     machine.Write("drive_c/kept.ini", "[s]\nk=value\n");
+    machine.Set("windows", "xp");
     unsigned long points = 0;
     for (const Call &call : calls) {
         ASSERT_TRUE(call.succeeds()) << call.name; // what it needs once is there now

@@ -142,9 +142,4 @@ TEST_F(Versions, AreThoseOfTheSettings) {
     EXPECT_FALSE(GetVersionExA(nullptr));
 }
 
-TEST(ErrorMode, IsKept) {
-    const UINT before = SetErrorMode(SEM_NOOPENFILEERRORBOX);
-    EXPECT_EQ(SetErrorMode(before), SEM_NOOPENFILEERRORBOX);
-}
-
 } // namespace
