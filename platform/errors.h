@@ -55,6 +55,7 @@ inline constexpr long ERROR_KEY_DELETED = 1018;
 inline constexpr long ERROR_SERVICE_REQUEST_TIMEOUT = 1053;
 inline constexpr long ERROR_DLL_INIT_FAILED = 1114;
 inline constexpr long ERROR_MAPPED_ALIGNMENT = 1132;
+inline constexpr long ERROR_NOT_FOUND = 1168;
 inline constexpr long ERROR_REVISION_MISMATCH = 1306;
 inline constexpr long ERROR_INVALID_SID = 1337;
 inline constexpr long ERROR_FILE_CORRUPT = 1392;

@@ -1,6 +1,7 @@
 #include <kelmara/system/directories.h>
 
 #include <kelmara/foundation/string_helpers.h>
+#include <kelmara/system/remembered_directory.h>
 
 #include <platform/files.h>
 #include <platform/kernel.h>
@@ -28,20 +29,6 @@ bool Ends_In_Backslash(const char *path) {
 bool Copy_With_Backslash(char (&out)[Path_Size], const char *path) {
     return path && *path && Join(out, path, Ends_In_Backslash(path) ? "" : "\\");
 }
-
-// The current directory, to come back to.
-class RememberedDirectory {
-  public:
-    // One whose name no path can have is not known: there would be no way back.
-    RememberedDirectory() : m_Known(Machine_Get_Directory(m_Path, sizeof m_Path) && Go_Back()) {}
-    bool Is_Known() const { return m_Known; }
-    bool Go_Back() const { return Machine_Change_Directory(m_Path) == 0; }
-    const char *Path() const { return m_Path; }
-
-  private:
-    char m_Path[MAX_PATH] = {};
-    bool m_Known;
-};
 
 // --- creating ---------------------------------------------------------------------------------------------
 

@@ -6,7 +6,6 @@
 #include <platform/kernel.h>
 #include <platform/runtime.h>
 
-#include <cerrno>
 #include <cstring>
 #include <ctime>
 
@@ -44,7 +43,8 @@ enum class Making { Made, Taken, Failed };
 // Looking and making in one step: what has the name stays as it is.
 Making Make_File(const char *path) {
     FILE *made = Machine_Open_Stream(path, "wbx");
-    if (!made) return errno == EEXIST ? Making::Taken : Making::Failed;
+    if (!made)
+        return GetLastError() == static_cast<DWORD>(ERROR_FILE_EXISTS) ? Making::Taken : Making::Failed;
     Machine_Close_Stream(made);
     return Making::Made;
 }
@@ -70,12 +70,13 @@ bool Form_Work_Name(char (&name)[256], const char *path, unsigned counter) {
 // Others may have the file open for a moment.
 template <class Attempt>
 bool Done_In_Time(Attempt attempt) {
-    constexpr int Most_Attempts = 200;
-    for (int attempts = 1;; ++attempts) {
-        if (attempt()) return true;
-        if (GetLastError() != ERROR_SHARING_VIOLATION || attempts == Most_Attempts) return false;
+    constexpr DWORD Patience = 1000; // milliseconds
+    const DWORD start = GetTickCount();
+    while (!attempt()) {
+        if (GetLastError() != ERROR_SHARING_VIOLATION || GetTickCount() - start >= Patience) return false;
         Sleep(1);
     }
+    return true;
 }
 
 } // namespace

@@ -122,9 +122,10 @@ void CWeakAPICall::Drop() {
 // By its own path: what the name led to may be another library by now.
 void CWeakAPICall::Copy_From(const CWeakAPICall &other) {
     char path[MAX_PATH];
-    if (other.m_Module && GetModuleFileNameA(other.m_Module, path, sizeof path) != 0) {
-        m_Module = LoadLibraryA(path);
-    }
+    const DWORD length = other.m_Module ? GetModuleFileNameA(other.m_Module, path, sizeof path) : 0;
+    if (length > 0 && length < sizeof path) m_Module = LoadLibraryA(path);
+    if (other.m_Module && !m_Module) m_Module = LoadLibraryA(other.m_Library);
+    if (m_Module != other.m_Module) Drop();
     if (other.m_Module && !m_Module) return;
     std::memcpy(m_Library, other.m_Library, sizeof m_Library);
 }

@@ -58,6 +58,7 @@ void Make_Parents(const std::string &path) {
 // The machine's number: made once with the folder, kept in it. With the folder's own identity it names the
 // shared memory, so that neither a copy of the folder nor a new one in its place meets what is not its own.
 constexpr std::size_t Number_Length = 32;
+constexpr unsigned Patience_For_Another_Maker = 2000; // milliseconds
 
 // Empty when it is not there (errno ENOENT) or is none.
 std::string Read_Number(const std::string &path) {
@@ -74,10 +75,8 @@ bool Is_Empty_File(const std::string &path) {
     return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
 }
 
-std::string Read_Or_Make_Number(const std::string &folder) {
+std::string Make_Number(const std::string &folder) {
     const std::string path = folder + "/machine.id";
-    const FileDescriptor whole(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (whole) Lock_File_In_Time(whole.Get(), LOCK_EX, 2000); // two that mend it would undo each other's work
     for (int attempt = 0; attempt < 100; ++attempt) {
         if (Is_Empty_File(path)) unlink(path.c_str()); // what a power failure left of it
         std::string existing = Read_Number(path);
@@ -102,6 +101,17 @@ std::string Read_Or_Make_Number(const std::string &folder) {
         if (!written) return {};
     }
     return {};
+}
+
+// Two that mend a folder at once would undo each other's work: one at a time.
+std::string Read_Or_Make_Number(const std::string &folder) {
+    std::string number = Read_Number(folder + "/machine.id");
+    if (!number.empty()) return number;
+    const FileDescriptor whole(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (whole) Lock_File_In_Time(whole.Get(), LOCK_EX, Patience_For_Another_Maker);
+    number = Make_Number(folder);
+    if (whole) Unlock_File(whole.Get());
+    return number;
 }
 
 // A folder that holds anything else is somebody's own.
@@ -240,6 +250,7 @@ bool Remove_Machine(const char *folder) try {
         std::filesystem::remove_all(entry->path(), error);
         if (error) return false;
     }
+    if (error) return false;
     std::filesystem::remove(std::string(real) + "/machine.id", error);
     return rmdir(real) == 0;
 } catch (const std::bad_alloc &) {

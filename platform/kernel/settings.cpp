@@ -202,7 +202,7 @@ bool Get_Machine_Setting(const char *name, char *out, unsigned long size) try {
     return false;
 }
 
-void Override_Machine_Setting(const char *name, const char *value) {
+void Override_Machine_Setting(const char *name, const char *value) try {
     if (!name) return;
     State &state = The_State();
     std::lock_guard guard(state.lock);
@@ -210,5 +210,7 @@ void Override_Machine_Setting(const char *name, const char *value) {
         state.overrides[Key_Of(name)] = value;
     else
         state.overrides.erase(Key_Of(name));
+} catch (const std::bad_alloc &) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
 }
 }

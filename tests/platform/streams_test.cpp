@@ -38,6 +38,9 @@ TEST_F(Streams, OpenAsTheirModesSay) {
     }
     EXPECT_EQ(Errno_Of_Opening("SUB\\FILE", "wbx"), EEXIST);
     EXPECT_EQ(Errno_Of_Opening("sub\\new wbx", "wbx"), 0);
+    EXPECT_EQ(Errno_Of_Opening("sub", "wbx"), EEXIST);
+    Write_Protect("drive_c/Sub/new wbx");
+    EXPECT_EQ(Errno_Of_Opening("sub\\new wbx", "wbx"), EEXIST);
     EXPECT_EQ(machine.Read("drive_c/Sub/File"), "12345");
     FILE *stream = Machine_Open_Stream("sub\\FILE", "a+b");
     EXPECT_EQ(fgetc(stream), '1');
@@ -160,6 +163,7 @@ TEST_F(Streams, AndTheMakingOfNamesFailInTimeWhereALockIsHeld) {
     auto mutex = std::async(std::launch::async, [] { return CreateMutexA(nullptr, FALSE, "second"); });
     EXPECT_EQ(Error_Of(CreateDirectoryA("c:\\second", nullptr)), ERROR_SHARING_VIOLATION);
     EXPECT_EQ(mutex.get(), nullptr);
+    flock(lock, LOCK_UN);
     close(lock);
     EXPECT_TRUE(CreateDirectoryA("c:\\second", nullptr));
 }
