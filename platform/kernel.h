@@ -147,13 +147,13 @@ inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;
 /// Loads a module by its Windows path, or by its bare name from the folders of the search order: the
 /// program's, the current one, the system's, the Windows folder, the PATH. Letter case does not matter. A
 /// name without an ending gets ".dll"; where the host has the module as `name.so` or `libname.so`, that is
-/// it. A bare name that is loaded already is that module, wherever it lies; "kernel32", "advapi32" and
-/// "user32" are the machine's own. Loading again counts, and gives the same handle. Null on failure:
-/// ERROR_INVALID_PARAMETER without a name; ERROR_MOD_NOT_FOUND, also for what a module itself needs (the
-/// debugger's sink hears what), ERROR_BAD_EXE_FORMAT for what is no module of this word size or is cut short,
-/// ERROR_DLL_INIT_FAILED when the module's own `DllMain(module, 1, null)` threw or said no; one that said no
-/// hears reason 0 at once. DllMain may load and free others, but must not wait for a thread that does; nor
-/// may a module that the host loads by itself load others while it is initialised.
+/// it. A bare name that is loaded already is that module, wherever it lies; "kernel32", "advapi32",
+/// "user32" and "gdi32" are the machine's own. Loading again counts, and gives the same handle. Null on
+/// failure: ERROR_INVALID_PARAMETER without a name; ERROR_MOD_NOT_FOUND, also for what a module itself needs
+/// (the debugger's sink hears what), ERROR_BAD_EXE_FORMAT for what is no module of this word size or is cut
+/// short, ERROR_DLL_INIT_FAILED when the module's own `DllMain(module, 1, null)` threw or said no; one that
+/// said no hears reason 0 at once. DllMain may load and free others, but must not wait for a thread that
+/// does; nor may a module that the host loads by itself load others while it is initialised.
 PLATFORM_API HMODULE LoadLibraryA(LPCSTR path);
 
 /// LoadLibraryA with flags. With LOAD_LIBRARY_AS_DATAFILE nothing of the module runs and nothing of it can

@@ -59,4 +59,16 @@ PLATFORM_API void Set_Debug_Output_Sink(DebugOutputSink sink, void *context);
 /// Handles of every kind that this process has open, registry keys among them: what a test brings back to
 /// where it was.
 PLATFORM_API unsigned long Open_Handle_Count();
+
+/// Windows of this process that have not been destroyed, and objects of gdi.h that have not been given back:
+/// what a test brings back to where it was.
+PLATFORM_API unsigned long Window_Count();
+PLATFORM_API unsigned long Gdi_Object_Count();
+
+/// How often MessageBeep has sounded in this process.
+PLATFORM_API unsigned long Message_Beep_Count();
+
+/// What of a window is to be painted anew, in its client coordinates; false when nothing is. With `validate`
+/// it counts as painted.
+PLATFORM_API bool Invalid_Rectangle(HWND window, RECT *rectangle, bool validate);
 }

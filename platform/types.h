@@ -43,6 +43,37 @@ using HMODULE = HINSTANCE;
 using HWND = HWND__ *;
 using FARPROC = void (*)();
 
+struct HDC__;
+struct HFONT__;
+struct HMENU__;
+using HDC = HDC__ *;
+using HGDIOBJ = void *;
+using HFONT = HFONT__ *;
+using HMENU = HMENU__ *;
+using ATOM = WORD;
+using WPARAM = UINT;
+using LPARAM = LONG;
+using LRESULT = LONG;
+
+struct POINT {
+    LONG x;
+    LONG y;
+};
+
+struct SIZE {
+    LONG cx;
+    LONG cy;
+};
+
+/// Pixels; right and bottom lie outside.
+struct RECT {
+    LONG left;
+    LONG top;
+    LONG right;
+    LONG bottom;
+};
+static_assert(sizeof(POINT) == 8 && sizeof(SIZE) == 8 && sizeof(RECT) == 16);
+
 struct SECURITY_ATTRIBUTES {
     DWORD nLength;
     void *lpSecurityDescriptor;

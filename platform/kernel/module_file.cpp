@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr const char *Built_In_Modules[] = {"kernel32.dll", "advapi32.dll", "user32.dll"};
+constexpr const char *Built_In_Modules[] = {"kernel32.dll", "advapi32.dll", "user32.dll", "gdi32.dll"};
 
 bool Read_At(int descriptor, off_t offset, void *bytes, std::size_t size) {
     return pread(descriptor, bytes, size, offset) == static_cast<ssize_t>(size);

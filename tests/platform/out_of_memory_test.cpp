@@ -1,17 +1,20 @@
 // Memory that runs out inside a call of the machine: a code, never an exception, and nothing is left behind.
 
 #include <platform/files.h>
+#include <platform/gdi.h>
 #include <platform/kernel.h>
 #include <platform/machine.h>
 #include <platform/registry.h>
 #include <platform/runtime.h>
 #include <platform/security.h>
+#include <platform/user.h>
 #include <tests/support/failing_new.h>
 #include <tests/support/file_verbs.h>
 #include <tests/support/test_machine.h>
 
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -158,6 +161,76 @@ bool Key_Comes_And_Goes() {
     return With_Code(error ? error : RegDeleteKeyA(HKEY_CURRENT_USER, "Scarce"));
 }
 
+LRESULT Plain_Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    return DefWindowProcA(window, message, wparam, lparam);
+}
+
+bool Class_Comes_And_Goes() {
+    WNDCLASSA scarce = {};
+    scarce.lpfnWndProc = Plain_Procedure;
+    scarce.lpszClassName = "A class with a name that needs memory";
+    return RegisterClassA(&scarce) && UnregisterClassA(scarce.lpszClassName, nullptr);
+}
+
+// What memory fails is the making; taking away needs none.
+bool Windows_Come_And_Go() {
+    const HWND window =
+        CreateWindowExA(0, "#32770", "A title that is long enough to need memory of its own",
+                        WS_POPUP | WS_VISIBLE, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    if (!window) return false;
+    const HWND child = CreateWindowExA(0, "#32770", "", WS_CHILD | WS_VISIBLE, 0, 0, 9, 9, window, nullptr,
+                                       nullptr, nullptr);
+    const DWORD error = GetLastError();
+    const bool gone = DestroyWindow(window) && !Window_Count();
+    SetLastError(error);
+    return child && gone;
+}
+
+bool Texts_Go_To_And_Fro(HWND window) {
+    char text[100];
+    if (!SetWindowTextA(window, "Another title that is long enough to need memory of its own")) return false;
+    return GetWindowTextA(window, text, sizeof text) == 59;
+}
+
+bool Posts(HWND window) {
+    MSG message;
+    if (!PostMessageA(window, WM_USER, 0, 0)) return false;
+    return PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE);
+}
+
+bool Enumerates(HWND window) {
+    return EnumChildWindows(
+        window, [](HWND, LPARAM) { return TRUE; }, 0);
+}
+
+// With a window that was made with memory enough.
+bool With_Window(bool (*succeeds)(HWND)) {
+    const unsigned long failure = std::exchange(allocations_until_failure, 0);
+    const HWND window =
+        CreateWindowExA(0, "#32770", "", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    CreateWindowExA(0, "#32770", "", WS_CHILD, 0, 0, 9, 9, window, nullptr, nullptr, nullptr);
+    allocations_until_failure = failure;
+    const bool done = succeeds(window);
+    const DWORD error = GetLastError();
+    const unsigned long left = std::exchange(allocations_until_failure, 0);
+    DestroyWindow(window);
+    allocations_until_failure = left;
+    SetLastError(error);
+    return done;
+}
+
+bool Measures() {
+    const LOGFONTA wanted = {};
+    const HDC dc = GetDC(nullptr);
+    if (!dc) return false;
+    const HFONT font = CreateFontIndirectA(&wanted);
+    const DWORD error = GetLastError();
+    ReleaseDC(nullptr, dc);
+    if (font) DeleteObject(font);
+    SetLastError(error);
+    return font != nullptr;
+}
+
 TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) {
     char text[MAX_PATH];
     OSVERSIONINFOA version = {};
@@ -202,6 +275,12 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"module as data", Loads_As_Data},
         {"module by name", [] { return GetModuleHandleA("kernel32.dll") != nullptr; }},
         {"registry", Key_Comes_And_Goes},
+        {"window class", Class_Comes_And_Goes},
+        {"windows", Windows_Come_And_Go},
+        {"text", [] { return With_Window(Texts_Go_To_And_Fro); }},
+        {"message", [] { return With_Window(Posts); }},
+        {"enumeration", [] { return With_Window(Enumerates); }},
+        {"measures", Measures},
         {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
         {"paths",
          [&] {

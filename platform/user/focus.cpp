@@ -1,0 +1,151 @@
+#include <platform/user/state_changes.h>
+#include <platform/user/window_table.h>
+
+#include <platform/kernel.h>
+#include <platform/kernel/outcome.h>
+
+namespace {
+
+std::shared_ptr<ThreadQueue> Own_Queue() {
+    return Within_Memory(std::shared_ptr<ThreadQueue>(), [] { return ThreadQueue::Own(); });
+}
+
+WindowPointer Pointer_To(const Window *window) {
+    return window ? Find_Window(window->handle) : nullptr;
+}
+
+// The caller holds the lock.
+bool May_Have_Focus(const Window &window) {
+    for (const Window *each = &window; each->parent; each = each->parent) {
+        if (each->style & WS_DISABLED || each->Is(WS_MINIMIZE)) return false;
+    }
+    return true;
+}
+
+void Move_Focus(ThreadQueue &queue, const WindowPointer &window) {
+    WindowPointer before;
+    {
+        const TreeLock lock;
+        if (queue.focus == window.get()) return;
+        before = Pointer_To(queue.focus);
+        queue.focus = window && !window->gone ? window.get() : nullptr;
+    }
+    const auto handle = [](const WindowPointer &of) { return reinterpret_cast<WPARAM>(Handle_Of(of.get())); };
+    if (before) Send_To(before, WM_KILLFOCUS, handle(window), 0);
+    bool still;
+    {
+        const TreeLock lock;
+        still = window && queue.focus == window.get();
+    }
+    if (still) Send_To(window, WM_SETFOCUS, handle(before), 0);
+}
+
+// Which popup of its owners was active last.
+void Remember_Popup(const Window &window) {
+    const auto handle = reinterpret_cast<std::uint32_t>(window.handle);
+    for (const Window *each = &window; each && each->row; each = each->owner)
+        each->row->last_popup.store(handle, std::memory_order_release);
+}
+
+} // namespace
+
+void Activate(ThreadQueue &queue, const WindowPointer &window) {
+    WindowPointer before;
+    {
+        const TreeLock lock;
+        if (window && (window->gone || !window->row)) return;
+        if (window) Remember_Popup(*window);
+        before = Pointer_To(queue.active);
+        queue.active = window.get();
+        if (window) Restack(*window, nullptr);
+        const bool had_foreground = before && queue.Shared()->Foreground() == before->handle;
+        if (window || had_foreground) queue.Shared()->Set_Foreground(Handle_Of(window.get()));
+    }
+    if (before == window) return;
+    const auto handle = [](const WindowPointer &of) { return As_Parameter(Handle_Of(of.get())); };
+    if (before) Send_To(before, WM_ACTIVATE, WA_INACTIVE, handle(window));
+    bool still;
+    {
+        const TreeLock lock;
+        still = window && queue.active == window.get();
+    }
+    if (still)
+        Send_To(window, WM_ACTIVATE, WA_ACTIVE, handle(before));
+    else if (!window)
+        Move_Focus(queue, nullptr);
+}
+
+void Bring_To_Front(const WindowPointer &window) {
+    if (!window->row) return;
+    if (window->queue->Is_Own())
+        Activate(*window->queue, window);
+    else
+        window->shared->Set_Foreground(window->handle);
+}
+
+extern "C" {
+
+HWND SetFocus(HWND handle) {
+    const std::shared_ptr<ThreadQueue> queue = Own_Queue();
+    if (!queue) return nullptr;
+    WindowPointer window, root;
+    HWND before;
+    {
+        const TreeLock lock;
+        before = Handle_Of(queue->focus);
+        if (handle) {
+            window = Within_Memory(WindowPointer(), [&] { return Find_Window_Or_Tell(handle); });
+            if (!window) return nullptr;
+            if (window->queue != queue) return Succeed_Or_Tell(ERROR_ACCESS_DENIED), nullptr;
+            if (!May_Have_Focus(*window)) return Succeed_Or_Tell(ERROR_INVALID_PARAMETER), nullptr;
+            root = Pointer_To(&Root_Of(*window));
+            if (queue->active == root.get()) root.reset();
+        }
+    }
+    if (root) Activate(*queue, root);
+    Move_Focus(*queue, window);
+    return before;
+}
+
+HWND GetFocus() {
+    const std::shared_ptr<ThreadQueue> queue = ThreadQueue::Existing();
+    const TreeLock lock;
+    return queue ? Handle_Of(queue->focus) : nullptr;
+}
+
+HWND GetActiveWindow() {
+    const std::shared_ptr<ThreadQueue> queue = ThreadQueue::Existing();
+    const TreeLock lock;
+    return queue ? Handle_Of(queue->active) : nullptr;
+}
+
+BOOL SetForegroundWindow(HWND handle) {
+    MachineWindow on_machine;
+    const WindowPointer window = Within_Memory(WindowPointer(), [&]() -> WindowPointer {
+        on_machine = Find_On_Machine(handle);
+        return on_machine ? Find_Window(handle) : Find_Window_Or_Tell(handle);
+    });
+    if (!on_machine) return FALSE;
+    if (window)
+        Bring_To_Front(window);
+    else
+        on_machine.shared->Set_Foreground(handle);
+    return TRUE;
+}
+
+HWND GetForegroundWindow() {
+    return Within_Memory(HWND(nullptr), []() -> HWND {
+        const std::shared_ptr<SharedWindows> shared = SharedWindows::Current();
+        return shared ? shared->Foreground() : nullptr;
+    });
+}
+
+HWND GetLastActivePopup(HWND handle) {
+    return Within_Memory(HWND(nullptr), [&]() -> HWND {
+        const MachineWindow on_machine = Find_On_Machine(handle);
+        if (!on_machine) return Find_Window_Or_Tell(handle) ? handle : nullptr;
+        const auto popup = reinterpret_cast<HWND>(on_machine.row->last_popup.load(std::memory_order_acquire));
+        return popup && on_machine.shared->Find(popup) ? popup : handle;
+    });
+}
+}

@@ -1,0 +1,17 @@
+#pragma once
+// How a window gets from one state to another: visible, iconic, zoomed, active.
+
+#include <platform/user/thread_queue.h>
+
+/// Gives the window these State_Bits, tells its procedure and moves it to where they have it.
+enum class Activation { Yes, No };
+void Change_State(const WindowPointer &window, DWORD state, Activation activation);
+
+/// Sees to what others have changed about the thread's windows: their state, and which is in the foreground.
+void Catch_Up_With_The_Machine(ThreadQueue &queue);
+
+/// Makes a window without a parent the thread's active one; null for none. WM_ACTIVATE, and the focus goes
+/// with it. Both are of the calling thread.
+void Activate(ThreadQueue &queue, const WindowPointer &window);
+/// The same for a window of any thread: another's comes to it when it looks for messages.
+void Bring_To_Front(const WindowPointer &window);

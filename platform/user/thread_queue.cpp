@@ -1,0 +1,234 @@
+#include <platform/user/thread_queue.h>
+
+#include <platform/kernel.h>
+#include <platform/kernel/outcome.h>
+#include <platform/user/state_changes.h>
+#include <platform/user/window_end.h>
+
+#include <algorithm>
+#include <unistd.h>
+#include <unordered_map>
+#include <utility>
+
+namespace {
+
+struct Queues {
+    std::mutex lock;
+    std::unordered_map<DWORD, std::shared_ptr<ThreadQueue>> by_thread;
+};
+
+Queues &The_Queues() {
+    static Queues *queues = new Queues;
+    return *queues;
+}
+
+// The calling thread's hold of its queue. What runs after its end in the same thread finds none. The first
+// thread keeps its queue and windows through the exit routines; they end with the process.
+constinit thread_local std::shared_ptr<ThreadQueue> *own = nullptr;
+constinit thread_local bool thread_has_ended = false;
+
+struct ThreadEnd {
+    bool in_use = false;
+    ~ThreadEnd();
+};
+thread_local ThreadEnd thread_end;
+
+ThreadEnd::~ThreadEnd() {
+    if (!own || gettid() == getpid()) return;
+    const std::unique_ptr<std::shared_ptr<ThreadQueue>> last(std::exchange(own, nullptr));
+    thread_has_ended = true;
+    ThreadQueue &queue = **last;
+    Remove_Windows_Of(queue);
+    {
+        Queues &queues = The_Queues();
+        std::lock_guard guard(queues.lock);
+        queues.by_thread.erase(queue.Thread_Id());
+    }
+    queue.Close();
+}
+
+std::unique_ptr<std::shared_ptr<ThreadQueue>> Make_Queue() {
+    std::shared_ptr<SharedWindows> shared = SharedWindows::Current();
+    if (!shared) return nullptr;
+    const auto thread_id = static_cast<DWORD>(gettid());
+    auto hold = std::make_unique<std::shared_ptr<ThreadQueue>>(
+        std::make_shared<ThreadQueue>(thread_id, shared, nullptr));
+    Queues &queues = The_Queues();
+    std::lock_guard guard(queues.lock);
+    queues.by_thread[thread_id] = *hold;
+    return hold;
+}
+
+} // namespace
+
+ThreadQueue::ThreadQueue(DWORD thread_id, std::shared_ptr<SharedWindows> shared, ThreadRow *row)
+    : thread_id_(thread_id), shared_(std::move(shared)), row_(row) {}
+
+std::shared_ptr<ThreadQueue> ThreadQueue::Own() {
+    if (thread_has_ended) {
+        SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+        return nullptr;
+    }
+    if (!own) {
+        own = Make_Queue().release();
+        thread_end.in_use = own != nullptr; // from here on its destructor runs
+    }
+    if (!own) return nullptr;
+    (*own)->Move_To_Current_Machine();
+    if ((*own)->row_) return *own;
+    SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+    return nullptr;
+}
+
+std::shared_ptr<ThreadQueue> ThreadQueue::Existing() {
+    return own ? *own : nullptr;
+}
+
+std::shared_ptr<ThreadQueue> ThreadQueue::Of_Thread(DWORD thread_id) {
+    Queues &queues = The_Queues();
+    std::lock_guard guard(queues.lock);
+    const auto found = queues.by_thread.find(thread_id);
+    return found == queues.by_thread.end() ? nullptr : found->second;
+}
+
+bool ThreadQueue::Is_Own() const {
+    return own && own->get() == this;
+}
+
+// The rows of machines that it has left stay as long as the thread: windows there may be its own.
+void ThreadQueue::Move_To_Current_Machine() {
+    std::shared_ptr<SharedWindows> current = SharedWindows::Current();
+    if (!current || (current == shared_ && row_.load())) return;
+    earlier_.reserve(earlier_.size() + 1);
+    ThreadRow *row = current->Take_Thread();
+    if (!row) return;
+    std::lock_guard guard(lock_);
+    if (row_) earlier_.emplace_back(std::move(shared_), row_.load());
+    shared_ = std::move(current);
+    row_ = row;
+}
+
+void ThreadQueue::Close() {
+    std::deque<std::shared_ptr<SentMessage>> unanswered;
+    {
+        std::lock_guard guard(lock_);
+        closed_ = true;
+        unanswered.swap(sent_);
+        posted_.clear();
+    }
+    for (const auto &sent : unanswered) {
+        sent->answered = true;
+        sent->sender->Row().Wake();
+    }
+    std::lock_guard guard(lock_);
+    if (row_) shared_->Give_Back(Row());
+    for (auto &[shared, row] : earlier_) shared->Give_Back(*row);
+    earlier_.clear();
+}
+
+long ThreadQueue::Post(const MSG &message) {
+    std::lock_guard guard(lock_);
+    if (closed_) return ERROR_INVALID_THREAD_ID;
+    if (posted_.size() >= Most_Posted) return ERROR_NOT_ENOUGH_QUOTA;
+    posted_.push_back(message);
+    Row().Wake();
+    return NO_ERROR;
+}
+
+void ThreadQueue::Post_Quit(int exit_code) {
+    std::lock_guard guard(lock_);
+    quit_ = true;
+    exit_code_ = exit_code;
+    Row().Wake();
+}
+
+LRESULT ThreadQueue::Send(const std::shared_ptr<SentMessage> &sent, ThreadQueue &receiver) {
+    const long error = Code_Of([&]() -> long {
+        std::lock_guard guard(receiver.lock_);
+        if (receiver.closed_) return ERROR_INVALID_WINDOW_HANDLE;
+        receiver.sent_.push_back(sent);
+        receiver.Row().Wake();
+        return NO_ERROR;
+    });
+    if (!Succeed_Or_Tell(error)) return 0;
+    // What the message points to lasts as long as this call, also when it ends by an exception.
+    struct Withdrawal {
+        const std::shared_ptr<SentMessage> &sent;
+        ThreadQueue &receiver;
+        ~Withdrawal() {
+            if (receiver.Withdraw(sent)) return;
+            while (!sent->answered.load(std::memory_order_acquire)) {
+                const std::uint32_t seen = sent->sender->Seen();
+                if (!sent->answered.load(std::memory_order_acquire)) sent->sender->Sleep(seen, 1000);
+            }
+        }
+    } withdrawal{sent, receiver};
+    for (;;) {
+        const std::uint32_t seen = sent->sender->Seen();
+        if (sent->answered.load(std::memory_order_acquire)) return sent->result;
+        sent->sender->Answer_Sent();
+        sent->sender->Sleep(seen, 1000);
+    }
+}
+
+// True when nobody has begun to answer it.
+bool ThreadQueue::Withdraw(const std::shared_ptr<SentMessage> &sent) {
+    std::lock_guard guard(lock_);
+    return std::erase(sent_, sent) != 0;
+}
+
+void ThreadQueue::Answer_Sent() {
+    for (;;) {
+        std::shared_ptr<SentMessage> sent;
+        {
+            std::lock_guard guard(lock_);
+            if (sent_.empty()) break;
+            sent = std::move(sent_.front());
+            sent_.pop_front();
+        }
+        struct Answer {
+            SentMessage &sent;
+            ~Answer() {
+                sent.answered.store(true, std::memory_order_release);
+                sent.sender->Row().Wake();
+            }
+        } answer{*sent};
+        sent->result = Send_To(sent->window, sent->message, sent->wparam, sent->lparam);
+    }
+    Catch_Up_With_The_Machine(*this);
+}
+
+void ThreadQueue::Forget_Window(HWND window) {
+    std::lock_guard guard(lock_);
+    std::erase_if(posted_, [window](const MSG &message) { return message.hwnd == window; });
+}
+
+bool ThreadQueue::Matches(const Filter &filter, const MSG &message) const {
+    if ((filter.first || filter.last) && (message.message < filter.first || message.message > filter.last))
+        return false;
+    if (!filter.window) return true;
+    if (filter.window == reinterpret_cast<HWND>(-1)) return message.hwnd == nullptr;
+    return message.hwnd == filter.window || (message.hwnd && IsChild(filter.window, message.hwnd));
+}
+
+bool ThreadQueue::Take(const Filter &filter, bool remove, MSG &message) {
+    const TreeLock tree; // before the queue's own: the filter asks for the family
+    std::lock_guard guard(lock_);
+    const auto found =
+        std::find_if(posted_.begin(), posted_.end(), [&](const MSG &each) { return Matches(filter, each); });
+    if (found != posted_.end()) {
+        message = *found;
+        if (remove) posted_.erase(found);
+        return true;
+    }
+    if (!quit_) return false;
+    message = {nullptr, WM_QUIT, static_cast<WPARAM>(exit_code_), 0, GetTickCount(), {0, 0}};
+    if (remove) quit_ = false;
+    return true;
+}
+
+bool ThreadQueue::Has(DWORD mask) {
+    std::lock_guard guard(lock_);
+    return ((mask & QS_POSTMESSAGE) && (!posted_.empty() || quit_)) ||
+           ((mask & QS_SENDMESSAGE) && !sent_.empty());
+}

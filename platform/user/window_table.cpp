@@ -1,0 +1,125 @@
+#include <platform/user/window_table.h>
+
+#include <platform/kernel.h>
+#include <platform/kernel/outcome.h>
+#include <platform/machine.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <unordered_map>
+
+namespace {
+
+constinit std::recursive_mutex tree_lock;
+constinit thread_local unsigned tree_lock_depth = 0;
+
+std::unordered_map<HWND, WindowPointer> &Table() {
+    static auto *table = new std::unordered_map<HWND, WindowPointer>;
+    return *table;
+}
+
+const HWND Desktop_Handle = reinterpret_cast<HWND>(16); // generation 0: no other window has it
+
+WindowPointer Make_Desktop() {
+    auto desktop = std::make_shared<Window>();
+    auto desktop_class = std::make_shared<WindowClass>();
+    desktop_class->name = "#32769";
+    desktop_class->procedure = DefWindowProcA;
+    desktop->handle = Desktop_Handle;
+    desktop->procedure = DefWindowProcA;
+    desktop->window_class = std::move(desktop_class);
+    desktop->style = WS_POPUP | WS_VISIBLE;
+    return desktop;
+}
+
+} // namespace
+
+TreeLock::TreeLock() {
+    tree_lock.lock();
+    ++tree_lock_depth;
+}
+
+TreeLock::~TreeLock() {
+    --tree_lock_depth;
+    tree_lock.unlock();
+}
+
+bool TreeLock::Held_By_This_Thread() {
+    return tree_lock_depth != 0;
+}
+
+static const WindowPointer &Desktop_Pointer() {
+    static const auto *desktop = new WindowPointer(Make_Desktop());
+    return *desktop;
+}
+
+Window &Desktop() {
+    return *Desktop_Pointer();
+}
+
+Window &Desktop_Of_The_Screen() {
+    Desktop().rectangle = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    return Desktop();
+}
+
+void Enter_In_Table(const WindowPointer &window) {
+    Table().emplace(window->handle, window);
+}
+
+void Remove_From_Table(HWND handle) {
+    Table().erase(handle);
+}
+
+WindowPointer Any_Window_Of(const ThreadQueue &queue) {
+    for (const auto &[handle, window] : Table()) {
+        if (window->queue.get() == &queue) return window;
+    }
+    return nullptr;
+}
+
+WindowPointer Find_Window(HWND handle) {
+    if (!handle) return nullptr;
+    const TreeLock lock;
+    if (handle == Desktop_Handle) {
+        Desktop_Of_The_Screen();
+        return Desktop_Pointer();
+    }
+    const auto found = Table().find(handle);
+    return found == Table().end() ? nullptr : found->second;
+}
+
+MachineWindow Find_On_Machine(HWND handle) {
+    MachineWindow found;
+    found.shared = SharedWindows::Current();
+    if (found.shared) found.row = found.shared->Find(handle);
+    return found;
+}
+
+WindowPointer Find_Window_Or_Tell(HWND handle) {
+    WindowPointer window = Find_Window(handle);
+    if (window) return window;
+    const bool of_another = handle && Find_On_Machine(handle);
+    SetLastError(of_another ? ERROR_ACCESS_DENIED : ERROR_INVALID_WINDOW_HANDLE);
+    return nullptr;
+}
+
+extern "C" {
+
+BOOL IsWindow(HWND window) {
+    return Within_Memory(FALSE, [&]() -> BOOL {
+        if (window && (Find_Window(window) || Find_On_Machine(window))) return TRUE;
+        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+        return FALSE;
+    });
+}
+
+HWND GetDesktopWindow() {
+    return Desktop_Handle;
+}
+
+unsigned long Window_Count() {
+    const TreeLock lock;
+    return Table().size();
+}
+}

@@ -1,0 +1,275 @@
+// Classes, procedures, how windows come and go, showing, focus.
+
+#include <platform/kernel.h>
+#include <platform/user.h>
+#include <tests/support/handles.h>
+#include <tests/support/window_verbs.h>
+
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+const DWORD Dialog = WS_POPUP | WS_DLGFRAME;
+const RECT Somewhere = {10, 10, 110, 60};
+
+std::string Class_Of(HWND window) {
+    char name[100];
+    return GetClassNameA(window, name, sizeof name) ? name : "";
+}
+
+TEST_F(WindowTest, Classes_Are_Known_By_Their_Name_In_Any_Case) {
+    const WNDCLASSA plain = {0,       DefWindowProcA, 0,       0,       nullptr,
+                             nullptr, nullptr,        nullptr, nullptr, "Plain One"};
+    ASSERT_TRUE(RegisterClassA(&plain));
+    EXPECT_EQ(Error_Of(RegisterClassA(&plain)), ERROR_CLASS_ALREADY_EXISTS);
+    const HWND window =
+        CreateWindowExA(0, "plain one", "Text", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(Class_Of(window), "Plain One");
+    char cut[6];
+    EXPECT_EQ(GetClassNameA(window, cut, sizeof cut), 5);
+    EXPECT_STREQ(cut, "Plain");
+    EXPECT_EQ(Error_Of(UnregisterClassA("Plain One", nullptr)), ERROR_CLASS_HAS_WINDOWS);
+    DestroyWindow(window);
+    EXPECT_TRUE(UnregisterClassA("Plain One", nullptr));
+    EXPECT_EQ(Error_Of(UnregisterClassA("#32770", nullptr)), ERROR_CLASS_DOES_NOT_EXIST);
+}
+
+TEST_F(WindowTest, What_Is_No_Window_Is_Refused_With_Its_Code) {
+    TestWindow dialog(Dialog, Somewhere);
+    const auto make = [](const char *name, DWORD style, HWND parent) {
+        return Error_Of(CreateWindowExA(0, name, "", style, 0, 0, 1, 1, parent, nullptr, nullptr, nullptr));
+    };
+    const HWND none = reinterpret_cast<HWND>(0x7FFFFFF0);
+    EXPECT_EQ(make("No Such Class", WS_POPUP, nullptr), ERROR_CANNOT_FIND_WND_CLASS);
+    EXPECT_EQ(make(TestWindow::Class(), WS_CHILD, nullptr), ERROR_TLW_WITH_WSCHILD);
+    EXPECT_EQ(make(TestWindow::Class(), WS_CHILD, none), ERROR_INVALID_WINDOW_HANDLE);
+    for (const HWND bad : {none, reinterpret_cast<HWND>(3), HWND(nullptr)}) {
+        char text[5];
+        RECT r;
+        EXPECT_EQ(Error_Of(IsWindow(bad)), ERROR_INVALID_WINDOW_HANDLE);
+        EXPECT_EQ(Error_Of(GetWindowRect(bad, &r)), ERROR_INVALID_WINDOW_HANDLE);
+        EXPECT_EQ(Error_Of(GetWindowTextA(bad, text, sizeof text)), ERROR_INVALID_WINDOW_HANDLE);
+        EXPECT_EQ(Error_Of(SetWindowLongA(bad, GWL_USERDATA, 1)), ERROR_INVALID_WINDOW_HANDLE);
+        EXPECT_EQ(Error_Of(DestroyWindow(bad)), ERROR_INVALID_WINDOW_HANDLE);
+    }
+    EXPECT_EQ(Error_Of(GetWindowLongA(dialog, -3)), ERROR_INVALID_INDEX);
+    EXPECT_EQ(Error_Of(DestroyWindow(GetDesktopWindow())), ERROR_ACCESS_DENIED);
+}
+
+TEST_F(WindowTest, A_Procedure_May_Refuse_Its_Window) {
+    const auto answer = [](UINT to, LRESULT with) {
+        return [=](HWND, UINT message, WPARAM, LPARAM) {
+            return message == to ? std::optional<LRESULT>(with) : std::nullopt;
+        };
+    };
+    TestWindow early(WS_POPUP, Somewhere, nullptr, 0, answer(WM_NCCREATE, 0));
+    EXPECT_EQ(HWND(early), nullptr);
+    EXPECT_EQ(early.Heard(), "WM_NCCREATE WM_NCDESTROY");
+    TestWindow late(WS_POPUP, Somewhere, nullptr, 0, answer(WM_CREATE, -1));
+    EXPECT_EQ(HWND(late), nullptr);
+    EXPECT_EQ(late.Heard(), "WM_NCCREATE WM_CREATE WM_DESTROY WM_NCDESTROY");
+    const auto throws = [](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message == WM_CREATE) throw std::runtime_error("no");
+        return std::nullopt;
+    };
+    EXPECT_THROW(TestWindow(WS_POPUP, Somewhere, nullptr, 0, throws), std::runtime_error);
+}
+
+LRESULT (*next_procedure)(HWND, UINT, WPARAM, LPARAM) = nullptr;
+
+LRESULT Doubling(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    return 2 * CallWindowProcA(next_procedure, window, message, wparam, lparam);
+}
+
+TEST_F(WindowTest, A_Procedure_Can_Be_Put_Before_Another) {
+    TestWindow window(WS_POPUP, Somewhere, nullptr, 0, [](HWND, UINT message, WPARAM w, LPARAM l) {
+        return message == WM_USER ? std::optional<LRESULT>(static_cast<LRESULT>(w) + l) : std::nullopt;
+    });
+    EXPECT_EQ(SendMessageA(window, WM_USER, 3, 4), 7);
+    const LONG own = GetWindowLongA(window, GWL_WNDPROC);
+    next_procedure = reinterpret_cast<WNDPROC>(own);
+    EXPECT_EQ(SetWindowLongA(window, GWL_WNDPROC, reinterpret_cast<LONG>(Doubling)), own);
+    EXPECT_EQ(SendMessageA(window, WM_USER, 3, 4), 14);
+    SetWindowLongA(window, GWL_WNDPROC, own);
+    EXPECT_EQ(SendMessageA(window, WM_USER, 3, 4), 7);
+    EXPECT_EQ(CallWindowProcA(nullptr, window, WM_USER, 3, 4), 0);
+}
+
+TEST_F(WindowTest, Text_Goes_Through_The_Procedure) {
+    TestWindow window(WS_POPUP, Somewhere, nullptr, 0, {}, "First");
+    EXPECT_EQ(Title_Of(window), "First");
+    window.Heard();
+    EXPECT_TRUE(SetWindowTextA(window, "Something longer"));
+    EXPECT_EQ(GetWindowTextLengthA(window), 16);
+    char cut[5];
+    EXPECT_EQ(GetWindowTextA(window, cut, sizeof cut), 4);
+    EXPECT_STREQ(cut, "Some");
+    EXPECT_EQ(window.Heard(), "WM_SETTEXT 14 WM_GETTEXT");
+    EXPECT_TRUE(SetWindowTextA(window, nullptr));
+    EXPECT_EQ(Title_Of(window), "");
+}
+
+TEST_F(WindowTest, Destruction_Tells_The_Family_In_Order) {
+    std::string order;
+    const auto tells = [&order](const char *name) {
+        return [&order, name](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+            if (message == WM_DESTROY) order += std::string(name) + " ";
+            if (message == WM_NCDESTROY) order += std::string(name) + "! ";
+            return std::nullopt;
+        };
+    };
+    TestWindow main(Dialog, Somewhere, nullptr, 0, tells("main"));
+    TestWindow child(WS_CHILD, Somewhere, main, 1, tells("child"));
+    TestWindow grandchild(WS_CHILD, Somewhere, child, 1, tells("grandchild"));
+    TestWindow owned(Dialog, Somewhere, child, 0, tells("owned"));
+    EXPECT_EQ(GetWindow(owned, GW_OWNER), main);
+    EXPECT_TRUE(DestroyWindow(main));
+    EXPECT_EQ(order, "owned owned! main child grandchild grandchild! child! main! ");
+    for (const HWND each : {HWND(main), HWND(child), HWND(grandchild), HWND(owned)})
+        EXPECT_FALSE(IsWindow(each));
+}
+
+TEST_F(WindowTest, Windows_May_Go_At_Awkward_Moments) {
+    for (const UINT moment :
+         {WM_USER, WM_DESTROY, WM_NCDESTROY, WM_SIZE, WM_WINDOWPOSCHANGING, WM_KILLFOCUS}) {
+        TestWindow main(Dialog | WS_VISIBLE, Somewhere);
+        const HWND parent = main;
+        TestWindow other(WS_CHILD | WS_VISIBLE, Somewhere, main);
+        // The whole family goes while the child answers; its procedure goes on afterwards.
+        TestWindow child(WS_CHILD | WS_VISIBLE, Somewhere, main, 1,
+                         [=](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+                             if (message == moment) DestroyWindow(parent);
+                             return std::nullopt;
+                         });
+        if (IsWindow(child)) SetFocus(child);
+        if (IsWindow(child)) SendMessageA(child, WM_USER, 0, 0);
+        if (IsWindow(child)) MoveWindow(child, 1, 2, 3, 4, TRUE);
+        if (IsWindow(child)) SetFocus(other);
+        if (IsWindow(child)) DestroyWindow(child);
+        EXPECT_FALSE(IsWindow(child)) << moment;
+        EXPECT_FALSE(IsWindow(main)) << moment;
+        EXPECT_EQ(SendMessageA(child, WM_USER, 0, 0), 0);
+    }
+}
+
+TEST_F(WindowTest, A_Throw_During_Destruction_Leaves_A_Whole_Window) {
+    bool throws = true;
+    TestWindow window(Dialog, Somewhere, nullptr, 0, [&](HWND, UINT message, WPARAM, LPARAM) {
+        if (message == WM_DESTROY && throws) throw std::runtime_error("not yet");
+        return std::optional<LRESULT>();
+    });
+    EXPECT_THROW(DestroyWindow(window), std::runtime_error);
+    EXPECT_TRUE(IsWindow(window));
+    throws = false;
+    EXPECT_TRUE(DestroyWindow(window));
+    EXPECT_FALSE(IsWindow(window));
+}
+
+TEST_F(WindowTest, An_Enumeration_Stands_What_Is_Destroyed_Under_It) {
+    TestWindow main(Dialog, Somewhere);
+    TestWindow a(WS_CHILD, Somewhere, main, 1), b(WS_CHILD, Somewhere, main, 2);
+    TestWindow inner(WS_CHILD, Somewhere, a, 3), c(WS_CHILD, Somewhere, main, 4);
+    static std::string seen;
+    static HWND to_destroy;
+    const WNDENUMPROC visit = [](HWND window, LPARAM last) -> BOOL {
+        seen += std::to_string(GetDlgCtrlID(window));
+        if (GetDlgCtrlID(window) == 1) DestroyWindow(to_destroy);
+        return GetDlgCtrlID(window) != last;
+    };
+    seen.clear();
+    to_destroy = nullptr;
+    EXPECT_TRUE(EnumChildWindows(main, visit, -1));
+    EXPECT_EQ(seen, "1324");
+    seen.clear();
+    to_destroy = b;
+    EXPECT_FALSE(EnumChildWindows(main, visit, 3));
+    EXPECT_EQ(seen, "13");
+    seen.clear();
+    to_destroy = a;
+    EXPECT_TRUE(EnumChildWindows(main, visit, -1));
+    EXPECT_EQ(seen, "14");
+}
+
+TEST_F(WindowTest, Showing_And_Enabling_Tell_What_Was_And_Send_What_Changes) {
+    TestWindow main(WS_OVERLAPPEDWINDOW, Somewhere);
+    TestWindow child(WS_CHILD | WS_VISIBLE, Somewhere, main);
+    EXPECT_FALSE(IsWindowVisible(child));
+    main.Heard();
+    EXPECT_FALSE(ShowWindow(main, SW_SHOW));
+    EXPECT_EQ(main.Heard(), "WM_SHOWWINDOW WM_WINDOWPOSCHANGING WM_WINDOWPOSCHANGED WM_ACTIVATE WM_SETFOCUS");
+    EXPECT_TRUE(IsWindowVisible(child));
+    EXPECT_TRUE(ShowWindow(main, SW_SHOW));
+    EXPECT_EQ(main.Heard(), "");
+    SetFocus(child);
+    child.Heard();
+    EXPECT_FALSE(EnableWindow(child, FALSE));
+    EXPECT_EQ(child.Heard(), "WM_CANCELMODE WM_KILLFOCUS WM_ENABLE");
+    EXPECT_FALSE(IsWindowEnabled(child));
+    EXPECT_EQ(GetFocus(), nullptr);
+    EXPECT_EQ(SetFocus(child), nullptr);
+    EXPECT_EQ(GetFocus(), nullptr);
+    EXPECT_TRUE(EnableWindow(child, TRUE));
+    EXPECT_FALSE(EnableWindow(child, TRUE));
+    EXPECT_EQ(child.Heard(), "WM_ENABLE");
+    EXPECT_TRUE(ShowWindow(child, SW_HIDE));
+    EXPECT_FALSE(IsWindowVisible(child));
+    EXPECT_TRUE(IsWindowVisible(main));
+}
+
+TEST_F(WindowTest, Focus_Activation_And_The_Last_Popup_Go_Together) {
+    TestWindow main(WS_OVERLAPPEDWINDOW | WS_VISIBLE, Somewhere);
+    TestWindow child(WS_CHILD | WS_VISIBLE, Somewhere, main);
+    SetFocus(child);
+    EXPECT_EQ(GetLastActivePopup(main), main);
+    {
+        TestWindow popup(Dialog | WS_VISIBLE, Somewhere, main);
+        EXPECT_EQ(GetActiveWindow(), popup);
+        EXPECT_EQ(GetForegroundWindow(), popup);
+        EXPECT_EQ(GetLastActivePopup(main), popup);
+        EXPECT_EQ(GetParent(popup), main);
+        EXPECT_EQ(GetParent(child), main);
+        EXPECT_EQ(GetParent(main), nullptr);
+        EXPECT_FALSE(IsChild(main, popup));
+        EXPECT_EQ(SetFocus(child), popup);
+        EXPECT_EQ(GetActiveWindow(), main);
+        EXPECT_EQ(GetLastActivePopup(main), main);
+        EXPECT_TRUE(SetForegroundWindow(popup));
+        EXPECT_EQ(GetFocus(), popup);
+    }
+    EXPECT_EQ(GetLastActivePopup(main), main);
+    EXPECT_EQ(GetActiveWindow(), main);
+}
+
+TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
+    const HWND dialog = CreateWindowExA(0, "#32770", "", Dialog | WS_VISIBLE, 0, 0, 90, 90, nullptr, nullptr,
+                                        nullptr, nullptr);
+    EXPECT_EQ(GetFocus(), dialog);
+    EXPECT_EQ(SendMessageA(dialog, WM_GETFONT, 0, 0), 0);
+    SendMessageA(dialog, WM_SETFONT, 48, 0);
+    EXPECT_EQ(SendMessageA(dialog, WM_GETFONT, 0, 0), 48);
+    TestWindow plain(WS_CHILD | WS_VISIBLE, Somewhere, dialog);
+    TestWindow stop(WS_CHILD | WS_VISIBLE | WS_TABSTOP, Somewhere, dialog);
+    {
+        TestWindow popup(Dialog | WS_VISIBLE, Somewhere, dialog);
+        SetForegroundWindow(dialog);
+        EXPECT_EQ(GetFocus(), stop);
+        SetFocus(plain);
+        SetForegroundWindow(popup);
+        EXPECT_EQ(GetFocus(), popup);
+    }
+    EXPECT_EQ(GetFocus(), plain);
+    DestroyWindow(dialog);
+}
+
+TEST_F(WindowTest, A_Thread_Takes_Its_Windows_Along) {
+    HWND window = nullptr;
+    std::thread([&window] {
+        window = CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr,
+                                 nullptr);
+        EXPECT_TRUE(IsWindow(window));
+    }).join();
+    EXPECT_FALSE(IsWindow(window));
+}
+
+} // namespace
