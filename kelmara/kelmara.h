@@ -1,11 +1,15 @@
 #pragma once
 // Everything that the library exports.
 
+#include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 #include <kelmara/containers/list.h>
 #include <kelmara/containers/list_interface.h>
 #include <kelmara/containers/list_item.h>
 #include <kelmara/containers/smart_buffer.h>
+#include <kelmara/content/define_file.h>
+#include <kelmara/content/sections.h>
+#include <kelmara/content/tokenizer.h>
 #include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>

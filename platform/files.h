@@ -142,9 +142,10 @@ PLATFORM_API BOOL GetDiskFreeSpaceExA(LPCSTR folder, ULARGE_INTEGER *free_to_cal
 
 /// A value of a file of "[section]" and "key = value" lines: at most `size` characters with the terminator,
 /// cut to fit; the length. Section and key are found without regard to case, the first one counts; quotes
-/// around the whole value are taken off. Without the value `fallback` stands for it, null being empty, its
-/// blanks at the end taken off. Null `section` lists all sections, null `key` the section's keys, each with
-/// its terminator and one more at the end, cut to `size` - 2. A bare `file` lies in the Windows folder. Lines
+/// around the whole value are taken off. Null `section` lists all sections, null `key` the section's keys,
+/// each with its terminator and one more at the end, cut to `size` - 2. Without the file, the section or the
+/// value `fallback` stands for it, null being empty, its blanks at the end taken off, and the last error
+/// says why: ERROR_FILE_NOT_FOUND for what is not there. A bare `file` lies in the Windows folder. Lines
 /// that begin with ";" mean nothing, and so does what is beyond a file's first megabyte.
 PLATFORM_API DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR fallback, LPSTR out,
                                             DWORD size, LPCSTR file);

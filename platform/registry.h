@@ -71,7 +71,8 @@ PLATFORM_API LONG RegCreateKeyExA(HKEY parent, LPCSTR path, DWORD reserved, LPST
                                   DWORD access, const SECURITY_ATTRIBUTES *security, HKEY *key,
                                   DWORD *disposition);
 PLATFORM_API LONG RegCloseKey(HKEY key);
-/// Deletes one key with its values; ERROR_ACCESS_DENIED while it has subkeys. An empty path is `parent`
+/// Deletes one key with its values; ERROR_ACCESS_DENIED while it has subkeys, under every setting of
+/// "windows". An empty path is `parent`
 /// itself, a null one ERROR_INVALID_PARAMETER.
 PLATFORM_API LONG RegDeleteKeyA(HKEY parent, LPCSTR path);
 PLATFORM_API LONG RegDeleteValueA(HKEY key, LPCSTR name);

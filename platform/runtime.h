@@ -15,7 +15,8 @@ inline constexpr int Machine_Rand_Max = 32767;
 
 extern "C" {
 
-/// fopen. Modes are "rb", "wb", "ab" and the same with "+"; there are no text modes. Null on failure, and
+/// fopen. Modes are "rb", "wb", "ab" and the same with "+", and "wbx", which makes a file and fails with
+/// EEXIST where the name is taken; there are no text modes. Null on failure, and
 /// what was there is as it was, though a new file may stay, empty, where memory runs out: errno is ENOENT for
 /// a missing file or folder and for a path that is too long, EACCES for a folder, a read-only file that would
 /// be written, and whatever else the host refuses, EINVAL for another mode and for a name that cannot be,

@@ -1,6 +1,7 @@
 #define KELMARA_INLINE
 #include <kelmara/containers/list.h>
 
+#include <kelmara/foundation/interface_identifiers.h>
 #include <kelmara/foundation/memory.h>
 
 #include <platform/kernel.h>
@@ -11,8 +12,6 @@
 #include <utility>
 
 namespace {
-
-constexpr GUID IID_IUnknown = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
 constexpr long Str255_Size = 256; // bytes of the longest length-prefixed string
 
@@ -84,10 +83,8 @@ CDSList::~CDSList() {
 long CDSList::QueryInterface(GUID const &iid, void **out) {
     if (!out) return E_INVALIDARG;
     *out = nullptr;
-    if (std::memcmp(&iid, &IID_IUnknown, sizeof iid) != 0 &&
-        std::memcmp(&iid, &IID_IListInterface, sizeof iid) != 0) {
+    if (!Is_Same_Identifier(iid, IID_IUnknown) && !Is_Same_Identifier(iid, IID_IListInterface))
         return E_NOINTERFACE;
-    }
     *out = static_cast<IListInterface *>(this);
     AddRef();
     return S_OK;

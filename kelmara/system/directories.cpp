@@ -1,6 +1,7 @@
 #include <kelmara/system/directories.h>
 
 #include <kelmara/foundation/string_helpers.h>
+#include <kelmara/system/remembered_directory.h>
 
 #include <platform/files.h>
 #include <platform/kernel.h>
@@ -28,19 +29,6 @@ bool Ends_In_Backslash(const char *path) {
 bool Copy_With_Backslash(char (&out)[Path_Size], const char *path) {
     return path && *path && Join(out, path, Ends_In_Backslash(path) ? "" : "\\");
 }
-
-// The current directory, to come back to.
-class RememberedDirectory {
-  public:
-    RememberedDirectory() : m_Known(Machine_Get_Directory(m_Path, sizeof m_Path) != nullptr) {}
-    bool Is_Known() const { return m_Known; }
-    bool Go_Back() const { return Machine_Change_Directory(m_Path) == 0; }
-    const char *Path() const { return m_Path; }
-
-  private:
-    char m_Path[MAX_PATH] = {};
-    bool m_Known;
-};
 
 // --- creating ---------------------------------------------------------------------------------------------
 
@@ -104,12 +92,27 @@ class FileSearch {
     HANDLE m_Handle;
 };
 
+// No forward slash, and not a bare drive, which could be its root or the current directory there.
+bool Says_What_To_Delete(const char *path) {
+    return !std::strchr(path, '/') && path[std::strlen(path) - 1] != ':';
+}
+
 int Zero_If(bool done) {
     return done ? 0 : Failed;
 }
 
+// False also for what has become a link to another place since it was looked at.
+bool Enter_Directory(const char *path) {
+    char here[MAX_PATH];
+    return Machine_Change_Directory(path) == 0 && Machine_Get_Directory(here, sizeof here) &&
+           strcmp_ncs(here, path) == 0;
+}
+
+int Clear_Current_Directory();
+
 int Delete_Subdirectory(const char *path, const char *parent) {
-    const int result = ClearDir(path);
+    if (!Enter_Directory(path)) return Failed;
+    const int result = Clear_Current_Directory();
     if (result != 0) return result;
     if (Machine_Change_Directory(parent) != 0) return Failed;
     return Zero_If(RemoveDirectoryA(path));
@@ -133,7 +136,7 @@ int Clear_Current_Directory() {
         if (entry.Is_Dots()) continue;
         if (const int result = Delete_Entry(entry, path); result != 0) return result;
     } while (entry.Next());
-    return 0;
+    return Zero_If(GetLastError() == static_cast<DWORD>(ERROR_NO_MORE_FILES));
 }
 
 // Attributes are those of what a link leads to; a search gives the link's own.
@@ -157,11 +160,13 @@ bool Lies_In(const char *path, const char *tree) {
     return strcmp_ncs(front, root) == 0 && (path[length] == 0 || path[length] == '\\');
 }
 
-// Nothing is left to come back to from a tree that holds the current directory.
-bool Can_Be_Left(const char *path, const RememberedDirectory &before) {
-    if (Machine_Change_Directory(path) != 0) return false;
+// Clears `path` unless it is or holds the current directory: then nothing is left to come back to.
+int Clear_And_Come_Back(const char *path, const RememberedDirectory &before) {
+    if (Machine_Change_Directory(path) != 0) return Failed;
     const RememberedDirectory tree;
-    return before.Go_Back() && tree.Is_Known() && !Lies_In(before.Path(), tree.Path());
+    const bool may_go = tree.Is_Known() && !Lies_In(before.Path(), tree.Path());
+    const int result = may_go ? Clear_Current_Directory() : Failed;
+    return before.Go_Back() ? result : Failed;
 }
 
 // --- directories of Windows, and drives -------------------------------------------------------------------
@@ -227,18 +232,16 @@ void DirCreate(const char *path) {
 
 int ClearDir(const char *path) {
     char checked[Path_Size];
-    if (!Copy_With_Backslash(checked, path)) return Failed;
+    if (!Copy_With_Backslash(checked, path) || !Says_What_To_Delete(path)) return Failed;
     if (Machine_Change_Directory(path) != 0) return Failed;
     return Clear_Current_Directory();
 }
 
 int DirDestroyAll(const char *path) {
     const RememberedDirectory before;
-    if (!before.Is_Known() || !path || !*path || std::strchr(path, '/')) return Failed;
+    if (!before.Is_Known() || !path || !*path || !Says_What_To_Delete(path)) return Failed;
     if (Is_Link(path)) return Zero_If(RemoveDirectoryA(path));
-    if (!Can_Be_Left(path, before)) return Failed;
-    const int result = ClearDir(path);
-    if (!before.Go_Back() || result != 0) return Failed;
+    if (Clear_And_Come_Back(path, before) != 0) return Failed;
     return Zero_If(RemoveDirectoryA(path));
 }
 

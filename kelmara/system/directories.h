@@ -14,18 +14,20 @@ KELMARA_API void MakeRealFilePath(char *path);
 
 /// Creates `path`, with or without a backslash at its end, and every missing level above it, outermost first.
 /// A relative path counts from the current directory, which is in the end what it was. Nothing tells whether
-/// it worked. Creates nothing on a drive that is not there, nor when the current directory is gone.
+/// it worked. Creates nothing on a drive that is not there, nor when the current directory is gone or cannot
+/// be told: then there would be no way back to it.
 KELMARA_API void DirCreate(const char *path);
 
 /// Deletes what is in `path`, links but not what they lead to, and stays in it: the current directory is
 /// `path` afterwards. 0, or -1 at the first thing that cannot be deleted or entered, or whose path is too
 /// long; the current directory is then where that lies, and the rest stays. -1 with nothing deleted when
-/// `path` cannot be entered. A `path` that is itself a link stands for the directory it leads to.
+/// `path` cannot be entered, has a forward slash or is a bare drive ("c:"). A `path` that is itself a link
+/// stands for the directory it leads to.
 KELMARA_API int ClearDir(const char *path);
 
 /// ClearDir, and deletes `path` too; of a link, the link alone. The current directory is in the end what it
-/// was. 0, or -1; where `path` has a forward slash, cannot be entered, or is or holds the current directory,
-/// nothing is deleted.
+/// was. 0, or -1; where `path` has a forward slash, is a bare drive, cannot be entered, or is or holds the
+/// current directory, and where that cannot be told, nothing is deleted.
 KELMARA_API int DirDestroyAll(const char *path);
 
 /// The directory that INF files know as `id`, in `path`, which has room for 269 characters and a terminator:

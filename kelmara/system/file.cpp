@@ -38,10 +38,15 @@ class MemoryBlock {
     void *m_Block;
 };
 
-bool Is_There(const char *path) {
-    FILE *stream = Machine_Open_Stream(path, "rb");
-    if (stream) Machine_Close_Stream(stream);
-    return stream != nullptr;
+enum class Making { Made, Taken, Failed };
+
+// Looking and making in one step: what has the name stays as it is.
+Making Make_File(const char *path) {
+    FILE *made = Machine_Open_Stream(path, "wbx");
+    if (!made)
+        return GetLastError() == static_cast<DWORD>(ERROR_FILE_EXISTS) ? Making::Taken : Making::Failed;
+    Machine_Close_Stream(made);
+    return Making::Made;
 }
 
 template <std::size_t Size>
@@ -60,6 +65,18 @@ bool Form_Temp_Name(char (&name)[256]) {
 bool Form_Work_Name(char (&name)[256], const char *path, unsigned counter) {
     const unsigned number = static_cast<unsigned>(std::time(nullptr)) + counter;
     return Fits(std::snprintf(name, sizeof name, "%s-%d", path, static_cast<int>(number)), name);
+}
+
+// Others may have the file open for a moment.
+template <class Attempt>
+bool Done_In_Time(Attempt attempt) {
+    constexpr DWORD Patience = 1000; // milliseconds
+    const DWORD start = GetTickCount();
+    while (!attempt()) {
+        if (GetLastError() != ERROR_SHARING_VIOLATION || GetTickCount() - start >= Patience) return false;
+        Sleep(1);
+    }
+    return true;
 }
 
 } // namespace
@@ -116,24 +133,27 @@ int CKMFile::Open_Append(const char *path) {
 }
 
 // A name that led to no file is forgotten, so that no later Close deletes what somebody else has under it.
+int CKMFile::Forget_Work_Name() {
+    m_WorkName[0] = 0;
+    return File_Not_Found;
+}
+
 int CKMFile::Open_Work_File(bool &mode) {
-    const int result = Open(m_WorkName, true, true);
-    if (result == 0)
-        mode = true;
-    else
-        m_WorkName[0] = 0;
-    return result;
+    if (Open(m_WorkName, true, false) != 0) {
+        Delete_Work_File();
+        return File_Not_Found;
+    }
+    mode = true;
+    return 0;
 }
 
 int CKMFile::Open_Temp_File() {
     Close_If_Open();
-    for (;;) {
-        if (!Form_Temp_Name(m_WorkName)) {
-            m_WorkName[0] = 0;
-            return File_Not_Found;
-        }
-        if (!Is_There(m_WorkName)) return Open_Work_File(m_DeleteOnClose);
-        Sleep(1);
+    for (;; Sleep(1)) {
+        if (!Form_Temp_Name(m_WorkName)) return Forget_Work_Name();
+        const Making making = Make_File(m_WorkName);
+        if (making == Making::Failed) return Forget_Work_Name();
+        if (making == Making::Made) return Open_Work_File(m_DeleteOnClose);
     }
 }
 
@@ -141,11 +161,10 @@ int CKMFile::Open_With_Rollback(const char *path) {
     Close_If_Open();
     if (!path) return File_Not_Found;
     for (unsigned counter = 0;; ++counter) {
-        if (!Form_Work_Name(m_WorkName, path, counter)) {
-            m_WorkName[0] = 0;
-            return File_Not_Found;
-        }
-        if (!Is_There(m_WorkName)) break;
+        if (!Form_Work_Name(m_WorkName, path, counter)) return Forget_Work_Name();
+        const Making making = Make_File(m_WorkName);
+        if (making == Making::Failed) return Forget_Work_Name();
+        if (making == Making::Made) break;
     }
     std::memcpy(m_TargetName, path, std::strlen(path) + 1);
     return Open_Work_File(m_RollbackPending);
@@ -158,13 +177,13 @@ void CKMFile::Close_Stream() {
 }
 
 void CKMFile::Delete_Work_File() {
-    if (m_WorkName[0]) Machine_Remove(m_WorkName);
+    if (m_WorkName[0]) Done_In_Time([this] { return Machine_Remove(m_WorkName) == 0; });
     m_WorkName[0] = 0;
 }
 
 int CKMFile::Commit() {
     m_RollbackPending = false;
-    if (Machine_Rename(m_WorkName, m_TargetName) != 0) {
+    if (!Done_In_Time([this] { return Machine_Rename(m_WorkName, m_TargetName) == 0; })) {
         Delete_Work_File();
         return Target_Exists;
     }
@@ -206,10 +225,11 @@ int CKMFile::Write(const void *buffer, long size, bool flush) {
 
 int CKMFile::GetLength() {
     if (!m_Stream) return 0;
-    const long position = std::ftell(m_Stream);
+    std::fpos_t position; // may lie beyond what a `long` can tell
+    if (std::fgetpos(m_Stream, &position) != 0) return -1;
     const bool at_end = std::fseek(m_Stream, 0, SEEK_END) == 0;
     const long length = at_end ? std::ftell(m_Stream) : -1;
-    std::fseek(m_Stream, position, SEEK_SET);
+    std::fsetpos(m_Stream, &position);
     return static_cast<int>(length);
 }
 

@@ -61,7 +61,8 @@ class KELMARA_API CKMFile : public CAutoDeleteableObject {
     /// Writes the whole content to a file at `path`, made or cut to nothing; the position stays. An empty
     /// file gives 1392 and an empty copy, no memory (a file over 2 GB is never to be had) 0x8007000E and an
     /// empty copy, no open file 1006 and none; 1392 and none when what was written before did not reach the
-    /// disk. A file may be duplicated onto itself as long as there is memory for it and the disk has room.
+    /// disk. A file may be duplicated onto itself as long as there is memory for it and the disk has room;
+    /// its content is lost otherwise.
     int Duplicate(const char *path);
 
     /// Closes the file and deletes what Open_With_Rollback was writing. Any other file is closed and stays.
@@ -69,17 +70,20 @@ class KELMARA_API CKMFile : public CAutoDeleteableObject {
     int Rollback();
 
     /// 0, or 1006. 52 when a pending file cannot have its name because somebody has it: what was written is
-    /// deleted, and what has the name stays as it is.
+    /// deleted, and what has the name stays as it is. A working file that somebody else has open is waited
+    /// for, for a second or so, and counts as one that cannot have its name after that.
     int Close();
 
     /// `size` bytes, all or not at all: 0; 1006; 1392 for the end of the file and for a size of 0 or below;
-    /// 32 for a read that failed, now or earlier. What was read of a block that is cut short is in `buffer`.
+    /// before these, 32 for a read that failed, now or earlier. What was read of a block that is cut short is
+    /// in `buffer`.
     int Read(void *buffer, long size);
 
     /// 0, 1006 or 1392. `flush` hands everything to the host at once; whether that worked is not told.
     int Write(const void *buffer, long size, bool flush);
 
-    /// In bytes; the position stays. 0 without a file, -1 for what a `long` cannot tell.
+    /// In bytes; the position stays. 0 without a file, -1 for what a `long` cannot tell, and when what was
+    /// written cannot reach the disk.
     int GetLength();
 
     /// `origin` 0 is the start, 1 the current position, 2 the end. 0; -1 and no move for a place before the
@@ -94,6 +98,7 @@ class KELMARA_API CKMFile : public CAutoDeleteableObject {
     KELMARA_INTERNAL int Commit();
     KELMARA_INTERNAL void Close_Stream();
     KELMARA_INTERNAL void Delete_Work_File();
+    KELMARA_INTERNAL int Forget_Work_Name();
     KELMARA_INTERNAL int Open_Work_File(bool &mode);
     KELMARA_INTERNAL int Read_Whole(void *block, long size, long position);
 

@@ -49,23 +49,23 @@ class Groups {
         if (GetTokenInformation(token, TokenGroups, nullptr, 0, &size) ||
             GetLastError() != static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER))
             return;
-        size = (size + 3) & ~3UL;
-        m_Block = static_cast<TOKEN_GROUPS *>(ds_malloc(static_cast<long>(size)));
-        if (m_Block && GetTokenInformation(token, TokenGroups, m_Block, size, &size)) return;
-        Release();
+        void *block = size <= sizeof m_Small ? m_Small : Allocate(size);
+        if (block && GetTokenInformation(token, TokenGroups, block, size, &size))
+            m_Groups = static_cast<TOKEN_GROUPS *>(block);
     }
-    ~Groups() { Release(); }
+    ~Groups() {
+        if (m_Large) ds_free(m_Large);
+    }
     Groups(const Groups &) = delete;
     Groups &operator=(const Groups &) = delete;
-    const TOKEN_GROUPS *Get() const { return m_Block; }
+    const TOKEN_GROUPS *Get() const { return m_Groups; }
 
   private:
-    void Release() {
-        if (m_Block) ds_free(m_Block);
-        m_Block = nullptr;
-    }
+    void *Allocate(DWORD size) { return m_Large = ds_malloc(static_cast<long>((size + 3) & ~3UL)); }
 
-    TOKEN_GROUPS *m_Block = nullptr;
+    alignas(TOKEN_GROUPS) char m_Small[4096]; // enough for most, so that no memory services are needed
+    void *m_Large = nullptr;
+    const TOKEN_GROUPS *m_Groups = nullptr;
 };
 
 class AdministratorsSid {
@@ -119,8 +119,13 @@ void CWeakAPICall::Drop() {
     m_Library[0] = 0;
 }
 
+// By its own path: what the name led to may be another library by now.
 void CWeakAPICall::Copy_From(const CWeakAPICall &other) {
-    if (other.m_Module) m_Module = LoadLibraryA(other.m_Library);
+    char path[MAX_PATH];
+    const DWORD length = other.m_Module ? GetModuleFileNameA(other.m_Module, path, sizeof path) : 0;
+    if (length > 0 && length < sizeof path) m_Module = LoadLibraryA(path);
+    if (other.m_Module && !m_Module) m_Module = LoadLibraryA(other.m_Library);
+    if (m_Module != other.m_Module) Drop();
     if (other.m_Module && !m_Module) return;
     std::memcpy(m_Library, other.m_Library, sizeof m_Library);
 }

@@ -129,8 +129,9 @@ class KELMARA_API CRegMaster : public CAutoDeleteableObject {
     /// source ends.
     bool CopyKey(HKEY source, HKEY target);
     /// Copies a subkey to a new name, over what is there, and deletes it, but for one with subkeys. False
-    /// without a full copy, values included: the old key then stays. False and nothing done for an empty name
-    /// and for a new one below the old. The same name in other letter case changes nothing and is true.
+    /// without a full copy, values included: the old key then stays, and so does what was copied. False and
+    /// nothing done for an empty name and for a new one below the old. The same name in other letter case
+    /// changes nothing and is true.
     bool RenameSubkey(const char *oldName, const char *newName);
 
     /// Whether this machine has "winreg.dll".

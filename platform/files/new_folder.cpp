@@ -22,6 +22,7 @@ bool Is_There(LPCSTR path) {
 
 long Make_Folder(LPCSTR path) {
     const NameLock lock;
+    if (lock.Error() != NO_ERROR) return lock.Error();
     HostPlace place;
     if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
     if (place.is_root) return ERROR_ACCESS_DENIED;

@@ -3,6 +3,7 @@
 #include <platform/kernel.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/machine_state.h>
+#include <platform/kernel/outcome.h>
 
 #include <algorithm>
 #include <cstring>
@@ -344,10 +345,10 @@ long Map_To_Windows(std::string_view host_path, std::string &windows_path) {
 extern "C" {
 
 bool Host_Path(const char *windows_path, char *out, unsigned long size) {
-    return Map_To_Buffer(Map_To_Host, windows_path, out, size);
+    return Within_Memory(false, [=] { return Map_To_Buffer(Map_To_Host, windows_path, out, size); });
 }
 
 bool Windows_Path(const char *host_path, char *out, unsigned long size) {
-    return Map_To_Buffer(Map_To_Windows, host_path, out, size);
+    return Within_Memory(false, [=] { return Map_To_Buffer(Map_To_Windows, host_path, out, size); });
 }
 }

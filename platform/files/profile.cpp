@@ -5,11 +5,11 @@
 #include <platform/kernel.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/file_descriptor.h>
+#include <platform/kernel/outcome.h>
 
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>
-#include <new>
 #include <optional>
 #include <sys/stat.h>
 
@@ -85,7 +85,9 @@ long Read_Profile(LPCSTR name, std::string &text) {
     if (const long error = Find_File(name, place); error != NO_ERROR) return error;
     const FileDescriptor file(open(place.host_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status;
-    if (!file || fstat(file.Get(), &status) != 0) return Error_At(place.host_path, errno);
+    if (!file || fstat(file.Get(), &status) != 0) {
+        return errno == ENOENT ? ERROR_FILE_NOT_FOUND : Error_At(place.host_path, errno);
+    }
     if (!S_ISREG(status.st_mode)) return ERROR_ACCESS_DENIED;
     char bytes[16384];
     ssize_t got;
@@ -127,18 +129,14 @@ std::string Section_Names(std::string_view text) {
     return list;
 }
 
-std::string Key_Names(std::string_view text, std::string_view section) {
+// Of the section that `lines` stands in.
+std::string Key_Names(Lines &lines) {
     std::string list;
-    Lines lines(text);
-    if (!lines.Find_Section(section)) return list;
     for (Line line; lines.Next_Key(line);) list.append(line.name) += '\0';
     return list;
 }
 
-std::optional<std::string_view> Find_Value(std::string_view text, std::string_view section,
-                                           std::string_view key) {
-    Lines lines(text);
-    if (!lines.Find_Section(section)) return {};
+std::optional<std::string_view> Find_Value(Lines &lines, std::string_view key) {
     for (Line line; lines.Next_Key(line);) {
         if (Equal_Without_Case(line.name, key)) return Without_Quotes(line.value);
     }
@@ -149,6 +147,20 @@ std::string_view Without_Blanks_Behind(std::string_view text) {
     return text.substr(0, text.find_last_not_of(Blanks) + 1);
 }
 
+// Nothing is written when there is nothing: the fallback may stand in the buffer.
+long Give_What_Is_There(LPCSTR section, LPCSTR key, LPSTR out, DWORD size, LPCSTR file, DWORD &length) {
+    std::string text;
+    if (const long error = Read_Profile(file, text); error != NO_ERROR) return error;
+    if (!section) return length = Give_List(Section_Names(text), out, size), NO_ERROR;
+    Lines lines(text);
+    if (!lines.Find_Section(Trimmed(section))) return ERROR_FILE_NOT_FOUND;
+    if (!key) return length = Give_List(Key_Names(lines), out, size), NO_ERROR;
+    const auto value = Find_Value(lines, Trimmed(key));
+    if (!value) return ERROR_FILE_NOT_FOUND;
+    length = Give_Cut(*value, out, size);
+    return NO_ERROR;
+}
+
 } // namespace
 
 extern "C" {
@@ -156,18 +168,10 @@ extern "C" {
 DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR fallback, LPSTR out, DWORD size,
                                LPCSTR file) {
     if (!out || size == 0) return 0;
-    const std::string_view otherwise = Without_Blanks_Behind(fallback ? fallback : "");
-    try {
-        std::string text;
-        const long error = Read_Profile(file, text);
-        if (error != NO_ERROR) SetLastError(static_cast<DWORD>(error));
-        if (!section) return Give_List(Section_Names(text), out, size);
-        if (!key) return Give_List(Key_Names(text, Trimmed(section)), out, size);
-        const auto value = Find_Value(text, Trimmed(section), Trimmed(key));
-        return Give_Cut(value ? *value : otherwise, out, size);
-    } catch (const std::bad_alloc &) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return Give_Cut(otherwise, out, size);
-    }
+    DWORD length = 0;
+    const long error = Code_Of([&] { return Give_What_Is_There(section, key, out, size, file, length); });
+    if (error == NO_ERROR) return length;
+    SetLastError(static_cast<DWORD>(error));
+    return Give_Cut(Without_Blanks_Behind(fallback ? fallback : ""), out, size);
 }
 }

@@ -62,6 +62,7 @@ long Check_Source(const HostPlace &from, bool &folder) {
 
 long Rename(const char *from_path, const char *to_path) {
     const NameLock lock;
+    if (lock.Error() != NO_ERROR) return lock.Error();
     HostPlace from, to;
     bool folder = false;
     if (const long error = Find_Place(from_path, from); error != NO_ERROR) return error;

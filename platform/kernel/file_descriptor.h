@@ -44,6 +44,20 @@ inline bool Lock_File(int descriptor, int operation) {
     return result == 0;
 }
 
+/// The same, waiting for whoever holds the lock for about `milliseconds`: 0 or a number of errno, EWOULDBLOCK
+/// when it is held all the time.
+inline int Lock_File_In_Time(int descriptor, int operation, unsigned milliseconds) {
+    constexpr unsigned First_Pause = 20, Longest_Pause = 1000; // microseconds
+    unsigned long long left = milliseconds * 1000ull;
+    for (unsigned pause = First_Pause; !Lock_File(descriptor, operation | LOCK_NB);) {
+        if (errno != EWOULDBLOCK || left < pause) return errno;
+        usleep(pause);
+        left -= pause;
+        pause = pause * 2 < Longest_Pause ? pause * 2 : Longest_Pause;
+    }
+    return 0;
+}
+
 /// For the descriptors that a forked child still has, too: a mere close would leave the lock to those. Leaves
 /// errno alone.
 inline void Unlock_File(int descriptor) {

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <list>
 #include <mutex>
+#include <new>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -57,6 +58,7 @@ void Make_Parents(const std::string &path) {
 // The machine's number: made once with the folder, kept in it. With the folder's own identity it names the
 // shared memory, so that neither a copy of the folder nor a new one in its place meets what is not its own.
 constexpr std::size_t Number_Length = 32;
+constexpr unsigned Patience_For_Another_Maker = 2000; // milliseconds
 
 // Empty when it is not there (errno ENOENT) or is none.
 std::string Read_Number(const std::string &path) {
@@ -73,7 +75,7 @@ bool Is_Empty_File(const std::string &path) {
     return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
 }
 
-std::string Read_Or_Make_Number(const std::string &folder) {
+std::string Make_Number(const std::string &folder) {
     const std::string path = folder + "/machine.id";
     for (int attempt = 0; attempt < 100; ++attempt) {
         if (Is_Empty_File(path)) unlink(path.c_str()); // what a power failure left of it
@@ -99,6 +101,17 @@ std::string Read_Or_Make_Number(const std::string &folder) {
         if (!written) return {};
     }
     return {};
+}
+
+// Two that mend a folder at once would undo each other's work: one at a time.
+std::string Read_Or_Make_Number(const std::string &folder) {
+    std::string number = Read_Number(folder + "/machine.id");
+    if (!number.empty()) return number;
+    const FileDescriptor whole(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (whole) Lock_File_In_Time(whole.Get(), LOCK_EX, Patience_For_Another_Maker);
+    number = Make_Number(folder);
+    if (whole) Unlock_File(whole.Get());
+    return number;
 }
 
 // A folder that holds anything else is somebody's own.
@@ -212,14 +225,16 @@ void Report_Machine_Trouble(const std::string &text) {
 
 extern "C" {
 
-const char *Machine_Folder() {
+const char *Machine_Folder() try {
     State &state = The_State();
     std::lock_guard guard(state.lock);
     const Machine *machine = Current(state);
     return machine ? machine->folder.c_str() : nullptr;
+} catch (const std::bad_alloc &) {
+    return nullptr;
 }
 
-bool Remove_Machine(const char *folder) {
+bool Remove_Machine(const char *folder) try {
     char real[PATH_MAX];
     if (!folder || !realpath(folder, real)) return false;
     struct stat status;
@@ -229,16 +244,20 @@ bool Remove_Machine(const char *folder) {
     // Its number goes last: until then the folder can be told for what it is.
     std::error_code error;
     std::filesystem::remove_all(shared, error);
-    for (const auto &entry : std::filesystem::directory_iterator(real, error)) {
-        if (entry.path().filename() == "machine.id") continue;
-        std::filesystem::remove_all(entry.path(), error);
+    std::filesystem::directory_iterator entry(real, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        if (entry->path().filename() == "machine.id") continue;
+        std::filesystem::remove_all(entry->path(), error);
         if (error) return false;
     }
+    if (error) return false;
     std::filesystem::remove(std::string(real) + "/machine.id", error);
     return rmdir(real) == 0;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 
-bool Enter_Machine(const char *folder) {
+bool Enter_Machine(const char *folder) try {
     Machine machine;
     if (!folder || !Prepare(folder, machine)) return false;
     State &state = The_State();
@@ -246,5 +265,7 @@ bool Enter_Machine(const char *folder) {
     state.entered.push_back(machine);
     ++state.serial;
     return true;
+} catch (const std::bad_alloc &) {
+    return false;
 }
 }

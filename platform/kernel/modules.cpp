@@ -65,23 +65,22 @@ HMODULE The_Platform() {
     return Module_Around(&inside);
 }
 
-// The path that the host knows it by, empty for the program; false when nothing is loaded there.
-bool Find_Host_Path(HMODULE module, std::string &path) {
+// The path that the host knows it by, empty for the program; null when nothing is loaded there.
+const char *Host_Path_Of(HMODULE module) {
     Dl_info info;
     void *map = nullptr;
-    if (!dladdr1(module, &info, &map, RTLD_DL_LINKMAP) || info.dli_fbase != module || !map) return false;
-    path = static_cast<link_map *>(map)->l_name;
-    return true;
+    if (!dladdr1(module, &info, &map, RTLD_DL_LINKMAP) || info.dli_fbase != module || !map) return nullptr;
+    return static_cast<link_map *>(map)->l_name;
 }
 
 // A reference to what is loaded already, null for what is not.
-HostModule Refer_To_Loaded(const std::string &host_path) {
-    return HostModule(dlopen(host_path.empty() ? nullptr : host_path.c_str(), RTLD_LAZY | RTLD_NOLOAD));
+HostModule Refer_To_Loaded(const char *host_path) {
+    return HostModule(dlopen(*host_path ? host_path : nullptr, RTLD_LAZY | RTLD_NOLOAD));
 }
 
 void *Find_Export(HMODULE module, const char *name) {
-    std::string path;
-    if (!Find_Host_Path(module, path)) return nullptr;
+    const char *path = Host_Path_Of(module);
+    if (!path) return nullptr;
     const HostModule host = Refer_To_Loaded(path);
     void *address = host ? dlsym(host.get(), name) : nullptr;
     return address && Module_Around(address) == module ? address : nullptr;
@@ -108,14 +107,14 @@ std::vector<std::string> Loaded_Paths() {
 // What a bare name means among the modules that are loaded, wherever they lie; the machine's own come first.
 HostModule Find_Loaded_By_Bare_Name(const ModuleName &name) {
     if (name.Is_Built_In()) {
-        std::string path;
-        return Find_Host_Path(The_Platform(), path) ? Refer_To_Loaded(path) : nullptr;
+        const char *path = Host_Path_Of(The_Platform());
+        return path ? Refer_To_Loaded(path) : nullptr;
     }
     const std::vector<std::string> paths = Loaded_Paths();
     for (const std::string &file : name.files) {
         for (const std::string &path : paths) {
             const std::string leaf = path.substr(path.rfind('/') + 1);
-            if (Equal_Without_Case(Windows_Name_Of(leaf), file)) return Refer_To_Loaded(path);
+            if (Equal_Without_Case(Windows_Name_Of(leaf), file)) return Refer_To_Loaded(path.c_str());
         }
     }
     return nullptr;
@@ -124,7 +123,7 @@ HostModule Find_Loaded_By_Bare_Name(const ModuleName &name) {
 HostModule Find_Loaded(const ModuleName &name) {
     if (name.Is_Bare()) return Find_Loaded_By_Bare_Name(name);
     const std::string file = Find_Module_File(name);
-    return file.empty() ? nullptr : Refer_To_Loaded(file);
+    return file.empty() ? nullptr : Refer_To_Loaded(file.c_str());
 }
 
 // `noexcept` makes a constructor that throws end the process: the host's loader cannot be unwound.
@@ -153,10 +152,7 @@ void Unload(Modules &modules, HMODULE module) {
 // What the program was linked with was never loaded by a call, and stays.
 bool Take_Back_Load(Modules &modules, HMODULE module) {
     const auto found = modules.loaded.find(module);
-    if (found == modules.loaded.end()) {
-        std::string path;
-        return module && Find_Host_Path(module, path);
-    }
+    if (found == modules.loaded.end()) return module && Host_Path_Of(module);
     if (--found->second.loads == 0) Unload(modules, module);
     return true;
 }
@@ -203,8 +199,9 @@ long Load(const ModuleName &name, bool attach, HMODULE &module) {
 long Load_Data_File(const ModuleName &name, HMODULE &module) {
     if (!name.Is_Built_In() && Find_Module_File(name).empty()) return ERROR_MOD_NOT_FOUND;
     auto mark = std::make_unique<char>();
-    module = reinterpret_cast<HMODULE>(reinterpret_cast<std::uintptr_t>(mark.get()) | 1);
-    The_Modules().data_files.emplace(module, std::move(mark));
+    const auto handle = reinterpret_cast<HMODULE>(reinterpret_cast<std::uintptr_t>(mark.get()) | 1);
+    The_Modules().data_files.emplace(handle, std::move(mark));
+    module = handle;
     return NO_ERROR;
 }
 
@@ -216,8 +213,9 @@ long Load_By_Flags(LPCSTR path, DWORD flags, HMODULE &module) {
 }
 
 long Find_Windows_Path(HMODULE module, std::string &windows_path) {
-    std::string host_path;
-    if (!Find_Host_Path(module, host_path)) return ERROR_MOD_NOT_FOUND;
+    const char *known = Host_Path_Of(module);
+    if (!known) return ERROR_MOD_NOT_FOUND;
+    std::string host_path = known;
     if (host_path.empty()) {
         std::error_code error;
         host_path = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -231,8 +229,7 @@ bool Is_Lacking(const char *name) {
 }
 
 long Find_Callable(HMODULE module, const char *name, void *&address) {
-    std::string path;
-    if (!Find_Host_Path(module, path)) return ERROR_MOD_NOT_FOUND;
+    if (!Host_Path_Of(module)) return ERROR_MOD_NOT_FOUND;
     if (module == The_Platform() && Is_Lacking(name)) return ERROR_PROC_NOT_FOUND;
     address = Find_Export(module, name);
     return address ? NO_ERROR : ERROR_PROC_NOT_FOUND;
@@ -273,8 +270,8 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 HMODULE GetModuleHandleA(LPCSTR name) {
-    if (!name) return The_Program();
     return Within_Memory(HMODULE{}, [=] {
+        if (!name) return The_Program();
         const HMODULE module = Module_Of(Find_Loaded(ModuleName(name)));
         return module ? module : Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
     });
@@ -295,12 +292,13 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
 
 BOOL FreeLibrary(HMODULE module) {
     const DWORD last_error = GetLastError();
-    Modules &modules = The_Modules();
-    const std::lock_guard guard(modules.lock);
-    if (modules.data_files.erase(module) == 0 && !Take_Back_Load(modules, module)) {
-        return Fail<BOOL>(ERROR_MOD_NOT_FOUND);
-    }
-    SetLastError(last_error);
-    return TRUE;
+    const long error = Code_Of([=] {
+        Modules &modules = The_Modules();
+        const std::lock_guard guard(modules.lock);
+        const bool done = modules.data_files.erase(module) != 0 || Take_Back_Load(modules, module);
+        return done ? NO_ERROR : ERROR_MOD_NOT_FOUND;
+    });
+    SetLastError(error == NO_ERROR ? last_error : static_cast<DWORD>(error));
+    return error == NO_ERROR;
 }
 }

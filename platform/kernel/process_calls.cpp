@@ -56,7 +56,8 @@ extern "C" {
 
 HANDLE OpenProcess(DWORD, BOOL, DWORD process_id) {
     ProcessObject *process = nullptr;
-    return Succeed_Or_Tell(Find_Process(process_id, process)) ? Open_Handle(process) : nullptr;
+    const long error = Code_Of([&] { return Find_Process(process_id, process); });
+    return Succeed_Or_Tell(error) ? Open_Handle(process) : nullptr;
 }
 
 BOOL GetExitCodeProcess(HANDLE process, DWORD *exit_code) {

@@ -1,3 +1,4 @@
+#include <platform/kernel.h>
 #include <platform/kernel/machine_state.h>
 
 #include <platform/kernel/file_descriptor.h>
@@ -103,15 +104,17 @@ bool Take_Line(std::string_view line, Settings &settings) {
     return true;
 }
 
-void Take_Text(State &state, const std::string &path, std::string_view text) {
+Settings Settings_In(State &state, const std::string &path, std::string_view text) {
+    Settings settings;
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
     for (unsigned long number = 1; !text.empty(); ++number) {
         const std::size_t end = text.find('\n');
-        if (!Take_Line(text.substr(0, end), state.from_file)) {
+        if (!Take_Line(text.substr(0, end), settings)) {
             Report_Once(state, path, number, "not a line of \"name = value\"; it is skipped");
         }
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }
+    return settings;
 }
 
 bool Read_All(int descriptor, std::string &text) {
@@ -136,15 +139,17 @@ Reading Reading_Of(const struct stat &status, unsigned machine) {
     return reading;
 }
 
-void Read_File(State &state, const std::string &path) {
+// False for a passing lack of descriptors: what is known stays then.
+bool Read_File(State &state, const std::string &path, Settings &settings) {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) return false;
     struct stat status;
     std::string text;
-    if (file && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && Read_All(file.Get(), text)) {
-        Take_Text(state, path, text);
-        return;
-    }
-    Report_Once(state, path, 0, "cannot be read, or is larger than a megabyte; it is left aside");
+    if (file && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && Read_All(file.Get(), text))
+        settings = Settings_In(state, path, text);
+    else
+        Report_Once(state, path, 0, "cannot be read, or is larger than a megabyte; it is left aside");
+    return true;
 }
 
 void Refresh(State &state) {
@@ -157,11 +162,16 @@ void Refresh(State &state) {
     if (!folder.empty() && stat(path.c_str(), &status) == 0) now = Reading_Of(status, machine);
     if (state.settled && now == state.reading) return;
 
-    if (machine != state.reading.machine) state.reported.clear();
+    if (machine != state.reading.machine) {
+        state.reported.clear();
+        state.from_file.clear();
+        state.settled = false;
+    }
+    Settings settings;
+    if (now.size >= 0 && !Read_File(state, path, settings)) return;
+    state.from_file.swap(settings);
     state.reading = now;
     state.settled = now.Settled();
-    state.from_file.clear();
-    if (now.size >= 0) Read_File(state, path);
 }
 
 } // namespace
@@ -182,14 +192,17 @@ bool Find_Machine_Setting(std::string_view name, std::string &value) {
 
 extern "C" {
 
-bool Get_Machine_Setting(const char *name, char *out, unsigned long size) {
+bool Get_Machine_Setting(const char *name, char *out, unsigned long size) try {
     std::string value;
     if (!name || !out || !Find_Machine_Setting(name, value) || value.size() >= size) return false;
     std::memcpy(out, value.c_str(), value.size() + 1);
     return true;
+} catch (const std::bad_alloc &) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return false;
 }
 
-void Override_Machine_Setting(const char *name, const char *value) {
+void Override_Machine_Setting(const char *name, const char *value) try {
     if (!name) return;
     State &state = The_State();
     std::lock_guard guard(state.lock);
@@ -197,5 +210,7 @@ void Override_Machine_Setting(const char *name, const char *value) {
         state.overrides[Key_Of(name)] = value;
     else
         state.overrides.erase(Key_Of(name));
+} catch (const std::bad_alloc &) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
 }
 }

@@ -5,6 +5,7 @@
 #include <platform/kernel/machine_state.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -19,13 +20,18 @@ namespace {
 constexpr char Magic[8] = {'K', 'M', 'S', 'H', 'A', 'R', 'E', 'D'};
 constexpr std::size_t Longest_Name = sizeof(SharedBlockHeader::name) - 1;
 
+constexpr unsigned Patience_For_Names = 5000; // milliseconds
+
 // The machine's lock of names: threads of this process keep each other out by the mutex, processes by the
-// file. The kernel takes the file's lock back from a process that is killed.
+// file. The kernel takes the file's lock back from a process that is killed; one that is stopped is waited
+// for within limits.
 class NamesLock {
   public:
-    explicit NamesLock(const std::string &path, int flags = 0)
-        : guard_(Process_Lock()), file_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600)) {
-        held_ = file_.Get() >= 0 && Lock_File(file_.Get(), LOCK_EX | flags);
+    explicit NamesLock(const std::string &path, unsigned patience = Patience_For_Names)
+        : guard_(Process_Lock(), std::chrono::milliseconds(patience)) {
+        if (!guard_) return;
+        file_ = FileDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+        held_ = file_ && Lock_File_In_Time(file_.Get(), LOCK_EX, patience) == 0;
     }
     // Not left to the closing: a process forked meanwhile has the file open too.
     ~NamesLock() {
@@ -36,11 +42,11 @@ class NamesLock {
     bool Held() const { return held_; }
 
   private:
-    static std::mutex &Process_Lock() {
-        static std::mutex *lock = new std::mutex;
+    static std::timed_mutex &Process_Lock() {
+        static std::timed_mutex *lock = new std::timed_mutex;
         return *lock;
     }
-    std::lock_guard<std::mutex> guard_;
+    std::unique_lock<std::timed_mutex> guard_;
     FileDescriptor file_;
     bool held_ = false;
 };
@@ -80,7 +86,9 @@ long Error_Of_Errno(int code) {
 bool Reserve(int descriptor, std::uint32_t size) {
     const off_t bytes = static_cast<off_t>(Shared_Block_Contents_Offset) + size;
     if (ftruncate(descriptor, bytes) != 0) return false;
-    const int error = posix_fallocate(descriptor, 0, bytes);
+    int error;
+    while ((error = posix_fallocate(descriptor, 0, bytes)) == EINTR) {
+    }
     errno = error;
     return error == 0;
 }
@@ -138,9 +146,11 @@ bool Somebody_Holds(int descriptor) {
 // The caller holds the lock of names.
 void Throw_Away_What_Nobody_Holds(const std::string &folder) {
     std::error_code error;
-    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
-        const FileDescriptor file(open(entry.path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-        if (file && !Somebody_Holds(file.Get())) unlink(entry.path().c_str());
+    std::filesystem::directory_iterator entry(folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const char *path = entry->path().c_str();
+        const FileDescriptor file(open(path, O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        if (file && !Somebody_Holds(file.Get())) unlink(path);
     }
 }
 
@@ -255,7 +265,7 @@ SharedBlock::~SharedBlock() {
 // is taken back: asking has cost it.
 void SharedBlock::Let_Name_Go_If_Last(Patience patience) {
     if (lock_path_.empty() || opener_ != getpid()) return;
-    const NamesLock names(lock_path_, patience == Patience::Give_Up ? LOCK_NB : 0);
+    const NamesLock names(lock_path_, patience == Patience::Give_Up ? 0 : Patience_For_Names);
     if (!names.Held()) return;
     if (Somebody_Holds(descriptor_)) {
         Lock_File(descriptor_, LOCK_SH);

@@ -37,6 +37,7 @@ void Take_Numbers(WindowsVersion &version) {
     std::string numbers;
     unsigned major, minor, build;
     if (!Find_Machine_Setting("windows_version", numbers)) return;
+    if (numbers.find_first_not_of("0123456789.") != std::string::npos) return;
     const int given = std::sscanf(numbers.c_str(), "%3u.%3u.%5u", &major, &minor, &build);
     if (given < 2) return;
     version.major = major;

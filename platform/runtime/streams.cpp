@@ -14,7 +14,7 @@ namespace {
 struct Mode {
     const char *text;
     int access; // and O_APPEND
-    bool creates, empties;
+    bool creates, empties, exclusive = false;
 };
 
 constexpr Mode Modes[] = {
@@ -22,6 +22,7 @@ constexpr Mode Modes[] = {
     {"r+b", O_RDWR, false, false},
     {"rb+", O_RDWR, false, false},
     {"wb", O_WRONLY, true, true},
+    {"wbx", O_WRONLY, true, true, true},
     {"w+b", O_RDWR, true, true},
     {"wb+", O_RDWR, true, true},
     {"ab", O_WRONLY | O_APPEND, true, false},
@@ -43,14 +44,24 @@ FileDescriptor Open_On_Host(const HostPlace &place, int flags) {
     return FileDescriptor(open(place.host_path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666));
 }
 
-// A name that is not there is looked for once more before it is made, with everybody else shut out.
+// The name is looked for once more before it is made, with everybody else shut out.
+long Create(const char *path, const Mode &mode, HostPlace &place, FileDescriptor &file) {
+    const NameLock lock;
+    if (lock.Error() != NO_ERROR) return lock.Error();
+    if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
+    struct stat status;
+    if (mode.exclusive && lstat(place.host_path.c_str(), &status) == 0) return ERROR_FILE_EXISTS;
+    if (place.means_folder) return ERROR_INVALID_NAME;
+    file = Open_On_Host(place, mode.access | O_CREAT | (mode.exclusive ? O_EXCL : 0));
+    return file ? NO_ERROR : Error_At(place.host_path, errno);
+}
+
 long Open_Or_Create(const char *path, const Mode &mode, HostPlace &place, FileDescriptor &file) {
     if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
+    if (mode.exclusive) return Create(path, mode, place, file);
     file = Open_On_Host(place, mode.access);
     if (!file && errno == ENOENT && mode.creates && !place.means_folder) {
-        const NameLock lock;
-        if (const long error = Find_Place(path, place); error != NO_ERROR) return error;
-        file = Open_On_Host(place, mode.access | O_CREAT);
+        return Create(path, mode, place, file);
     }
     return file ? NO_ERROR : Error_At(place.host_path, errno);
 }

@@ -68,12 +68,13 @@ long Take_Handle(Window &window) {
         } while (Find_Window(window.handle));
         return NO_ERROR;
     }
-    do {
+    for (;;) {
         window.row = window.shared->Take_Window(window.queue->Row());
         if (!window.row) return ERROR_NOT_ENOUGH_QUOTA;
         window.handle = reinterpret_cast<HWND>(window.row->handle.load(std::memory_order_relaxed));
-    } while (Find_Window(window.handle)); // one of a machine that this process has left
-    return NO_ERROR;
+        if (!Find_Window(window.handle)) return NO_ERROR;
+        SharedWindows::Give_Back(*window.row); // the handle is still in use from a machine that was left
+    }
 }
 
 long Make_Window(const Wanted &wanted, WindowPointer &made) {

@@ -73,19 +73,19 @@ void End(const WindowPointer &window) {
     Send_To(window, WM_NCDESTROY, 0, 0);
 }
 
+bool Has_Focus_Within(const Window &window) {
+    const TreeLock lock;
+    const Window *focus = window.queue->focus;
+    return focus && (focus == &window || Is_Descendant(*focus, window));
+}
+
 // The focus and the foreground go elsewhere while procedures may still be asked.
 void Withdraw(const WindowPointer &window) {
-    bool has_focus, visible;
-    WindowPointer parent;
-    {
-        const TreeLock lock;
-        Window *focus = window->queue->focus;
-        has_focus = focus && (focus == window.get() || Is_Descendant(*focus, *window));
-        visible = window->Is(WS_VISIBLE);
-        if (window->parent && window->parent->parent) parent = Find_Window(window->parent->handle);
-    }
-    if (visible) ShowWindow(window->handle, SW_HIDE);
-    if (has_focus && GetFocus()) SetFocus(Handle_Of(parent.get()));
+    const HWND above = window->Is_Top_Level() ? nullptr : GetParent(window->handle);
+    if (GetWindowLongA(window->handle, GWL_STYLE) & WS_VISIBLE) ShowWindow(window->handle, SW_HIDE);
+    if (!Has_Focus_Within(*window)) return;
+    SetFocus(above);
+    if (Has_Focus_Within(*window)) SetFocus(nullptr); // the parent would not have it
 }
 
 void Destroy(const WindowPointer &window) {

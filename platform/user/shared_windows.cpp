@@ -5,12 +5,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstring>
 #include <ctime>
-#include <linux/futex.h>
 #include <mutex>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -66,24 +63,6 @@ class SharedWindows::TableLock {
     pthread_mutex_t &lock_;
 };
 
-// The lock's word: the number of the thread that holds it, or the mark that it ended holding it.
-bool ThreadRow::Lives() const {
-    const int word = __atomic_load_n(&life.__data.__lock, __ATOMIC_ACQUIRE);
-    return (word & FUTEX_TID_MASK) != 0 && !(word & FUTEX_OWNER_DIED);
-}
-
-void ThreadRow::Wake() {
-    woken.fetch_add(1, std::memory_order_seq_cst);
-    syscall(SYS_futex, &woken, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
-}
-
-void ThreadRow::Sleep(std::uint32_t seen, DWORD milliseconds) {
-    struct {
-        long seconds, nanoseconds; // the host's old form, which this call has at this word size
-    } limit = {static_cast<long>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
-    syscall(SYS_futex, &woken, FUTEX_WAIT, seen, &limit, nullptr, 0);
-}
-
 void SharedWindows::Prepare(void *contents) {
     auto &table = *static_cast<Table *>(contents);
     Make_Lock(table.lock);
@@ -128,12 +107,14 @@ void Let_Shared_Windows_Go() {
 ThreadRow *SharedWindows::Take_Thread() {
     const TableLock guard(table_);
     for (ThreadRow &row : table_.threads) {
-        // What a dead thread left goes before the row is anybody's again.
-        if (row.Lives() || !Owns_After(pthread_mutex_trylock(&row.life), row.life)) continue;
+        if (row.Lives()) continue;
+        // What a dead thread left goes before the row lives again.
         const std::uint32_t index = Index_Of(row);
         for (WindowRow &window : table_.windows) {
             if (window.thread.load(std::memory_order_relaxed) == index) Give_Back(window);
         }
+        row.process_id.store(0, std::memory_order_release);
+        if (!Owns_After(pthread_mutex_trylock(&row.life), row.life)) continue;
         row.idle.store(0, std::memory_order_relaxed);
         row.thread_id.store(static_cast<std::uint32_t>(gettid()), std::memory_order_relaxed);
         row.process_id.store(static_cast<std::uint32_t>(getpid()), std::memory_order_release);

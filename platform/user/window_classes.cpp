@@ -44,8 +44,6 @@ auto Position_Of(Classes &classes, const char *name) {
                         [name](const auto &each) { return Equal_Without_Case(each->name, name); });
 }
 
-const BuiltInClass dialog_class("#32770", DefWindowProcA);
-
 } // namespace
 
 BuiltInClass::BuiltInClass(const char *name, WNDPROC procedure)

@@ -39,6 +39,17 @@ constexpr Companion Companions[] = {
     {"Memory", "kmmemory.so", "kmmemory.dll"},
 };
 
+struct ContentFile {
+    const char *name; // in the folder "content" beside the built modules
+    const char *installed;
+};
+
+constexpr ContentFile Content[] = {
+    {"services.sct", "Scripts\\services.sct"},
+    {"welcome.tpl", "Scripts\\welcome.tpl"},
+    {"customer.def", "Scripts\\Includes\\customer.def"},
+};
+
 std::string Below_Root(const std::string &name) {
     return name.empty() ? Suite_Root : std::string(Suite_Root) + "\\" + name;
 }
@@ -92,7 +103,7 @@ bool Flush(const fs::path &path) {
 
 // Copied aside and renamed over: a program that has the old module loaded keeps it, and none sees half of
 // one.
-std::string Copy_Module(const std::string &from, const std::string &to) {
+std::string Copy_File(const std::string &from, const std::string &to) {
     const std::string aside = to + ".new" + std::to_string(getpid());
     std::error_code error;
     fs::copy_file(from, aside, fs::copy_options::overwrite_existing, error);
@@ -109,7 +120,16 @@ std::string Copy_Companions(const std::string &module_folder) {
     const std::string bin = On_Host(Below_Root("Bin"));
     for (const Companion &companion : Companions) {
         std::string problem =
-            Copy_Module(module_folder + "/" + companion.built, bin + "/" + companion.installed);
+            Copy_File(module_folder + "/" + companion.built, bin + "/" + companion.installed);
+        if (!problem.empty()) return problem;
+    }
+    return {};
+}
+
+std::string Copy_Content(const std::string &content_folder) {
+    for (const ContentFile &file : Content) {
+        std::string problem =
+            Copy_File(content_folder + "/" + file.name, On_Host(Below_Root(file.installed)));
         if (!problem.empty()) return problem;
     }
     return {};
@@ -137,6 +157,7 @@ std::string Install_Suite(const std::string &module_folder) {
     // The keys come last: a program finds the suite only once it is whole.
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
+    if (problem.empty()) problem = Copy_Content(module_folder + "/content");
     if (problem.empty()) problem = Write_Keys();
     return problem;
 }

@@ -231,13 +231,4 @@ TEST_F(SmartBuffer, IsLoadedAndWrittenBack) {
     EXPECT_EQ(buffer.State(), "abc | cursor 3 of 3");
 }
 
-TEST_F(SmartBuffer, SharesItsBlockWithItsCopies) {
-    Buffer original("0123456789");
-    original.Move_To(4);
-    alignas(Buffer) char place[sizeof(Buffer)];
-    const auto &copy = *new (place) Buffer(original); // never destroyed: the block is the original's
-    EXPECT_EQ(copy.Block(), original.Block());
-    EXPECT_EQ(copy.State(), "0123456789 | cursor 4 of 16");
-}
-
 } // namespace

@@ -163,7 +163,7 @@ TEST_F(Profile, ValuesAreFoundInTheWindowsFolder) {
     EXPECT_EQ(Value("nowhere", "end"), "none");
     EXPECT_EQ(Value(nullptr, "x"), std::string("locations\0Other\0", 16));
     EXPECT_EQ(Value("other", nullptr), std::string("lost\0end\0", 9));
-    EXPECT_EQ(Value("none", nullptr), "");
+    EXPECT_EQ(Value("none", nullptr), "none");
     EXPECT_EQ(Value("other", "end", "c:\\WINDOWS\\telephon.ini"), "last");
     EXPECT_EQ(Go_To("windows"), 0);
     EXPECT_EQ(Value("other", "end", ".\\telephon.ini"), "last");
@@ -171,6 +171,7 @@ TEST_F(Profile, ValuesAreFoundInTheWindowsFolder) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(Value("other", "end", "c:\\"), "none");
     EXPECT_EQ(Value("other", "end", nullptr), "none") << "there is no win.ini";
+    EXPECT_EQ(Value(nullptr, nullptr, "none.ini"), "none");
 }
 
 TEST_F(Profile, ValuesAreCutToTheirRoom) {

@@ -150,6 +150,23 @@ bool Loads() {
     return works && named;
 }
 
+bool failed_load_left_a_module = false;
+
+bool Loads_What_Answers() {
+    constexpr char Path[] = "z:" TEST_MODULE_FOLDER "/talkative.so";
+    const HMODULE module = LoadLibraryA(Path);
+    const DWORD error = GetLastError();
+    failed_load_left_a_module |= !module && GetModuleHandleA(Path);
+    SetLastError(error);
+    return module && FreeLibrary(module);
+}
+
+bool Loads_As_Data() {
+    const HMODULE module =
+        LoadLibraryExA("z:" TEST_MODULE_FOLDER "/plain.so", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    return module && FreeLibrary(module);
+}
+
 bool Opens_And_Deletes() {
     FILE *stream = Machine_Open_Stream("c:\\scarce.txt", "wb");
     if (!stream) return false;
@@ -287,6 +304,8 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"process", [] { return Closed(OpenProcess(PROCESS_ALL_ACCESS, FALSE, GetCurrentProcessId())); }},
         {"start of a process", Starts_A_Process},
         {"module", Loads},
+        {"module that answers", Loads_What_Answers},
+        {"module as data", Loads_As_Data},
         {"module by name", [] { return GetModuleHandleA("kernel32.dll") != nullptr; }},
         {"registry", Key_Comes_And_Goes},
         {"window class", Class_Comes_And_Goes},
@@ -295,10 +314,16 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"message", [] { return With_Window(Posts); }},
         {"enumeration", [] { return With_Window(Enumerates); }},
         {"measures", Measures},
+        {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
+        {"paths",
+         [&] {
+             return Host_Path("c:\\kept.txt", text, sizeof text) && Windows_Path("/", text, sizeof text);
+         }},
     };
     machine.Write("drive_c/kept.txt", "kept");
     machine.Write("drive_c/here.txt", "");
     machine.Write("drive_c/kept.ini", "[s]\nk=value\n");
+    machine.Set("windows", "xp");
     unsigned long points = 0;
     for (const Call &call : calls) {
         ASSERT_TRUE(call.succeeds()) << call.name; // what it needs once is there now
@@ -311,6 +336,7 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         EXPECT_EQ(Open_Handle_Count(), handles) << call.name;
         EXPECT_TRUE(call.succeeds()) << call.name << " no longer works";
     }
+    EXPECT_FALSE(failed_load_left_a_module);
     RecordProperty("fault_points", static_cast<int>(points));
     EXPECT_GT(points, 100u);
 }

@@ -115,6 +115,7 @@ TEST_F(Versions, AreThoseOfTheSettings) {
              Row{"xp", "6.0.6000", 2, 6, 0, 6000},
              Row{"95", "4.0.1111", 1, 4, 0, 0x04000457},
              Row{"2000", "5.2", 2, 5, 2, 2195},
+             Row{"2000", "-1.5", 2, 5, 0, 2195},
              Row{"xp", "five", 2, 5, 1, 2600},
              Row{"xp", "9", 2, 5, 1, 2600},
          }) {
@@ -140,11 +141,6 @@ TEST_F(Versions, AreThoseOfTheSettings) {
     }
     EXPECT_EQ(information.dwMajorVersion, 0u);
     EXPECT_FALSE(GetVersionExA(nullptr));
-}
-
-TEST(ErrorMode, IsKept) {
-    const UINT before = SetErrorMode(SEM_NOOPENFILEERRORBOX);
-    EXPECT_EQ(SetErrorMode(before), SEM_NOOPENFILEERRORBOX);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <tests/support/test_machine.h>
 
 #include <filesystem>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace {
@@ -55,6 +56,19 @@ TEST_F(Settings, FollowTheFileTheMachineAndTheProcess) {
     EXPECT_EQ(Get("name"), "9");
     std::filesystem::remove(machine.Path("machine.conf"));
     EXPECT_EQ(Get("name"), "(not set)");
+}
+
+TEST_F(Settings, OutliveALackOfDescriptors) {
+    machine.Set("name", "1");
+    EXPECT_EQ(Get("name"), "1");
+    machine.Set("name", "2");
+    rlimit before;
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none = {0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const std::string meanwhile = Get("name");
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(meanwhile + Get("name"), "12");
 }
 
 TEST_F(Settings, ReportWhatIsNoLineOnceAndSkipIt) {

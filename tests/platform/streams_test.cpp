@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <future>
 #include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -35,6 +36,12 @@ TEST_F(Streams, OpenAsTheirModesSay) {
         EXPECT_EQ(Errno_Of_Opening("c:\\\\SUB\\file", mode), 0) << mode;
         EXPECT_EQ(machine.Read("drive_c/Sub/File"), "12345") << mode;
     }
+    EXPECT_EQ(Errno_Of_Opening("SUB\\FILE", "wbx"), EEXIST);
+    EXPECT_EQ(Errno_Of_Opening("sub\\new wbx", "wbx"), 0);
+    EXPECT_EQ(Errno_Of_Opening("sub", "wbx"), EEXIST);
+    Write_Protect("drive_c/Sub/new wbx");
+    EXPECT_EQ(Errno_Of_Opening("sub\\new wbx", "wbx"), EEXIST);
+    EXPECT_EQ(machine.Read("drive_c/Sub/File"), "12345");
     FILE *stream = Machine_Open_Stream("sub\\FILE", "a+b");
     EXPECT_EQ(fgetc(stream), '1');
     rewind(stream);
@@ -48,7 +55,8 @@ TEST_F(Streams, OpenAsTheirModesSay) {
         EXPECT_EQ(Errno_Of_Opening((std::string("sub\\new ") + mode).c_str(), mode), 0) << mode;
     }
     EXPECT_EQ(machine.Read("drive_c/Sub/File"), "");
-    EXPECT_EQ(Found("sub\\*"), ". .. File new a+b new ab new w+b new wb new wb+") << "no second spelling";
+    EXPECT_EQ(Found("sub\\*"), ". .. File new a+b new ab new w+b new wb new wb+ new wbx")
+        << "no second spelling";
 }
 
 TEST_F(Streams, AreRefusedWithTheirReasonAndNothingIsTouched) {
@@ -145,6 +153,19 @@ TEST_F(Streams, AndTheMakingOfNamesAreNotHeldUpByForkedChildren) {
         EXPECT_EQ(Errno_Of(Machine_Remove("file")), 0);
     }
     EXPECT_TRUE(done) << "a child had the lock";
+}
+
+// A process that is stopped while it makes a name.
+TEST_F(Streams, AndTheMakingOfNamesFailInTimeWhereALockIsHeld) {
+    EXPECT_TRUE(CreateDirectoryA("c:\\first", nullptr));
+    const int lock = open(On("names.lock").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    auto mutex = std::async(std::launch::async, [] { return CreateMutexA(nullptr, FALSE, "second"); });
+    EXPECT_EQ(Error_Of(CreateDirectoryA("c:\\second", nullptr)), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(mutex.get(), nullptr);
+    flock(lock, LOCK_UN);
+    close(lock);
+    EXPECT_TRUE(CreateDirectoryA("c:\\second", nullptr));
 }
 
 TEST_F(Renaming, SucceedsRightAfterClosingWhateverIsStarted) {

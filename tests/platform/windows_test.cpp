@@ -241,6 +241,27 @@ TEST_F(WindowTest, Focus_Activation_And_The_Last_Popup_Go_Together) {
     EXPECT_EQ(GetActiveWindow(), main);
 }
 
+TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
+    const HWND dialog = CreateWindowExA(0, "#32770", "", Dialog | WS_VISIBLE, 0, 0, 90, 90, nullptr, nullptr,
+                                        nullptr, nullptr);
+    EXPECT_EQ(GetFocus(), dialog);
+    EXPECT_EQ(SendMessageA(dialog, WM_GETFONT, 0, 0), 0);
+    SendMessageA(dialog, WM_SETFONT, 48, 0);
+    EXPECT_EQ(SendMessageA(dialog, WM_GETFONT, 0, 0), 48);
+    TestWindow plain(WS_CHILD | WS_VISIBLE, Somewhere, dialog);
+    TestWindow stop(WS_CHILD | WS_VISIBLE | WS_TABSTOP, Somewhere, dialog);
+    {
+        TestWindow popup(Dialog | WS_VISIBLE, Somewhere, dialog);
+        SetForegroundWindow(dialog);
+        EXPECT_EQ(GetFocus(), stop);
+        SetFocus(plain);
+        SetForegroundWindow(popup);
+        EXPECT_EQ(GetFocus(), popup);
+    }
+    EXPECT_EQ(GetFocus(), plain);
+    DestroyWindow(dialog);
+}
+
 TEST_F(WindowTest, A_Thread_Takes_Its_Windows_Along) {
     HWND window = nullptr;
     std::thread([&window] {

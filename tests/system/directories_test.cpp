@@ -1,5 +1,6 @@
 #include <tests/support/file_verbs.h>
 #include <tests/support/host_permissions.h>
+#include <tests/support/replaced_import.h>
 
 #include <kelmara/system/directories.h>
 
@@ -63,8 +64,7 @@ TEST_F(Directories, AreCreatedWithEveryMissingLevel) {
     const std::string before = Found("c:\\*") + Found("*");
     for (const char *path : {"", "\\", "q:\\x\\y", "q:", "c:\\file\\x", "c:\\a?b\\c"}) DirCreate(path);
     DirCreate(nullptr);
-    for (const std::size_t length : {254u, 255u, 256u, 300u, 3000u})
-        DirCreate(("c:\\" + std::string(length - 3, 'l')).c_str());
+    for (const std::size_t length : {254u, 256u}) DirCreate(("c:\\" + std::string(length - 3, 'l')).c_str());
     EXPECT_EQ(Found("c:\\*") + Found("*"), before);
     EXPECT_EQ(Here(), "C:\\there");
     DirCreate(Levels(100).c_str());
@@ -83,8 +83,9 @@ TEST_F(Directories, AreClearedAndStay) {
     EXPECT_TRUE(Is_There("drive_c/beside/file")) << "what links lead to is not in the tree";
     EXPECT_EQ(ClearDir("..\\empty\\"), 0);
 
-    for (const char *path : {"", "c:\\none", "c:\\beside\\file", "q:\\"})
+    for (const char *path : {"", "c:\\none", "c:\\beside\\file", "q:\\", "c:/beside", "c:"})
         EXPECT_EQ(ClearDir(path), -1) << path;
+    EXPECT_TRUE(Is_There("drive_c/beside/file"));
     EXPECT_EQ(ClearDir(nullptr), -1);
     EXPECT_EQ(Here(), "C:\\empty");
     Put("empty/sub/sub/file");
@@ -135,6 +136,48 @@ TEST_F(Directories, AreNotDestroyedBehindALinkNorUnderTheCurrentDirectory) {
     EXPECT_EQ(DirDestroyAll("c:\\tree"), 0) << "a name that only begins like another";
 }
 
+TEST_F(Directories, AreLeftAloneWhereThereIsNoWayBack) {
+    Put("tree/file");
+    std::filesystem::create_directory(On("drive_c/a?b"));
+    std::filesystem::current_path(On("drive_c/a?b"));
+    EXPECT_EQ(DirDestroyAll("c:\\tree"), -1);
+    DirCreate("c:\\made\\below");
+    EXPECT_EQ(std::filesystem::current_path().filename(), "a?b");
+    Go_To("c:\\");
+    EXPECT_EQ(Found("c:\\*") + Found("tree\\*"), "a?b tree. .. file");
+}
+
+std::string swapped, swapped_for;
+int Swap_And_Change_Directory(const char *path) {
+    if (std::string_view(path).ends_with("\\sub")) {
+        std::filesystem::rename(swapped, swapped + " aside");
+        std::filesystem::create_directory_symlink(swapped_for, swapped);
+    }
+    return Machine_Change_Directory(path);
+}
+
+TEST_F(Directories, AreNotClearedBehindWhatBecomesALink) {
+    Put("tree/sub/file");
+    Put("victim/file");
+    swapped = On("drive_c/tree/sub");
+    swapped_for = On("drive_c/victim");
+    const ReplacedImport swap("libkelmara.so", "Machine_Change_Directory",
+                              reinterpret_cast<void *>(Swap_And_Change_Directory));
+    EXPECT_EQ(DirDestroyAll("c:\\tree"), -1);
+    EXPECT_TRUE(Is_There("drive_c/victim/file"));
+    EXPECT_EQ(Here(), "C:\\");
+}
+
+TEST_F(Directories, AreNotClearedWhenTheSearchFails) {
+    Put("tree/a");
+    Put("tree/b");
+    const ReplacedImport fail("libkelmara.so", "FindNextFileA", reinterpret_cast<void *>(+[] {
+                                  SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+                                  return FALSE;
+                              }));
+    EXPECT_EQ(ClearDir("c:\\tree"), -1);
+}
+
 TEST_F(Directories, StopAtTheFirstFailure) {
     for (const char *name : {"tree/a", "tree/b/inner", "tree/c"}) Put(name);
     Write_Protect("drive_c/tree/b/inner");
@@ -155,7 +198,7 @@ TEST_F(Directories, StopAtTheFirstFailure) {
 
 // The folder's path with its separator has room for 255 characters, and so has the path of what is in it.
 TEST_F(Directories, RefuseWhatDoesNotFit) {
-    for (const std::size_t length : {250u, 253u, 254u, 255u, 256u, 257u, 300u}) {
+    for (const std::size_t length : {253u, 254u, 300u}) {
         const std::string path = Make_Long(length);
         const bool fits = length + 2 <= 255;
         EXPECT_EQ(DirDestroyAll(path.c_str()), fits ? 0 : -1) << length;

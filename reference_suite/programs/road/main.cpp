@@ -5,6 +5,7 @@
 #include <reference_suite/programs/road/narrator.h>
 #include <reference_suite/programs/road/neighbour.h>
 #include <reference_suite/programs/road/registry_and_files.h>
+#include <reference_suite/programs/road/sections_and_templates.h>
 
 #include <reference_suite/installer/install_suite.h>
 
@@ -60,6 +61,7 @@ int main(int argc, char **argv) {
     Find_Folders();
     Share_Settings();
     Save_Files();
+    Write_A_Welcome();
     std::printf("\nAll as it should be.\n");
     return 0;
 }

@@ -14,20 +14,10 @@
 #include <cstring>
 #include <string>
 
-namespace {
-
-constexpr int Content_Folder = 4, Bin_Folder = 7, Root_Folder = 8;
-constexpr char Road_Key[] = "Software\\Dunmerit Software\\KelMara\\Road";
-constexpr int Target_Exists = 52;
-
 std::string Folder(int identifier) {
     char path[260];
     GetKelMaraFolderPath(identifier, path);
     return path;
-}
-
-std::string Letter_Path() {
-    return Folder(Content_Folder) + "\\letter.txt";
 }
 
 std::string Content_Of(const std::string &path) {
@@ -37,6 +27,16 @@ std::string Content_Of(const std::string &path) {
     Require(file.Read(content.data(), static_cast<long>(content.size())) == 0, "the file can be read");
     file.Close();
     return content;
+}
+
+namespace {
+
+constexpr int Content_Folder = 4, Bin_Folder = 7, Root_Folder = 8;
+constexpr char Road_Key[] = "Software\\Dunmerit Software\\KelMara\\Road";
+constexpr int Target_Exists = 52;
+
+std::string Letter_Path() {
+    return Folder(Content_Folder) + "\\letter.txt";
 }
 
 /// Opens the letter anew under a working name and writes a text; the letter itself is not touched yet.
