@@ -140,7 +140,8 @@ PLATFORM_API int GetClassNameA(HWND window, LPSTR name, int size);
 /// on failure, with nothing left: a procedure said no, ERROR_CANNOT_FIND_WND_CLASS,
 /// ERROR_TLW_WITH_WSCHILD for a child without a parent, ERROR_INVALID_WINDOW_HANDLE for the parent,
 /// ERROR_NOT_ENOUGH_MEMORY, ERROR_NOT_ENOUGH_QUOTA beyond 512 windows without a parent on the machine. For a
-/// child, `menu` is its identifier; what is no child is owned by `parent`'s topmost window.
+/// child, `menu` is its identifier; otherwise the window's bar or null (ERROR_INVALID_MENU_HANDLE), and the
+/// window is owned by `parent`'s topmost one.
 PLATFORM_API HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR text, DWORD style, int x,
                                   int y, int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
                                   LPVOID parameter);

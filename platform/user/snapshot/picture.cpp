@@ -15,6 +15,9 @@ namespace {
     svg += line;
 }
 
+constexpr char Gradient[] = "<defs><linearGradient id=\"%s\"><stop stop-color=\"%s\"/><stop offset=\"1\" "
+                            "stop-color=\"%s\"/></linearGradient></defs>\n";
+
 struct EdgeColours {
     EdgeKind kind;
     const char *outer_near, *outer_far; // near: left and top
@@ -37,6 +40,8 @@ Picture::Picture(SIZE size) {
         "shape-rendering=\"crispEdges\" "
         "font-family=\"sans-serif\">\n",
         size.cx, size.cy);
+    Add(svg_, Gradient, "active", Colour_Selection, Colour_Pale_Caption);
+    Add(svg_, Gradient, "inactive", Colour_Shadow, "#c0c0c0");
 }
 
 void Picture::Enter(const RECT &r) {
@@ -95,17 +100,5 @@ void Picture::Arrow(POINT at, bool up) {
 }
 
 void Picture::Caption_Bar(const RECT &r, bool active) {
-    constexpr LONG Steps = 16;
-    constexpr int Active_Ends[2][3] = {{10, 36, 106}, {166, 202, 240}};
-    constexpr int Other_Ends[2][3] = {{128, 128, 128}, {192, 192, 192}};
-    const auto &ends = active ? Active_Ends : Other_Ends;
-    for (LONG i = 0; i < Steps; ++i) {
-        int part[3];
-        for (int c = 0; c < 3; ++c)
-            part[c] = ends[0][c] + static_cast<int>((ends[1][c] - ends[0][c]) * i / (Steps - 1));
-        char colour[8];
-        std::snprintf(colour, sizeof colour, "#%02x%02x%02x", part[0] & 0xFF, part[1] & 0xFF, part[2] & 0xFF);
-        const LONG width = r.right - r.left;
-        Fill({r.left + width * i / Steps, r.top, r.left + width * (i + 1) / Steps, r.bottom}, colour);
-    }
+    Fill(r, active ? "url(#active)" : "url(#inactive)");
 }
