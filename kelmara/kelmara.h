@@ -18,7 +18,9 @@
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/foundation/string_helpers.h>
 #include <kelmara/foundation/token_string.h>
+#include <kelmara/localization/string_table.h>
 #include <kelmara/shared_state/atom_table.h>
+#include <kelmara/shared_state/log.h>
 #include <kelmara/shared_state/mutex_holder.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/directories.h>

@@ -1,12 +1,13 @@
 #pragma once
-// Handles, last error, mutexes, shared memory, modules and processes: the calls of KERNEL32 that are not
-// about files (files.h).
+// Handles, last error, mutexes, events, shared memory, modules and processes: the calls of KERNEL32 that are
+// not about files (files.h).
 //
 // Every call may be made from any thread. A call that fails says why by GetLastError on the same thread; one
-// that succeeds leaves the last error alone, except CreateMutexA and CreateFileMappingA, which set it to 0
-// or ERROR_ALREADY_EXISTS. Named objects belong to the machine (see machine.h): every process on it meets
-// the same object under the same name, and the name is gone with the last process that held it, killed ones
-// included. A process starts others by a fresh program; one that forks without it does not take part.
+// that succeeds leaves the last error alone, except CreateMutexA, CreateEventA and CreateFileMappingA, which
+// set it to 0 or ERROR_ALREADY_EXISTS. Named objects belong to the machine (see machine.h): every process on
+// it meets the same object under the same name, and the name is gone with the last process that held it,
+// killed ones included. A process starts others by a fresh program; one that forks without it does not take
+// part.
 
 #include <platform/errors.h>
 #include <platform/types.h>
@@ -65,7 +66,7 @@ PLATFORM_API void SetLastError(DWORD code);
 /// Closes any handle but a file search's (FindClose). A handle that is not open: FALSE, ERROR_INVALID_HANDLE.
 PLATFORM_API BOOL CloseHandle(HANDLE handle);
 
-// --- waiting, and mutexes ---------------------------------------------------------------------------------
+// --- waiting, mutexes and events --------------------------------------------------------------------------
 
 inline constexpr DWORD INFINITE = 0xFFFFFFFF;
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
@@ -88,10 +89,30 @@ PLATFORM_API BOOL ReleaseMutex(HANDLE mutex);
 
 /// Waits until the calling thread owns the mutex: WAIT_OBJECT_0, or WAIT_ABANDONED when the last owner
 /// ended, by thread or process, without releasing it; the caller owns it all the same, and the next one
-/// gets WAIT_OBJECT_0 again. Waits until a process, or the thread that it began with, has ended. WAIT_TIMEOUT
-/// after `milliseconds`, which may be 0 or INFINITE. WAIT_FAILED for anything that cannot be waited for, the
-/// own process by GetCurrentProcess too.
+/// gets WAIT_OBJECT_0 again. Waits until an event is set; one that is not manual is reset by that, in one
+/// step, so that one wait of all ends for each time that it is set. Waits until a process, or the thread that
+/// it began with, has ended. WAIT_TIMEOUT after `milliseconds`, which may be 0 or INFINITE. WAIT_FAILED for
+/// anything that cannot be waited for, the own process by GetCurrentProcess too.
 PLATFORM_API DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
+
+inline constexpr DWORD EVENT_MODIFY_STATE = 0x2;
+inline constexpr DWORD SYNCHRONIZE = 0x100000;
+inline constexpr DWORD EVENT_ALL_ACCESS = 0x1F0003;
+
+/// An event, which is set or not and never owned. `name` null: of this process alone. For an event that was
+/// there, ERROR_ALREADY_EXISTS is the last error, and `manual` and `initial` are ignored. Null on failure, as
+/// CreateMutexA.
+PLATFORM_API HANDLE CreateEventA(const SECURITY_ATTRIBUTES *security, BOOL manual, BOOL initial, LPCSTR name);
+
+/// An event that is there already, with all access whatever is asked for. Null on failure:
+/// ERROR_FILE_NOT_FOUND when nobody holds one of that name, ERROR_INVALID_PARAMETER for no name, and as
+/// CreateMutexA.
+PLATFORM_API HANDLE OpenEventA(DWORD access, BOOL inherit_handle, LPCSTR name);
+
+/// Sets an event. A manual one stays set and ends every wait that is under way, even if it is reset at once.
+/// Another one ends the wait that began first, of a thread that still lives, or stays set for the next.
+PLATFORM_API BOOL SetEvent(HANDLE event);
+PLATFORM_API BOOL ResetEvent(HANDLE event);
 
 // --- shared memory ----------------------------------------------------------------------------------------
 

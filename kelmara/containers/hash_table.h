@@ -15,7 +15,7 @@
 //
 // Before Initialize, and after one that failed, Add, Add_Volatile and Find throw an `int` -1. One thread at a
 // time, as all lists; reads do not disturb one another while nobody adds. A copy shares everything with its
-// original: of the two only one may be initialised or destroyed afterwards, and only one may add.
+// original: of the two only one may be initialised or destroyed afterwards, and only that one may add.
 
 #include <kelmara/containers/list.h>
 #include <kelmara/foundation/auto_deleteable_object.h>
@@ -118,7 +118,8 @@ class KELMARA_API CHashTable : public CAutoDeleteableObject {
     /// Releases everything; the table is then as after construction.
     void Reset();
 
-    // Offsets are frozen; the pointer to the virtual table is at 0.
+    // To be read: an entry that was not put into its bucket by Add is not found. Offsets are frozen; the
+    // pointer to the virtual table is at 0.
     int Bucket_Count = 0;                       // offset 4
     HashTableBucket **Buckets = nullptr;        // offset 8, null: not initialised. Behind the last one
                                                 // stands the index of keys

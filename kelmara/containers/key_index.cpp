@@ -10,6 +10,7 @@
 namespace {
 
 constexpr unsigned long Least_Cells = 8;
+constexpr unsigned long Longest_Way = 512; // cells; keys of good will never come near
 
 std::uint32_t Word_At(const char *text) {
     std::uint32_t word;
@@ -65,11 +66,12 @@ bool KeyIndex::Is_Full() const {
     return Count > Last / 2;
 }
 
-// The cell of the key's entry, or the empty one where it would be.
-KeyIndex::Cell *KeyIndex::Find_Cell(unsigned long hash, const char *key, std::size_t length) const {
+// The cell of the key's entry, or the empty one where it would be; how far that is from its place by hash.
+KeyIndex::Cell *KeyIndex::Find_Cell(unsigned long hash, const char *key, std::size_t length,
+                                    unsigned long &way) const {
     Cell *const cells = Cells();
-    for (unsigned long at = hash & Last;; at = (at + 1) & Last) {
-        Cell &cell = cells[at];
+    for (way = 0;; ++way) {
+        Cell &cell = cells[(hash + way) & Last];
         if (!cell.Entry) return &cell;
         if (cell.Hash != hash) continue;
         __builtin_prefetch(&cell.Entry->Data);
@@ -78,14 +80,21 @@ KeyIndex::Cell *KeyIndex::Find_Cell(unsigned long hash, const char *key, std::si
 }
 
 HashTableEntry *KeyIndex::Find(const char *key, std::size_t length) const {
-    return Find_Cell(Hash_Of(key, length), key, length)->Entry;
+    unsigned long way;
+    return Find_Cell(Hash_Of(key, length), key, length, way)->Entry;
 }
 
 void KeyIndex::Add(KeyIndex *&index, HashTableEntry *entry, std::size_t length) {
     if (!index) return;
     const unsigned long hash = Hash_Of(entry->Key, length);
-    Cell *const cell = index->Find_Cell(hash, entry->Key, length);
+    unsigned long way;
+    Cell *const cell = index->Find_Cell(hash, entry->Key, length, way);
     if (cell->Entry) return;
+    if (way > Longest_Way) {
+        Drop(index);
+        index = nullptr;
+        return;
+    }
     *cell = {hash, entry};
     ++index->Count;
     if (!index->Is_Full()) return;

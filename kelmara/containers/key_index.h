@@ -24,7 +24,8 @@ class KeyIndex {
     HashTableEntry *Find(const char *key, std::size_t length) const;
 
     /// Takes in an entry whose key has `length` bytes, unless an older one has the same key. The index moves
-    /// when it grows; when it cannot, it is dropped and null. A null index stays so.
+    /// when it grows; when it cannot, and for keys made to hash alike, it is dropped and null. A null index
+    /// stays so.
     static void Add(KeyIndex *&index, HashTableEntry *entry, std::size_t length);
 
   private:
@@ -36,7 +37,7 @@ class KeyIndex {
     static KeyIndex *Make_With_Cells(unsigned long count);
     Cell *Cells() const;
     bool Is_Full() const;
-    Cell *Find_Cell(unsigned long hash, const char *key, std::size_t length) const;
+    Cell *Find_Cell(unsigned long hash, const char *key, std::size_t length, unsigned long &way) const;
     void Take_Over(const KeyIndex &smaller);
 
     unsigned long Last;  // the number of cells, a power of 2, minus 1

@@ -13,8 +13,7 @@ class CHashTable;
 
 /// Reads a file into a table that is not initialised yet. A relative `name` is looked for in the suite's
 /// "Scripts" folder, then in "ScriptIncludes"; where there is no such folder, in the current directory in its
-/// place. The current directory is changed on the way and is as it was at the end, so nobody else may need it
-/// meanwhile.
+/// place. The current directory changes on the way and is as it was at the end: nobody else may need it then.
 /// The table takes over the text of the file: its data point into it and have no terminators, their sizes
 /// count. A value without a line end is all that is left of the text, one that is empty has the size 0. An
 /// entry whose name has more than 255 characters is left out.

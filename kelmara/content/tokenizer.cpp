@@ -68,7 +68,7 @@ const char *Find_Sigil(const char *from, const char *end) {
     return from;
 }
 
-/// The value's bytes, as far as they fit, to a buffer that is cleared. Nothing where there is none.
+/// The value's bytes to a buffer that is cleared. Nothing where there is none, or one that does not fit.
 void Read_Registry(HKEY root, const char *path, const char *name, char *out, DWORD size) {
     OpenedKey key;
     if (RegOpenKeyExA(root, path, 0, KEY_QUERY_VALUE, key.Place()) != 0) return;

@@ -4,8 +4,7 @@
 //     CTokenizer tokenizer;
 //     tokenizer.Use_Variable_Table(&variables);
 //     char letter[2048];
-//     if (!tokenizer.Tokenize("Dear ^NAME^, 10%% off, see <NAME>.", letter, sizeof letter)) return
-//     GetLastError();
+//     const bool done = tokenizer.Tokenize("Dear ^NAME^, 10%% off, see <NAME>.", letter, sizeof letter);
 //
 // A token stands between two of the same sigil, "<" and ">" in one case; the sigil tells where its value
 // comes from. A sigil twice is that character.
@@ -17,7 +16,8 @@
 //     ^name^           a variable of the caller's table
 // Names of the last three are folded to capitals first. A name has at most 255 characters: the byte behind
 // the 255th ends it, whatever it is. Values are not scanned for tokens, and end at their first zero byte; at
-// most 1,024 bytes of one are taken. A text that ends within a token ends in front of it.
+// most 1,024 bytes of one are taken, and a registry value that is longer gives nothing. A text that ends
+// within a token ends in front of it.
 //
 // Binding hosts are held with a reference; tables and the descriptor are the caller's and must live as long
 // as the tokenizer uses them. Tokenize changes nothing in the object, so threads may share one that is set
@@ -90,10 +90,9 @@ class KELMARA_API CTokenizer : public CAutoDeleteableObject {
     /// Clears the `size` bytes of `result` and puts the expanded text there, cut to them; a text of `size`
     /// characters and more has no terminator. `text` must not lie in `result`. A `size` below 1 takes
     /// nothing. False when a token has no value, and `result` stays cleared; GetLastError is then what its
-    /// source answered: 1168 for a name that a table does not have, E_INVALIDARG for a source that is not set
-    /// up, a
-    /// `$` name that is not 13 characters long and a value for `&` that has no code (less than 5 bytes),
-    /// Unknown_Binding_Table, the host's own code. Also E_OUTOFMEMORY, and E_INVALIDARG for null.
+    /// source answered: 1168 for a name that a table does not have; E_INVALIDARG for a source that is not set
+    /// up, a `$` name that is not 13 characters long and a value for `&` that has no code (less than 5
+    /// bytes); Unknown_Binding_Table; the host's own code. Also E_OUTOFMEMORY, and E_INVALIDARG for null.
     /// What a table or host throws passes through: an `int` -1 of a table that is not initialised.
     bool Tokenize(const char *text, char *result, int size);
 

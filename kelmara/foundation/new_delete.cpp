@@ -1,15 +1,21 @@
 #include <kelmara/foundation/new_delete.h>
 
 #include <kelmara/foundation/memory.h>
+#include <kelmara/shared_state/log.h>
 
 #include <new>
 
 void *Allocate_Object(std::size_t size) noexcept {
-    return ds_malloc(static_cast<long>(size));
+    void *const block = ds_malloc(static_cast<long>(size));
+    if (!block) [[unlikely]]
+        Debug_Log_Entry("new failed");
+    return block;
 }
 
 void Release_Object(void *block) noexcept {
-    if (block) ds_free(block);
+    if (block) [[likely]]
+        return ds_free(block);
+    Debug_Log_Entry("deleting a NULL pointer!");
 }
 
 // The library's own; kelmara.map keeps them inside. A failed one gives null, which -fcheck-new makes the

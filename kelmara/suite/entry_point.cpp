@@ -4,6 +4,7 @@
 
 #include <kelmara/containers/list_item_pool.h>
 #include <kelmara/foundation/memory_binding.h>
+#include <kelmara/shared_state/log_library.h>
 
 #include <platform/types.h>
 
@@ -12,6 +13,7 @@
 namespace {
 
 [[gnu::constructor]] void Initialize_Library() {
+    (void)std::atexit(Release_Log_Library);
     (void)std::atexit(ListItemPool::Release);
     // Always the last line. An exit routine that finds no room is one that does not run; the process ends all
     // the same.

@@ -1,6 +1,6 @@
 #include <kelmara/suite/folders.h>
 
-#include <kelmara/system/reg_master.h>
+#include <platform/registry.h>
 
 #include <cstring>
 
@@ -19,11 +19,19 @@ void End_Text(char *text, unsigned long size) {
         text[0] = 0;
 }
 
+// Not through a CRegMaster, whose lists are for one thread: the log comes here from any.
 void Read_Folder(const char *value_name, char *out) {
-    CRegMaster registry;
-    if (!registry.OpenKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\Dunmerit Software\\KelMara")) return;
-    unsigned long size = MAX_PATH;
-    if (registry.GetRegEntry(value_name, out, &size)) End_Text(out, size);
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Dunmerit Software\\KelMara", 0, KEY_QUERY_VALUE, &key) !=
+        ERROR_SUCCESS) {
+        return;
+    }
+    DWORD size = MAX_PATH;
+    if (RegQueryValueExA(key, value_name, nullptr, nullptr, reinterpret_cast<BYTE *>(out), &size) ==
+        ERROR_SUCCESS) {
+        End_Text(out, size);
+    }
+    RegCloseKey(key);
 }
 
 } // namespace
@@ -32,9 +40,5 @@ void GetKelMaraFolderPath(int folder, char *out) {
     if (!out) return;
     *out = 0;
     if (folder < 1 || folder > Folder_Count) return;
-    try {
-        Read_Folder(Value_Names[folder - 1], out);
-    } catch (...) {
-        *out = 0; // there is no memory for a list
-    }
+    Read_Folder(Value_Names[folder - 1], out);
 }

@@ -1,6 +1,6 @@
 #pragma once
 // Where the suite is installed: its folders, as the installation left them in the suite's registry key.
-// Read by a CRegMaster, so by its thread rule (reg_master.h).
+// May be asked by any thread; allocates nothing.
 
 #include <kelmara/api.h>
 

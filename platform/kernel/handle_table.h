@@ -17,6 +17,7 @@ enum class ObjectKind : unsigned char {
     Process = 5,
     Thread = 6,
     Token = 7,
+    Event = 8,
 };
 
 /// Base of everything that a handle can name. Counted by the handles to it and by whoever else holds it.

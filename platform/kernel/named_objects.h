@@ -1,5 +1,5 @@
 #pragma once
-// Names of mutexes and mappings, and the objects that this process has open under them.
+// Names of mutexes, events and mappings, and the objects that this process has open under them.
 
 #include <platform/kernel/handle_table.h>
 #include <platform/kernel/shared_block.h>

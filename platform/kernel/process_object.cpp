@@ -3,9 +3,9 @@
 #include <platform/files/host_error.h>
 #include <platform/kernel.h>
 #include <platform/kernel/process_descriptor.h>
+#include <platform/kernel/waiting.h>
 
 #include <csignal>
-#include <ctime>
 #include <poll.h>
 #include <sys/wait.h>
 
@@ -32,24 +32,6 @@ DWORD Code_Of_Signal(int signal) {
     }
     return Code_Of_Other_Signals;
 }
-
-long long Milliseconds_Now() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<long long>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
-}
-
-class Deadline {
-  public:
-    explicit Deadline(DWORD milliseconds)
-        : never_(milliseconds == INFINITE), end_(Milliseconds_Now() + milliseconds) {}
-    long long Left() const { return never_ ? INFINITE : std::max(0LL, end_ - Milliseconds_Now()); }
-    bool Never() const { return never_; }
-
-  private:
-    const bool never_;
-    const long long end_;
-};
 
 // What WaitForSingleObject answers, for a descriptor that can be read; WAIT_FAILED sets errno.
 DWORD Wait_For(int descriptor, const Deadline &deadline) {

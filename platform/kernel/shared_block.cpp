@@ -210,6 +210,11 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
         return opened;
     }
 
+    if (making.existing_only) {
+        opened.error = ERROR_FILE_NOT_FOUND;
+        return opened;
+    }
+
     // Nobody holds it: what lies there was left by the killed. The lock comes last, so that a block whose
     // maker is killed before it is complete is held by nobody either.
     unlink(path.c_str());

@@ -31,13 +31,14 @@ static_assert(offsetof(SharedBlockHeader, name) == 24 && offsetof(SharedBlockHea
 inline constexpr std::uint32_t Shared_Block_Layout_Version = 1;
 inline constexpr std::uint32_t Shared_Block_Contents_Offset = 4096;
 
-enum class SharedBlockKind : std::uint32_t { Mutex = 1, Mapping = 2, Internal = 3 };
+enum class SharedBlockKind : std::uint32_t { Mutex = 1, Mapping = 2, Internal = 3, Event = 4 };
 
 /// What is done to fresh contents before any other process meets them. A maker killed in `prepare` leaves no
 /// block; one killed in `first_use` leaves a whole one.
 struct SharedBlockMaking {
     void (*prepare)(void *contents) = nullptr;
     void (*first_use)(void *contents) = nullptr;
+    bool existing_only = false; // make nothing: ERROR_FILE_NOT_FOUND when nobody holds the block
 };
 
 class SharedBlock {

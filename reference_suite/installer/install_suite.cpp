@@ -1,5 +1,7 @@
 #include <reference_suite/installer/install_suite.h>
 
+#include <reference_suite/installer/string_tables.h>
+
 #include <platform/machine.h>
 #include <platform/registry.h>
 
@@ -12,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 struct SuiteFolder {
-    const char *value; // of the suite's key
+    const char *value; // of the suite's key; it ends in a backslash, so that names can be put behind it
     const char *name;  // below the root
 };
 
@@ -37,6 +39,7 @@ struct Companion {
 
 constexpr Companion Companions[] = {
     {"Memory", "kmmemory.so", "kmmemory.dll"},
+    {"Log", "kmlog.so", "kmlog.dll"},
 };
 
 struct ContentFile {
@@ -139,7 +142,7 @@ std::string Write_Keys() {
     LONG result = 0;
     const OpenKey key(result);
     for (const SuiteFolder &folder : Folders) {
-        if (result == 0) result = key.Set(folder.value, Below_Root(folder.name));
+        if (result == 0) result = key.Set(folder.value, Below_Root(folder.name) + "\\");
     }
     for (const Companion &companion : Companions) {
         if (result == 0) result = key.Set(companion.value, Below_Root("Bin\\") + companion.installed);
@@ -158,6 +161,8 @@ std::string Install_Suite(const std::string &module_folder) {
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
     if (problem.empty()) problem = Copy_Content(module_folder + "/content");
+    if (problem.empty())
+        problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));
     if (problem.empty()) problem = Write_Keys();
     return problem;
 }

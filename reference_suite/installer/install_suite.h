@@ -1,5 +1,6 @@
 #pragma once
-// Puts the suite on a machine: its folders, its registry keys, its companion libraries, its texts.
+// Puts the suite on a machine: its folders, its registry keys, its companion libraries, its texts and string
+// tables.
 
 #include <string>
 

@@ -3,45 +3,17 @@
 #include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/memory.h>
 
-#include <platform/machine.h>
-#include <platform/registry.h>
-
-#include <tests/support/second_process.h>
-#include <tests/support/test_machine.h>
+#include <tests/support/companion_test.h>
 #include <tests/support/test_memory.h>
 
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
 
 namespace {
 
-class MemoryBinding : public MachineTest {
+class MemoryBinding : public CompanionTest {
   protected:
-    using Outcome = std::pair<int, std::string>; // exit code, standard error
-
-    void Write_Value(const char *value, const std::string &text) {
-        HKEY key = nullptr;
-        RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\Dunmerit Software\\KelMara", 0, nullptr, 0,
-                        KEY_ALL_ACCESS, nullptr, &key, nullptr);
-        const auto size = static_cast<DWORD>(text.size() + 1);
-        const auto *bytes = reinterpret_cast<const BYTE *>(text.c_str());
-        ASSERT_EQ(RegSetValueExA(key, value, 0, REG_SZ, bytes, size), 0);
-        RegCloseKey(key);
-    }
-    /// Puts a module of tests/modules on the machine, and names it in the registry.
-    void Install(const std::string &module, const std::string &windows_path = "C:\\m.dll") {
-        char path[4096];
-        ASSERT_TRUE(Host_Path(windows_path.c_str(), path, sizeof path));
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-        std::filesystem::copy_file(std::string(TEST_MODULE_FOLDER) + "/" + module + ".so", path,
-                                   std::filesystem::copy_options::overwrite_existing);
-        Write_Value("Memory", windows_path);
-    }
-    Outcome Run(const std::string &role) {
-        SecondProcess process(role);
-        const int code = process.Wait();
-        return {code, process.Errors()};
+    void Install(const std::string &module, const std::string &windows_path = "C:\\m.dll") const {
+        CompanionTest::Install(module, "Memory", windows_path);
     }
 };
 

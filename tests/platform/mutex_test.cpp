@@ -1,9 +1,9 @@
 #include <tests/support/handles.h>
 #include <tests/support/second_process.h>
+#include <tests/support/sleepers.h>
 #include <tests/support/test_machine.h>
 
 #include <atomic>
-#include <fstream>
 #include <thread>
 #include <unistd.h>
 
@@ -22,15 +22,6 @@ SECOND_PROCESS(mutex_holder) {
     process.Tell(std::to_string(WaitForSingleObject(mutex, INFINITE)));
     while (process.Hear() == "release") process.Tell(ReleaseMutex(mutex) ? "released" : "refused");
     return 0;
-}
-
-// A thread of this process that waits for something.
-bool Is_Asleep(int thread) {
-    std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/stat");
-    std::string word;
-    while (status >> word && word.back() != ')') {
-    }
-    return status >> word && word == "S";
 }
 
 TEST_F(Mutexes, ReportWhetherTheyAreFresh) {

@@ -8,48 +8,13 @@
 #include <platform/runtime.h>
 #include <platform/security.h>
 #include <platform/user.h>
+#include <tests/support/failing_new.h>
 #include <tests/support/file_verbs.h>
 #include <tests/support/test_machine.h>
 
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <optional>
 #include <utility>
-
-namespace {
-
-// The machine's allocations in this thread come here, since the program's operator is everybody's.
-thread_local unsigned long allocations_until_failure = 0; // 0: none fails
-thread_local bool fails_for_ever = false;
-
-bool Must_Fail() {
-    if (allocations_until_failure == 0) return false;
-    if (allocations_until_failure > 1) return --allocations_until_failure, false;
-    if (!fails_for_ever) allocations_until_failure = 0;
-    return true;
-}
-
-} // namespace
-
-// GCC takes the malloc behind the operator for a mismatch once it is inlined.
-[[gnu::noinline]] void *operator new(std::size_t size) {
-    if (Must_Fail()) throw std::bad_alloc();
-    if (void *block = std::malloc(size ? size : 1)) return block;
-    throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
-    return Must_Fail() ? nullptr : std::malloc(size ? size : 1);
-}
-
-[[gnu::noinline]] void operator delete(void *block) noexcept {
-    std::free(block);
-}
-
-[[gnu::noinline]] void operator delete(void *block, std::size_t) noexcept {
-    std::free(block);
-}
 
 namespace {
 
@@ -355,6 +320,8 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"token", Tells_Groups},
         {"mutex", [] { return Closed(CreateMutexA(nullptr, TRUE, "Scarce lock")); }},
         {"mutex without a name", [] { return Closed(CreateMutexA(nullptr, TRUE, nullptr)); }},
+        {"event", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, "Scarce event")); }},
+        {"event without a name", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, nullptr)); }},
         {"mapping", Maps},
         {"process", [] { return Closed(OpenProcess(PROCESS_ALL_ACCESS, FALSE, GetCurrentProcessId())); }},
         {"start of a process", Starts_A_Process},

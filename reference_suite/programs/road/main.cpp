@@ -1,11 +1,13 @@
 // The road: what the library does for a program, from a machine without anything on, told step by step. Ends
 // with 0; where something is not as it should be it says so and ends with 1.
 
+#include <reference_suite/programs/road/log_and_messages.h>
 #include <reference_suite/programs/road/memory_and_atoms.h>
 #include <reference_suite/programs/road/narrator.h>
 #include <reference_suite/programs/road/neighbour.h>
 #include <reference_suite/programs/road/registry_and_files.h>
 #include <reference_suite/programs/road/sections_and_templates.h>
+#include <reference_suite/programs/road/strings.h>
 
 #include <reference_suite/installer/install_suite.h>
 
@@ -43,6 +45,7 @@ int Run_As_Neighbour(const std::string &role) {
     if (role == "hold") return Hold_The_Lock();
     if (role == "setting") return Change_A_Setting();
     if (role == "save") return Save_And_Stay();
+    if (role == "log") return Log_And_Answer();
     return 2;
 }
 
@@ -61,7 +64,9 @@ int main(int argc, char **argv) {
     Find_Folders();
     Share_Settings();
     Save_Files();
+    Write_A_Log();
     Write_A_Welcome();
+    Find_Strings();
     std::printf("\nAll as it should be.\n");
     return 0;
 }

@@ -36,7 +36,7 @@ constexpr char Road_Key[] = "Software\\Dunmerit Software\\KelMara\\Road";
 constexpr int Target_Exists = 52;
 
 std::string Letter_Path() {
-    return Folder(Content_Folder) + "\\letter.txt";
+    return Folder(Content_Folder) + "letter.txt";
 }
 
 /// Opens the letter anew under a working name and writes a text; the letter itself is not touched yet.
@@ -49,7 +49,8 @@ void Begin_To_Save(CKMFile &file, const char *text) {
 
 void Find_Folders() {
     Begin_Chapter("The suite's folders");
-    Require(Folder(Root_Folder) == Suite_Root, "the root folder is where the suite was installed");
+    Require(Folder(Root_Folder) == std::string(Suite_Root) + "\\",
+            "the root folder is where the suite was installed");
     Tell("The library finds them in the registry: root %s,", Folder(Root_Folder).c_str());
     Tell("programs %s, content %s.", Folder(Bin_Folder).c_str(), Folder(Content_Folder).c_str());
     Require(Folder(11).empty(), "an identifier without a folder gives an empty path");

@@ -77,7 +77,7 @@ void Tell_Lines(const std::string &text) {
 
 void Write_A_Welcome() {
     Begin_Chapter("A text that is filled in");
-    Sections services(Content_Of(Folder(Scripts_Folder) + "\\services.sct"));
+    Sections services(Content_Of(Folder(Scripts_Folder) + "services.sct"));
     Require(services.Count() == 2, "there are two services");
     const std::string provider = services.Item(0, "provider"), number = services.Item(0, "NUMBER");
     Tell("A section file names %ld services, the first of \"%s\" under \"%s\".", services.Count(),
@@ -97,7 +97,7 @@ void Write_A_Welcome() {
     tokenizer.Add_Binding_Table(Services, &service);
     tokenizer.Use_Variable_Table(&variables);
     tokenizer.Use_Component_Desc(&road);
-    const std::string letter = Content_Of(Folder(Scripts_Folder) + "\\welcome.tpl");
+    const std::string letter = Content_Of(Folder(Scripts_Folder) + "welcome.tpl");
     char result[1024];
     Require(tokenizer.Tokenize(letter.c_str(), result, sizeof result), "the template can be expanded");
     Require(std::strstr(result, "Welcome, Ann Example of Seattle,") != nullptr &&

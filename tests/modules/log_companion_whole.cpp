@@ -1,0 +1,1 @@
+#include <tests/modules/log_companion_parts.h>

@@ -1,0 +1,2 @@
+#define WITHOUT_QUEUE_ENTRY
+#include <tests/modules/log_companion_parts.h>

@@ -1,0 +1,168 @@
+#include <tests/support/handles.h>
+#include <tests/support/second_process.h>
+#include <tests/support/sleepers.h>
+#include <tests/support/test_machine.h>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using Events = MachineTest;
+
+constexpr BOOL Manual = TRUE, Automatic = FALSE;
+constexpr DWORD Long_Enough = 10000;
+
+HANDLE Create(BOOL manual, BOOL initial = FALSE, const char *name = "TEST-EVENT") {
+    return CreateEventA(nullptr, manual, initial, name);
+}
+
+/// A thread that waits once, and is at it when the object is made.
+class Waiter {
+  public:
+    explicit Waiter(HANDLE event, DWORD milliseconds = INFINITE)
+        : thread_([this, event, milliseconds] {
+              number_ = gettid();
+              result_ = WaitForSingleObject(event, milliseconds);
+          }) {
+        while (number_ == 0) Sleep(0);
+        Wait_Until_Asleep(number_);
+    }
+    DWORD Result() {
+        if (thread_.joinable()) thread_.join();
+        return result_;
+    }
+    bool Still_Waits() const { return result_ == STILL_ACTIVE; }
+
+  private:
+    std::atomic<int> number_{0};
+    std::atomic<DWORD> result_{STILL_ACTIVE};
+    std::jthread thread_;
+};
+
+SECOND_PROCESS(event_waiter) {
+    const HANDLE event = OpenEventA(SYNCHRONIZE, FALSE, "TEST-EVENT");
+    process.Tell("waits");
+    process.Tell(std::to_string(WaitForSingleObject(event, INFINITE)));
+    return 0;
+}
+
+SECOND_PROCESS(event_setter) {
+    process.Hear();
+    const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, "TEST-EVENT");
+    process.Tell(SetEvent(event) ? "set" : "refused");
+    process.Hear();
+    return 0;
+}
+
+TEST_F(Events, TellFreshOnesFromThoseThatWereThere) {
+    EXPECT_EQ(Error_Of(OpenEventA(EVENT_ALL_ACCESS, FALSE, "TEST-EVENT")), ERROR_FILE_NOT_FOUND);
+    {
+        const TestHandle manual(Create(Manual, TRUE)), again(Create(Automatic, FALSE, "Local\\TEST-EVENT"));
+        EXPECT_EQ(manual.error, 0);
+        EXPECT_EQ(again.error, ERROR_ALREADY_EXISTS);
+        for (int i = 0; i < 2; ++i) EXPECT_EQ(WaitForSingleObject(again, 0), WAIT_OBJECT_0) << "manual, set";
+        SetLastError(77);
+        const TestHandle opened(OpenEventA(SYNCHRONIZE, FALSE, "TEST-EVENT"));
+        EXPECT_EQ(opened.error, 77);
+        EXPECT_TRUE(ResetEvent(opened));
+        EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_TIMEOUT);
+        EXPECT_EQ(Error_Of(CreateMutexA(nullptr, FALSE, "TEST-EVENT")), ERROR_INVALID_HANDLE);
+    }
+    EXPECT_EQ(Error_Of(OpenEventA(EVENT_ALL_ACCESS, FALSE, "TEST-EVENT")), ERROR_FILE_NOT_FOUND);
+    const TestHandle mutex(CreateMutexA(nullptr, FALSE, "TEST-EVENT"));
+    EXPECT_EQ(Error_Of(OpenEventA(EVENT_ALL_ACCESS, FALSE, "TEST-EVENT")), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(Error_Of(OpenEventA(EVENT_ALL_ACCESS, FALSE, nullptr)), ERROR_INVALID_PARAMETER);
+    for (const HANDLE no_event : {mutex.handle, HANDLE{}, INVALID_HANDLE_VALUE}) {
+        EXPECT_EQ(Error_Of(SetEvent(no_event)), ERROR_INVALID_HANDLE);
+        EXPECT_EQ(Error_Of(ResetEvent(no_event)), ERROR_INVALID_HANDLE);
+    }
+}
+
+TEST_F(Events, EndOneWaitForEachTimeTheyAreSet) {
+    for (const char *name : {"NAMED", static_cast<const char *>(nullptr)}) {
+        const TestHandle event(Create(Automatic, FALSE, name));
+        Waiter first(event), second(event), third(event);
+        SetEvent(event);
+        EXPECT_EQ(first.Result(), WAIT_OBJECT_0) << "who waits longest is first";
+        EXPECT_TRUE(second.Still_Waits() && third.Still_Waits());
+        SetEvent(event);
+        SetEvent(event);
+        EXPECT_EQ(second.Result(), WAIT_OBJECT_0);
+        EXPECT_EQ(third.Result(), WAIT_OBJECT_0) << "set twice in a row";
+        EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
+        SetEvent(event);
+        SetEvent(event);
+        EXPECT_EQ(WaitForSingleObject(event, INFINITE), WAIT_OBJECT_0);
+        EXPECT_EQ(WaitForSingleObject(event, 20), WAIT_TIMEOUT) << "set is set, however often";
+    }
+}
+
+TEST_F(Events, OfTheManualKindEndAllWaitsEvenIfTheyAreResetAtOnce) {
+    const TestHandle event(Create(Manual, FALSE, nullptr));
+    std::vector<std::unique_ptr<Waiter>> waiters; // more than have a place to wait in
+    for (int i = 0; i < 130; ++i) waiters.push_back(std::make_unique<Waiter>(event));
+    SetEvent(event);
+    for (auto &waiter : waiters) EXPECT_EQ(waiter->Result(), WAIT_OBJECT_0);
+    ResetEvent(event);
+    Waiter first(event), second(event), third(event, Long_Enough);
+    SetEvent(event);
+    ResetEvent(event);
+    for (Waiter *waiter : {&first, &second, &third}) EXPECT_EQ(waiter->Result(), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
+}
+
+TEST_F(Events, WakeOtherProcessesAndPassOverKilledOnes) {
+    const TestHandle event(Create(Automatic));
+    const auto begin_to_wait = [](SecondProcess &process) {
+        EXPECT_EQ(process.Hear(), "waits");
+        Wait_Until_Asleep(process.Id(), process.Id());
+    };
+    SecondProcess killed("event_waiter");
+    begin_to_wait(killed);
+    SecondProcess waiting("event_waiter");
+    begin_to_wait(waiting);
+    killed.Kill();
+    killed.Wait();
+    SetEvent(event);
+    EXPECT_EQ(waiting.Hear(), "0") << "not lost to the one that was killed";
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
+
+    Waiter here(event);
+    SecondProcess setter("event_setter");
+    setter.Tell("set it");
+    EXPECT_EQ(setter.Hear(), "set");
+    EXPECT_EQ(here.Result(), WAIT_OBJECT_0);
+}
+
+TEST_F(Events, AreGoneWithTheLastProcessThatHeldThem) {
+    SecondProcess holder("event_setter");
+    {
+        const TestHandle event(Create(Automatic));
+        holder.Tell("set it");
+        EXPECT_EQ(holder.Hear(), "set");
+    }
+    EXPECT_EQ(TestHandle(Create(Manual)).error, ERROR_ALREADY_EXISTS);
+    holder.Kill();
+    holder.Wait();
+    EXPECT_EQ(TestHandle(Create(Automatic)).error, 0);
+}
+
+TEST_F(Events, LoseNoSignalBetweenTwoThreads) {
+    const TestHandle there(Create(Automatic, FALSE, "THERE")), back(Create(Automatic, FALSE, nullptr));
+    constexpr int Rounds = 5000;
+    std::jthread other([&] {
+        for (int i = 0; i < Rounds; ++i) {
+            WaitForSingleObject(there, INFINITE);
+            SetEvent(back);
+        }
+    });
+    for (int i = 0; i < Rounds; ++i) {
+        SetEvent(there);
+        ASSERT_EQ(WaitForSingleObject(back, Long_Enough), WAIT_OBJECT_0);
+    }
+}
+
+} // namespace
