@@ -311,14 +311,4 @@ TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
     DestroyWindow(dialog);
 }
 
-TEST_F(WindowTest, A_Thread_Takes_Its_Windows_Along) {
-    HWND window = nullptr;
-    std::thread([&window] {
-        window = CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr,
-                                 nullptr);
-        EXPECT_TRUE(IsWindow(window));
-    }).join();
-    EXPECT_FALSE(IsWindow(window));
-}
-
 } // namespace
