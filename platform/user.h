@@ -139,9 +139,10 @@ PLATFORM_API int GetClassNameA(HWND window, LPSTR name, int size);
 /// Makes a window: WM_NCCREATE, WM_CREATE, WM_SIZE, WM_MOVE, and what ShowWindow sends with WS_VISIBLE. Null
 /// on failure, with nothing left: a procedure said no, ERROR_CANNOT_FIND_WND_CLASS,
 /// ERROR_TLW_WITH_WSCHILD for a child without a parent, ERROR_INVALID_WINDOW_HANDLE for the parent,
-/// ERROR_NOT_ENOUGH_MEMORY, ERROR_NOT_ENOUGH_QUOTA beyond 512 windows without a parent on the machine. For a
-/// child, `menu` is its identifier; otherwise the window's bar or null (ERROR_INVALID_MENU_HANDLE), and the
-/// window is owned by `parent`'s topmost one.
+/// ERROR_NOT_ENOUGH_MEMORY, ERROR_NOT_ENOUGH_QUOTA beyond 512 windows without a parent on the machine, or
+/// when a process that is stopped keeps the others from their table for 5 seconds. For a child, `menu` is its
+/// identifier; otherwise the window's bar or null (ERROR_INVALID_MENU_HANDLE), and the window is owned by
+/// `parent`'s topmost one.
 PLATFORM_API HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR text, DWORD style, int x,
                                   int y, int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
                                   LPVOID parameter);
