@@ -273,6 +273,10 @@ PLATFORM_API void Sleep(DWORD milliseconds);
 /// To the debugger's sink (machine.h), which is silent unless someone installs one. Null is ignored.
 PLATFORM_API void OutputDebugStringA(LPCSTR text);
 
+/// TRUE unless a text can be read from there: up to its terminator, or `most` bytes if that comes later.
+/// Another thread may change that at any time. `most` 0: FALSE.
+PLATFORM_API BOOL IsBadStringPtrA(LPCSTR text, UINT most);
+
 /// A breakpoint: a debugger of the host stops here. Without one it ends the process, as an unhandled
 /// breakpoint does on Windows.
 PLATFORM_API void DebugBreak();

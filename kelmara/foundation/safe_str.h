@@ -148,6 +148,7 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
 
   private:
     friend class CStrAlloc;
+    friend class CWorldBeat; // asks for the signature
     friend struct SafeStrLayout;
 
     static constexpr int Inline_Size = 512; // bytes

@@ -4,6 +4,7 @@
 
 #include <kelmara/containers/list_item_pool.h>
 #include <kelmara/foundation/memory_binding.h>
+#include <kelmara/localization/shared_string.h>
 #include <kelmara/shared_state/log_library.h>
 
 #include <platform/types.h>
@@ -12,12 +13,20 @@
 
 namespace {
 
+// What the shared string holds goes back through the binding that gave it.
+void Release_Memory() {
+    Release_Shared_String();
+    Release_Memory_Library();
+}
+
 [[gnu::constructor]] void Initialize_Library() {
     (void)std::atexit(Release_Log_Library);
     (void)std::atexit(ListItemPool::Release);
+    Make_Shared_String();
+    (void)std::atexit(Release_Shared_String);
     // Always the last line. An exit routine that finds no room is one that does not run; the process ends all
     // the same.
-    (void)std::atexit(Release_Memory_Library);
+    (void)std::atexit(Release_Memory);
 }
 
 } // namespace
