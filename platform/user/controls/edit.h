@@ -19,6 +19,7 @@ class Edit : public Control {
 
   private:
     static constexpr std::size_t Usual_Limit = 30000, No_Limit = 0x7FFFFFFE;
+    static constexpr LONG Margin = 2;
 
     bool Has_Lines() const { return (Style() & ES_MULTILINE) != 0; }
     bool Is_Read_Only() const { return (Style() & ES_READONLY) != 0; }
