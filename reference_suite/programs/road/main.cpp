@@ -1,6 +1,7 @@
 // The road: what the library does for a program, from a machine without anything on, told step by step. Ends
 // with 0; where something is not as it should be it says so and ends with 1.
 
+#include <reference_suite/programs/road/dialogs.h>
 #include <reference_suite/programs/road/log_and_messages.h>
 #include <reference_suite/programs/road/memory_and_atoms.h>
 #include <reference_suite/programs/road/narrator.h>
@@ -67,6 +68,7 @@ int main(int argc, char **argv) {
     Write_A_Log();
     Write_A_Welcome();
     Find_Strings();
+    Translate_A_Dialog();
     std::printf("\nAll as it should be.\n");
     return 0;
 }
