@@ -19,6 +19,7 @@
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 struct WorldBeatLayout {
     static_assert(offsetof(CWorldBeat, m_Table) == 4);
+    static constexpr std::size_t Signature_Place = offsetof(CSafeStr, Signature);
 };
 #pragma GCC diagnostic pop
 
@@ -32,6 +33,14 @@ constexpr long Most_In_Turn = 1000; // substitutions of what strings bring with 
 
 const char *Text_Of(const CSafeStr &string) {
     return string;
+}
+
+// Whether it is a string at all, so that its bytes are looked at, and no object of it.
+bool Has_Signature(const void *string) {
+    unsigned long signature;
+    std::memcpy(&signature, static_cast<const char *>(string) + WorldBeatLayout::Signature_Place,
+                sizeof signature);
+    return signature == Signature_Of_Strings;
 }
 
 // False when it does not fit, with as much in `path` as does.
@@ -166,7 +175,7 @@ void CWorldBeat::Substitute(CSafeStr &text) {
 }
 
 void CWorldBeat::Localize_String(CSafeStr &text) try {
-    if (text.Signature == Signature_Of_Strings) Substitute(text);
+    if (Has_Signature(&text)) Substitute(text);
 } catch (...) { // a string's: no memory
 }
 
