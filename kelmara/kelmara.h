@@ -20,8 +20,10 @@
 #include <kelmara/foundation/token_string.h>
 #include <kelmara/localization/string_table.h>
 #include <kelmara/shared_state/atom_table.h>
+#include <kelmara/shared_state/instances.h>
 #include <kelmara/shared_state/log.h>
 #include <kelmara/shared_state/mutex_holder.h>
+#include <kelmara/shared_state/wait_window.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>
