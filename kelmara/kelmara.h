@@ -23,8 +23,10 @@
 #include <kelmara/localization/string_table.h>
 #include <kelmara/localization/world_beat.h>
 #include <kelmara/shared_state/atom_table.h>
+#include <kelmara/shared_state/instances.h>
 #include <kelmara/shared_state/log.h>
 #include <kelmara/shared_state/mutex_holder.h>
+#include <kelmara/shared_state/wait_window.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>

@@ -1,13 +1,13 @@
 #include <kelmara/shared_state/log.h>
 
 #include <kelmara/foundation/string_helpers.h>
+#include <kelmara/shared_state/companion_path.h>
 #include <kelmara/shared_state/log_library.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/file.h>
 
 #include <platform/files.h>
 #include <platform/kernel.h>
-#include <platform/registry.h>
 
 #include <atomic>
 #include <cstdarg>
@@ -24,7 +24,6 @@ using StopMessagesProc = void (*)(void *client);
 using RunCleanupProc = void (*)();
 
 constexpr long Log_Entry = 0, Broadcast = 1; // what Queue_Entry is told
-constexpr unsigned long Path_Size = 256;     // of the companion's path, terminator included
 constexpr int Longest_Entry = 1024, Longest_Debug_Entry = 255, Longest_Raw_Text = 2047;
 constexpr DWORD Wait_For_Load = 1000, Wait_For_Calls = 2000; // milliseconds
 constexpr int Root_Folder = 8;
@@ -95,7 +94,7 @@ class DirectoryVisit {
         const DWORD length = GetCurrentDirectoryA(sizeof m_Before, m_Before);
         m_Leads_Back = length != 0 && length < sizeof m_Before && SetCurrentDirectoryA(m_Before);
         if (!m_Leads_Back) return;
-        char folder[Path_Size + 1];
+        char folder[Companion_Path_Size + 1];
         std::strcpy(folder, file);
         Tail_String(folder, '\\', false);
         std::strcat(folder, "\\");
@@ -111,19 +110,6 @@ class DirectoryVisit {
     char m_Before[MAX_PATH + 1] = {};
     bool m_Leads_Back = false;
 };
-
-// Not through a CRegMaster, whose lists are for one thread.
-bool Read_Companion_Path(char (&path)[Path_Size]) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\dunmerit software\\kelmara", 0, KEY_QUERY_VALUE, &key) !=
-        ERROR_SUCCESS) {
-        return false;
-    }
-    DWORD size = sizeof path;
-    const LONG result = RegQueryValueExA(key, "Log", nullptr, nullptr, reinterpret_cast<BYTE *>(path), &size);
-    RegCloseKey(key);
-    return result == ERROR_SUCCESS && *path && std::memchr(path, 0, sizeof path);
-}
 
 bool Is_Debug_Switch_There() {
     constexpr char name[] = "logVars.txt";
@@ -161,8 +147,8 @@ void Load_From(const char *path) {
 
 [[gnu::noinline]] void Load_Log_Library() {
     if (This_Thread_Loads) return;
-    char path[Path_Size] = {};
-    if (!Read_Companion_Path(path)) return;
+    char path[Companion_Path_Size] = {};
+    if (!Read_Companion_Path("Log", path)) return;
     const LoadTurn turn;
     if (turn.Is_Had() && !g_pQueueEntry) Load_From(path);
 }
