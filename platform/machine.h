@@ -60,10 +60,11 @@ PLATFORM_API void Set_Debug_Output_Sink(DebugOutputSink sink, void *context);
 /// where it was.
 PLATFORM_API unsigned long Open_Handle_Count();
 
-/// Windows of this process that have not been destroyed, and objects of gdi.h that have not been given back:
-/// what a test brings back to where it was.
+/// Windows of this process that have not been destroyed, objects of gdi.h that have not been given back, and
+/// menus: what a test brings back to where it was.
 PLATFORM_API unsigned long Window_Count();
 PLATFORM_API unsigned long Gdi_Object_Count();
+PLATFORM_API unsigned long Menu_Count();
 
 /// How often MessageBeep has sounded in this process.
 PLATFORM_API unsigned long Message_Beep_Count();
@@ -71,4 +72,38 @@ PLATFORM_API unsigned long Message_Beep_Count();
 /// What of a window is to be painted anew, in its client coordinates; false when nothing is. With `validate`
 /// it counts as painted.
 PLATFORM_API bool Invalid_Rectangle(HWND window, RECT *rectangle, bool validate);
+
+// --- the hands of the machine's user
+// ------------------------------------------------------------------------
+//
+// They work on windows of the calling thread, in the way a person does: what they do is put in the thread's
+// queue, and before a call returns the queue has been worked off, each message dispatched as a program's loop
+// would do it; where a window has controls that Tab stops at, by way of IsDialogMessageA. Keys go to the
+// window with the focus, the pointer to what lies uppermost at its place. Places are on the screen. False
+// when nothing could take what was done. A call from within a message that the hands brought about is
+// refused.
+
+/// Each character as its key, pressed and let go.
+PLATFORM_API bool Type_Text(const char *text);
+/// Presses a key (VK_) and lets it go, or does one of the two. A key that is held counts with the next ones.
+PLATFORM_API bool Press_Key(UINT key);
+PLATFORM_API bool Hold_Key(UINT key);
+PLATFORM_API bool Release_Key(UINT key);
+
+/// Moves the pointer: WM_SETCURSOR with what WM_NCHITTEST gave, and WM_MOUSEMOVE inside a client area.
+PLATFORM_API bool Point_At(LONG x, LONG y);
+/// At its middle; false when something else lies there, and nothing is done.
+PLATFORM_API bool Point_At_Window(HWND window);
+/// Points there, presses the left button and lets it go. The window's topmost one becomes the active one.
+/// False when what lies there is disabled in all, or there is nothing.
+PLATFORM_API bool Click_At(LONG x, LONG y);
+/// At its middle; false when it is disabled or hidden, or something else lies there.
+PLATFORM_API bool Click_Window(HWND window);
+/// Clicks a line of a list box or combo box, for which it is scrolled and its list dropped as needed.
+PLATFORM_API bool Choose_Line(HWND list, int line);
+
+/// Writes a picture of the window with its frame, menu and controls, and the list of a combo box that is
+/// down, as SVG to a host path. For windows of the calling thread; false, with the last error, when it is
+/// none or the file cannot be written.
+PLATFORM_API bool Snapshot_Window(HWND window, const char *host_path);
 }

@@ -17,7 +17,9 @@
 //
 // A handle that is no window: the call fails with ERROR_INVALID_WINDOW_HANDLE. Nothing is painted.
 
+#include <platform/controls.h>
 #include <platform/errors.h>
+#include <platform/menus.h>
 #include <platform/types.h>
 #include <platform/window_constants.h>
 
@@ -138,7 +140,8 @@ PLATFORM_API int GetClassNameA(HWND window, LPSTR name, int size);
 /// on failure, with nothing left: a procedure said no, ERROR_CANNOT_FIND_WND_CLASS,
 /// ERROR_TLW_WITH_WSCHILD for a child without a parent, ERROR_INVALID_WINDOW_HANDLE for the parent,
 /// ERROR_NOT_ENOUGH_MEMORY, ERROR_NOT_ENOUGH_QUOTA beyond 512 windows without a parent on the machine. For a
-/// child, `menu` is its identifier; what is no child is owned by `parent`'s topmost window.
+/// child, `menu` is its identifier; otherwise the window's bar or null (ERROR_INVALID_MENU_HANDLE), and the
+/// window is owned by `parent`'s topmost one.
 PLATFORM_API HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR text, DWORD style, int x,
                                   int y, int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
                                   LPVOID parameter);
@@ -196,6 +199,10 @@ PLATFORM_API BOOL PeekMessageA(MSG *message, HWND window, UINT first, UINT last,
 /// Posts the WM_CHAR of a key that was pressed; FALSE for other messages and keys.
 PLATFORM_API BOOL TranslateMessage(const MSG *message);
 PLATFORM_API LRESULT DispatchMessageA(const MSG *message);
+/// What a dialog's loop does with a message: keys that move through the dialog are answered (Tab, the arrows,
+/// Enter and Esc as WM_COMMAND with IDOK and IDCANCEL), others translated and dispatched. FALSE, nothing
+/// done, for messages that are not to `dialog` or one of its descendants.
+PLATFORM_API BOOL IsDialogMessageA(HWND dialog, MSG *message);
 /// WaitForSingleObject for the first of `count` (at most 63) objects, or until there is something in the
 /// calling thread's queue, WAIT_OBJECT_0 + count: with QS_POSTMESSAGE in `mask` a posted message, old or new,
 /// so that none is left lying; with QS_SENDMESSAGE a sent one. Sent ones are answered on the way without it.

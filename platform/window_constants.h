@@ -80,7 +80,34 @@ inline constexpr WPARAM WA_ACTIVE = 1;
 inline constexpr WPARAM SIZE_RESTORED = 0;
 inline constexpr WPARAM SIZE_MINIMIZED = 1;
 inline constexpr WPARAM SIZE_MAXIMIZED = 2;
+inline constexpr LRESULT HTTRANSPARENT = -1;
+inline constexpr LRESULT HTNOWHERE = 0;
 inline constexpr LRESULT HTCLIENT = 1;
+inline constexpr LRESULT HTCAPTION = 2;
+inline constexpr LRESULT HTBORDER = 18;
+inline constexpr WPARAM MK_LBUTTON = 1;
+
+// --- keys: letters and digits have their capital character's number
+// ------------------------------------------
+
+inline constexpr UINT VK_BACK = 8;
+inline constexpr UINT VK_TAB = 9;
+inline constexpr UINT VK_RETURN = 13;
+inline constexpr UINT VK_SHIFT = 16;
+inline constexpr UINT VK_CONTROL = 17;
+inline constexpr UINT VK_ESCAPE = 27;
+inline constexpr UINT VK_SPACE = 32;
+inline constexpr UINT VK_PRIOR = 33;
+inline constexpr UINT VK_NEXT = 34;
+inline constexpr UINT VK_END = 35;
+inline constexpr UINT VK_HOME = 36;
+inline constexpr UINT VK_LEFT = 37;
+inline constexpr UINT VK_UP = 38;
+inline constexpr UINT VK_RIGHT = 39;
+inline constexpr UINT VK_DOWN = 40;
+inline constexpr UINT VK_DELETE = 46;
+inline constexpr UINT VK_F4 = 115;
+inline constexpr UINT VK_PACKET = 231; // any other character
 
 // --- what calls are given ---------------------------------------------------------------------------------
 

@@ -158,7 +158,9 @@ bool Ends_Line(char byte) {
 /// What has come of a section until it is in its list.
 struct NewSection {
     explicit NewSection(const char *name) : entry(new CSectionEntry(name)) {}
-    ~NewSection() { delete entry; }
+    ~NewSection() {
+        if (entry) delete entry; // a null pointer is not for `delete`, which the log may hear of
+    }
     NewSection(const NewSection &) = delete;
     NewSection &operator=(const NewSection &) = delete;
 

@@ -1,12 +1,15 @@
 #pragma once
-// Inside the library: the entries of a string table by identifier.
+// Inside the library: the entries of a string table by identifier, as places in its block. All memory is had
+// when the table is loaded, 8 to 16 bytes a string; lookups change nothing outside the index.
 //
-// Filling the index costs as much as some 50 to 100 walks over the table, and a program that starts asks for
-// a string or two: so it is filled when there have been as many lookups. While it is not filled, and when
-// there is no memory for all of its entries, lookups walk; what they find is the same.
+// Filling the index costs as much as some walks over the table, and a program that starts asks for a string
+// or two: so it is filled when there have been some lookups. While it is not filled, when edits have brought
+// more entries than there is room for, and for identifiers made to hash alike, lookups walk; what they find
+// is the same.
 
-#include <kelmara/containers/hash_table.h>
 #include <kelmara/localization/table_image.h>
+
+#include <cstdint>
 
 /// The string of an entry; null when there is none.
 struct FoundString {
@@ -14,9 +17,14 @@ struct FoundString {
     long length = 0;
 };
 
-class StringIndex : public CHashTable {
+class StringIndex {
   public:
-    /// A bucket for each string of the table: 0, or 0x8007000E.
+    StringIndex() = default;
+    ~StringIndex();
+    StringIndex(const StringIndex &) = delete;
+    StringIndex &operator=(const StringIndex &) = delete;
+
+    /// Room for the entries of the table: 0, or 0x8007000E. Once.
     long Prepare(const TableImage &image);
 
     /// The string of the first entry with that identifier.
@@ -26,10 +34,21 @@ class StringIndex : public CHashTable {
     void Forget();
 
   private:
-    void Fill(const TableImage &image);
+    struct Cell {
+        std::uint32_t hash;
+        TableImage::Place place; // 0: the cell is empty, for the header is there
+    };
+    static_assert(sizeof(Cell) == 8);
 
+    Cell *Find_Cell(const TableImage &image, const char *identifier, std::size_t length,
+                    std::uint32_t hash) const;
+    bool Is_Due(const TableImage &image);
+    bool Fill(const TableImage &image);
+
+    Cell *m_Cells = nullptr;
+    unsigned long m_Last = 0; // the number of cells, a power of 2, minus 1
     bool m_Filled = false;
-    int m_Walks = 0; // since the table was loaded or changed
+    int m_Walks = 0; // since the table was loaded or changed; Most_Walks and more: not to be filled
 };
 
 /// The same, from a walk.

@@ -68,7 +68,7 @@ CStringTable::~CStringTable() {
 // --- loading and saving -----------------------------------------------------------------------------------
 
 void CStringTable::Drop() {
-    delete m_Index;
+    if (m_Index) delete m_Index;
     std::free(m_Block);
     m_Index = nullptr;
     m_Block = nullptr;
@@ -97,11 +97,8 @@ long CStringTable::Load_Table(CKMFile *file) {
 }
 
 long CStringTable::Make_Index() {
-    try {
-        m_Index = new StringIndex;
-        if (m_Index && m_Index->Prepare(TableImage(m_Block, m_Size)) == 0) return 0;
-    } catch (...) { // a list's constructor throws
-    }
+    m_Index = new StringIndex;
+    if (m_Index && m_Index->Prepare(TableImage(m_Block, m_Size)) == 0) return 0;
     Drop();
     return E_OUTOFMEMORY;
 }

@@ -10,7 +10,7 @@
 // The file is one block of the C runtime's heap, read and written as a whole. A table made with `true` is to
 // be edited: it has no index, and lookups walk. One made with `false` has an index from Load_Table on; the
 // first lookups walk all the same, and the index is filled once there have been so many that it pays. Edits
-// are seen by the lookups that follow.
+// are seen by the lookups that follow. A lookup changes nothing outside its table.
 //
 // A file is not checked when it is loaded. Whatever its header and entries say, nothing outside the block is
 // ever read or written: entries that do not lie in the block with their fixed bytes are not there, and those

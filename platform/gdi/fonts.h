@@ -11,5 +11,7 @@ struct Font {
 };
 
 Font Font_Of(const LOGFONTA &wanted);
+/// SYSTEM_FONT's for null and for what is no font.
+Font Font_Of_Handle(HFONT handle);
 LONG Width_Of(const Font &font, const char *text, int length);
 TEXTMETRICA Metrics_Of(const Font &font);

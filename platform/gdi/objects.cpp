@@ -82,6 +82,14 @@ bool Find_Selected(HDC dc, Font &font) {
 
 } // namespace
 
+Font Font_Of_Handle(HFONT handle) {
+    Objects &objects = The_Objects();
+    std::lock_guard guard(objects.lock);
+    Font font;
+    if (!objects.Find_Font(handle, font)) objects.Find_Font(GetStockObject(SYSTEM_FONT), font);
+    return font;
+}
+
 extern "C" {
 
 HGDIOBJ GetStockObject(int number) {

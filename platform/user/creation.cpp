@@ -1,4 +1,5 @@
 #include <platform/user/frame.h>
+#include <platform/user/menus/menu_table.h>
 #include <platform/user/state_changes.h>
 #include <platform/user/window_classes.h>
 #include <platform/user/window_end.h>
@@ -91,6 +92,8 @@ long Make_Window(const Wanted &wanted, WindowPointer &made) {
         window->id = reinterpret_cast<LONG>(wanted.menu);
     else
         window->menu = wanted.menu;
+    if (window->menu && !Is_Menu(window->menu)) return ERROR_INVALID_MENU_HANDLE;
+    window->menu_height = window->menu ? static_cast<int>(Menu_Height) : 0;
 
     const TreeLock lock;
     Window *parent;

@@ -1,9 +1,12 @@
+#include <platform/user/menus/menu_table.h>
 #include <platform/user/state_changes.h>
 #include <platform/user/window_end.h>
 #include <platform/user/window_table.h>
 
 #include <platform/kernel.h>
 #include <platform/kernel/outcome.h>
+
+#include <utility>
 
 namespace {
 
@@ -98,6 +101,7 @@ void Destroy(const WindowPointer &window) {
 void Take_Out(Window &window) {
     if (window.gone) return;
     window.gone = true;
+    Destroy_Menu_Of_Window(std::exchange(window.menu, nullptr));
     while (!window.children.empty()) Take_Out(*window.children.front());
     for (Window *each : Desktop().children) {
         if (each->owner == &window) each->owner = nullptr;

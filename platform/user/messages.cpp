@@ -1,3 +1,4 @@
+#include <platform/user/hands/keys.h>
 #include <platform/user/thread_queue.h>
 #include <platform/user/window_table.h>
 
@@ -36,16 +37,6 @@ long Post(HWND window, const MSG &message) {
 bool Is_Usable(const ThreadQueue::Filter &filter) {
     if (!filter.window || filter.window == reinterpret_cast<HWND>(-1)) return true;
     return Within_Memory(false, [&] { return Find_Window_Or_Tell(filter.window) != nullptr; });
-}
-
-char Character_Of(WPARAM key) {
-    if (key >= '0' && key <= '9') return static_cast<char>(key);
-    if (key >= 'A' && key <= 'Z') return static_cast<char>(key - 'A' + 'a');
-    constexpr char Keys_That_Are_Characters[] = {8, 9, 13, 27, 32};
-    for (const char each : Keys_That_Are_Characters) {
-        if (key == static_cast<WPARAM>(each)) return each;
-    }
-    return 0;
 }
 
 // The index of the first object that is to be had, WAIT_TIMEOUT for none.
@@ -103,8 +94,8 @@ BOOL GetMessageA(MSG *message, HWND window, UINT first, UINT last) {
 
 BOOL TranslateMessage(const MSG *message) {
     if (message->message != WM_KEYDOWN) return FALSE;
-    const char character = Character_Of(message->wParam);
-    return character && PostMessageA(message->hwnd, WM_CHAR, static_cast<BYTE>(character), message->lParam);
+    const unsigned char character = Character_Of_Key(*message);
+    return character && PostMessageA(message->hwnd, WM_CHAR, character, message->lParam);
 }
 
 LRESULT DispatchMessageA(const MSG *message) {

@@ -378,7 +378,7 @@ TEST_F(StringTables, StandLackOfTheMemoryServices) {
         Header(3) + Entry("ONE", "first") + Entry("TWO", long_text) + Entry("ONE", "other");
     machine.Write("drive_c/t.ltx", bytes);
     {
-        Table table(false); // from here on there are items for lists
+        Table table(false);
         Load(table, bytes);
         for (int lookup = 0; lookup < Lookups_To_Index; ++lookup) Found(table, "ONE");
     }
@@ -402,6 +402,8 @@ TEST_F(StringTables, StandLackOfTheMemoryServices) {
     Load(table, bytes);
     CSafeStr text("before");
     const FailingMemory failing(1, true);
+    for (int lookup = 0; lookup < Lookups_To_Index; ++lookup) EXPECT_EQ(Found(table, "ONE"), "first");
+    EXPECT_EQ(failing.Refused(), 0) << "lookups need no memory";
     EXPECT_THROW(table.Get_String_From_Identifier("TWO", text), long);
     EXPECT_THROW(table.Get_String(1, text), long);
     EXPECT_EQ(Text(text), "");

@@ -219,6 +219,61 @@ bool With_Window(bool (*succeeds)(HWND)) {
     return done;
 }
 
+// A control of that dialog, made with memory enough.
+HWND Made(HWND dialog, const char *control_class, DWORD style) {
+    const unsigned long failure = std::exchange(allocations_until_failure, 0);
+    const HWND control = CreateWindowExA(0, control_class, "", WS_CHILD | WS_VISIBLE | style, 0, 0, 90, 90,
+                                         dialog, nullptr, nullptr, nullptr);
+    ShowWindow(dialog, SW_SHOW);
+    MoveWindow(dialog, 0, 0, 200, 200, FALSE);
+    allocations_until_failure = failure;
+    return control;
+}
+
+constexpr char Long_Text[] = "A text that is long enough to need memory of its own, twice over";
+
+bool Makes_Controls(HWND dialog) {
+    for (const char *each : {"Static", "Button", "Edit", "ListBox", "ComboBox", "ComboBoxEx32"}) {
+        if (!CreateWindowExA(0, each, Long_Text, WS_CHILD | CBS_DROPDOWN, 0, 0, 90, 90, dialog, nullptr,
+                             nullptr, nullptr))
+            return false;
+    }
+    return true;
+}
+
+bool Fills_A_Combo_Box(HWND dialog) {
+    const HWND combo = Made(dialog, "ComboBoxEx32", CBS_DROPDOWN);
+    const auto text = reinterpret_cast<LPARAM>(Long_Text);
+    if (SendMessageA(combo, CB_ADDSTRING, 0, text) < 0) return false;
+    return SetWindowTextA(combo, Long_Text) && SendMessageA(combo, CB_FINDSTRINGEXACT, 0, text) == 0;
+}
+
+bool Fills_An_Edit(HWND dialog) {
+    const HWND edit = Made(dialog, "Edit", 0);
+    SendMessageA(edit, EM_REPLACESEL, 0, reinterpret_cast<LPARAM>(Long_Text));
+    return GetWindowTextLengthA(edit) == sizeof Long_Text - 1;
+}
+
+bool Clicks(HWND dialog) {
+    return Click_Window(Made(dialog, "Button", BS_AUTORADIOBUTTON | WS_TABSTOP));
+}
+
+bool Draws(HWND dialog) {
+    Made(dialog, "ComboBox", CBS_DROPDOWNLIST);
+    return Snapshot_Window(dialog, "/dev/null");
+}
+
+bool Menu_Comes_And_Goes() {
+    const HMENU menu = CreateMenu();
+    if (!menu) return false;
+    const bool filled =
+        AppendMenuA(menu, MF_STRING, 1, Long_Text) && ModifyMenuA(menu, 0, MF_BYPOSITION, 1, Long_Text);
+    const DWORD error = GetLastError();
+    const bool gone = DestroyMenu(menu) && !Menu_Count();
+    SetLastError(error);
+    return filled && gone;
+}
+
 bool Measures() {
     const LOGFONTA wanted = {};
     const HDC dc = GetDC(nullptr);
@@ -281,6 +336,12 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"message", [] { return With_Window(Posts); }},
         {"enumeration", [] { return With_Window(Enumerates); }},
         {"measures", Measures},
+        {"controls", [] { return With_Window(Makes_Controls); }},
+        {"lines", [] { return With_Window(Fills_A_Combo_Box); }},
+        {"edit", [] { return With_Window(Fills_An_Edit); }},
+        {"click", [] { return With_Window(Clicks); }},
+        {"picture", [] { return With_Window(Draws); }},
+        {"menu", Menu_Comes_And_Goes},
         {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
         {"paths",
          [&] {

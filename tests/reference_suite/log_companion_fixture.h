@@ -26,18 +26,19 @@ class LogCompanion {
 
   private:
     template <class Routine>
-    Routine *Find(Routine &, const char *name) const {
+    Routine *Find(const char *name) const {
         return reinterpret_cast<Routine *>(GetProcAddress(module_, name));
     }
 
     const HMODULE module_ = LoadLibraryA(("z:" + Suite_Module("kmlog.so")).c_str());
 
   public:
-    decltype(&Initialize) const initialize = Find(Initialize, "Initialize");
-    decltype(&Queue_Entry) const queue_entry = Find(Queue_Entry, "Queue_Entry");
-    decltype(&Get_Messages) const get_messages = Find(Get_Messages, "Get_Messages");
-    decltype(&Stop_Messages) const stop_messages = Find(Stop_Messages, "Stop_Messages");
-    decltype(&Run_Cleanup_Thread) const run_cleanup = Find(Run_Cleanup_Thread, "Run_Cleanup_Thread");
+    decltype(&Initialize) const initialize = Find<decltype(Initialize)>("Initialize");
+    decltype(&Queue_Entry) const queue_entry = Find<decltype(Queue_Entry)>("Queue_Entry");
+    decltype(&Get_Messages) const get_messages = Find<decltype(Get_Messages)>("Get_Messages");
+    decltype(&Stop_Messages) const stop_messages = Find<decltype(Stop_Messages)>("Stop_Messages");
+    decltype(&Run_Cleanup_Thread) const run_cleanup =
+        Find<decltype(Run_Cleanup_Thread)>("Run_Cleanup_Thread");
 };
 
 class LogCompanionTest : public MachineTest {

@@ -2,8 +2,8 @@
 
 #include <tests/support/second_process.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -15,8 +15,6 @@ using LogFiles = LogCompanionTest;
 
 /// The entries' markup, each line having been found to be a whole one.
 std::vector<std::string> Entries(const std::string &log) {
-    static const std::regex stamp("<p><time>[-0-9]{10} [:.0-9]{12}</time> <span class=\"process\">[^<]* "
-                                  "[0-9]+</span> ");
     EXPECT_TRUE(log.starts_with("<!DOCTYPE html>") && log.ends_with("\n")) << log.substr(0, 100);
     std::vector<std::string> entries;
     std::istringstream lines(log);
@@ -24,12 +22,12 @@ std::vector<std::string> Entries(const std::string &log) {
     std::getline(lines, text); // the head
     while (std::getline(lines, text)) {
         text.erase(text.find_last_not_of(' ') + 1); // what covers a torn line
-        std::smatch found;
-        const bool begins = std::regex_search(text, found, stamp, std::regex_constants::match_continuous);
-        const bool whole = begins && text.ends_with("</p>");
-        EXPECT_TRUE(whole) << text;
-        const std::size_t length = begins ? static_cast<std::size_t>(found.length()) : 0;
-        entries.push_back(whole ? text.substr(length, text.size() - length - 4) : text);
+        const std::size_t stamp = std::min(text.find("</span> "), text.size() - 8) + 8;
+        EXPECT_THAT(text.substr(0, stamp),
+                    testing::MatchesRegex("<p><time>[-0-9]+ [:.0-9]+</time> "
+                                          "<span class=\"process\">[^<]* [0-9]+</span> "));
+        EXPECT_TRUE(text.ends_with("</p>")) << text;
+        entries.push_back(text.substr(stamp, text.size() - stamp - 4));
     }
     return entries;
 }

@@ -5,6 +5,7 @@
 //     TestWindow label(WS_CHILD, {0, 0, 20, 10}, dialog);
 //     EXPECT_EQ(label.Heard(), "WM_NCCREATE WM_CREATE WM_SIZE WM_MOVE");
 
+#include <platform/gdi.h>
 #include <platform/machine.h>
 #include <platform/user.h>
 #include <tests/support/test_machine.h>
@@ -45,12 +46,12 @@ std::string Place_Of(HWND window);  // on the screen
 std::string Client_Of(HWND window); // its client area
 std::string Title_Of(HWND window);
 
-/// No window and no object of GDI is left at the end.
+/// No window, no menu and no object of GDI is left at the end.
 class WindowTest : public MachineTest {
   protected:
     void SetUp() override;
     void TearDown() override;
 
   private:
-    unsigned long windows_before_ = 0, objects_before_ = 0;
+    unsigned long windows_before_ = 0, objects_before_ = 0, menus_before_ = 0;
 };

@@ -75,8 +75,9 @@ long Write_Entry(const char *data, long size) {
 
 long Post_Message(const char *data, long size, long code) {
     const std::shared_ptr<MessageBoard> board = The_Board();
+    const bool empty = !data || size < 1;
     if (board)
-        board->Post(GetCurrentProcessId(), code, data, data && size > 0 ? static_cast<DWORD>(size) : 0);
+        board->Post(GetCurrentProcessId(), code, empty ? "" : data, empty ? 0 : static_cast<DWORD>(size));
     return NO_ERROR;
 }
 

@@ -1,0 +1,78 @@
+#include <platform/user/controls/control.h>
+
+#include <platform/gdi/fonts.h>
+
+namespace {
+
+constinit thread_local HWND captured_by = nullptr;
+
+} // namespace
+
+void Capture_Pointer(HWND window) {
+    captured_by = window;
+}
+
+void Release_Pointer(HWND window) {
+    if (captured_by == window) captured_by = nullptr;
+}
+
+HWND Captured_By() {
+    return captured_by;
+}
+
+LRESULT Control::Answer(UINT message, WPARAM wparam, LPARAM lparam) {
+    switch (message) {
+    case WM_SETFONT:
+        font_ = reinterpret_cast<HFONT>(wparam);
+        Changed();
+        return 0;
+    case WM_GETFONT:
+        return As_Parameter(font_);
+    case WM_SETREDRAW:
+        redraws_ = wparam != 0;
+        return 0;
+    case WM_ENABLE:
+        Changed();
+        return 0;
+    case WM_SETTEXT: {
+        const LRESULT kept = Default(message, wparam, lparam);
+        Changed();
+        return kept;
+    }
+    case WM_CANCELMODE:
+    case WM_NCDESTROY:
+        Release_Pointer(window_);
+        return Default(message, wparam, lparam);
+    default:
+        return Default(message, wparam, lparam);
+    }
+}
+
+LONG Control::Line_Height() const {
+    return Font_Of_Handle(font_).cell_height;
+}
+
+LONG Control::Width_Of_Text(const char *text, std::size_t length) const {
+    return Width_Of(Font_Of_Handle(font_), text, static_cast<int>(length));
+}
+
+RECT Control::Client() const {
+    RECT client = {};
+    GetClientRect(window_, &client);
+    return client;
+}
+
+bool Control::Is_In_Client(LPARAM point) const {
+    const RECT client = Client();
+    const POINT at = Point_Of(point);
+    return at.x >= 0 && at.y >= 0 && at.x < client.right && at.y < client.bottom;
+}
+
+void Control::Changed() {
+    if (redraws_) InvalidateRect(window_, nullptr, TRUE);
+}
+
+bool Control::Notify(UINT notice) {
+    Notify_Parent(window_, notice);
+    return Find_Window(window_) != nullptr;
+}

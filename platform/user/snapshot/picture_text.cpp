@@ -1,0 +1,135 @@
+#include <platform/user/snapshot/picture.h>
+
+#include <platform/gdi/fonts.h>
+#include <platform/kernel/code_page.h>
+#include <platform/user.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+// As text in XML; what cannot stand there is a blank.
+std::string Escaped(std::string_view ansi) {
+    std::string out;
+    for (const char each : Utf8_Of_Ansi(ansi)) {
+        const auto byte = static_cast<unsigned char>(each);
+        if (each == '<')
+            out += "&lt;";
+        else if (each == '&')
+            out += "&amp;";
+        else
+            out += byte < 32 || byte == 127 ? ' ' : each;
+    }
+    return out;
+}
+
+// Control characters of the upper half are none of a picture's either.
+std::string Plain(std::string_view text) {
+    std::string out(text);
+    for (char &each : out) {
+        const auto wide = Wide_Of_Ansi(static_cast<unsigned char>(each));
+        if (wide < 32 || (wide >= 127 && wide < 160)) each = ' ';
+    }
+    return out;
+}
+
+LONG Width(const Font &font, std::string_view text) {
+    return Width_Of(font, text.data(), static_cast<int>(text.size()));
+}
+
+// The length of the piece that fits, at least a character; words stay whole where they can.
+std::size_t Fitting(const Font &font, std::string_view text, LONG width) {
+    std::size_t fits = 0, blank = 0;
+    while (fits < text.size() && Width(font, text.substr(0, fits + 1)) <= width) {
+        ++fits;
+        if (fits < text.size() && text[fits] == ' ') blank = fits;
+    }
+    if (fits == text.size()) return fits;
+    return blank ? blank : std::max<std::size_t>(fits, 1);
+}
+
+std::vector<std::string_view> Lines_Of(const Font &font, std::string_view text, LONG width, bool wraps) {
+    std::vector<std::string_view> lines;
+    for (;;) {
+        const std::size_t end = wraps ? text.find('\n') : std::string_view::npos;
+        std::string_view line = text.substr(0, end);
+        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+        do {
+            const std::size_t length = wraps ? Fitting(font, line, width) : line.size();
+            lines.push_back(line.substr(0, length));
+            line.remove_prefix(length);
+            while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
+        } while (!line.empty());
+        if (end == std::string_view::npos) return lines;
+        text.remove_prefix(end + 1);
+    }
+}
+
+} // namespace
+
+LONG Text_Width(HFONT font, std::string_view text) {
+    return Width(Font_Of_Handle(font), text);
+}
+
+std::string Text_Of_Window(HWND window) {
+    const int length = GetWindowTextLengthA(window);
+    std::string text(static_cast<std::size_t>(std::max(length, 0)) + 1, 0);
+    text.resize(static_cast<std::size_t>(GetWindowTextA(window, text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+std::string Without_Prefix(std::string_view text, std::size_t &mnemonic) {
+    std::string out;
+    mnemonic = std::string::npos;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '&' && i + 1 < text.size()) {
+            ++i;
+            if (text[i] != '&') mnemonic = out.size();
+        } else if (text[i] == '&') {
+            break;
+        }
+        out += text[i];
+    }
+    return out;
+}
+
+void Picture::One_Line(POINT at, std::string_view text, const TextLook &look, const char *colour) {
+    std::size_t mnemonic = std::string::npos;
+    const std::string shown = Plain(look.prefix ? Without_Prefix(text, mnemonic) : std::string(text));
+    if (shown.empty()) return;
+    const Font font = Font_Of_Handle(look.font);
+    const TEXTMETRICA metrics = Metrics_Of(font);
+    const LONG baseline = at.y + metrics.tmAscent;
+    char start[300];
+    std::snprintf(start, sizeof start,
+                  "<text x=\"%ld\" y=\"%ld\" font-size=\"%ld\"%s%s fill=\"%s\" textLength=\"%ld\" "
+                  "lengthAdjust=\"spacingAndGlyphs\" xml:space=\"preserve\">",
+                  at.x, baseline, metrics.tmHeight - metrics.tmInternalLeading,
+                  font.weight >= FW_BOLD ? " font-weight=\"bold\"" : "",
+                  font.italic ? " font-style=\"italic\"" : "", colour, Width(font, shown));
+    svg_ += start + Escaped(shown) + "</text>\n";
+    if (mnemonic >= shown.size()) return;
+    const LONG left = at.x + Width(font, std::string_view(shown).substr(0, mnemonic));
+    const LONG right = left + Width(font, std::string_view(shown).substr(mnemonic, 1));
+    Fill({left, baseline + 1, right, baseline + 2}, colour);
+}
+
+void Picture::Text(const RECT &place, std::string_view text, const TextLook &look) {
+    const Font font = Font_Of_Handle(look.font);
+    const auto lines = Lines_Of(font, text, place.right - place.left, look.wraps);
+    const auto height = font.cell_height * static_cast<LONG>(lines.size());
+    LONG y = look.down == Down::Centre ? place.top + (place.bottom - place.top - height) / 2 : place.top;
+    for (const std::string_view line : lines) {
+        if (y >= place.bottom) return;
+        std::size_t ignored;
+        const LONG room = place.right - place.left -
+                          Width(font, look.prefix ? Without_Prefix(line, ignored) : std::string(line));
+        const LONG shift = look.across == Across::Right ? room : look.across == Across::Centre ? room / 2 : 0;
+        const POINT at = {place.left + shift, y};
+        if (!look.enabled) One_Line({at.x + 1, at.y + 1}, line, look, Colour_White);
+        One_Line(at, line, look, look.enabled ? look.colour : Colour_Shadow);
+        y += font.cell_height;
+    }
+}
