@@ -109,8 +109,11 @@ PLATFORM_API HANDLE CreateEventA(const SECURITY_ATTRIBUTES *security, BOOL manua
 /// CreateMutexA.
 PLATFORM_API HANDLE OpenEventA(DWORD access, BOOL inherit_handle, LPCSTR name);
 
-/// Sets an event. A manual one stays set and ends every wait that is under way, even if it is reset at once.
-/// Another one ends the wait that began first, of a thread that still lives, or stays set for the next.
+/// Sets an event. A manual one stays set and ends every wait that is under way, even if it is reset at once;
+/// of more than 100 waits the later ones only look every 2 ms whether it is set. Another one ends the wait
+/// that began first, of a thread that still lives, or stays set for the next. FALSE with
+/// ERROR_SERVICE_REQUEST_TIMEOUT, and nothing changed, when a process that is stopped in a call on this event
+/// keeps it for more than a second.
 PLATFORM_API BOOL SetEvent(HANDLE event);
 PLATFORM_API BOOL ResetEvent(HANDLE event);
 

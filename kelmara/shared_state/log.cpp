@@ -34,6 +34,7 @@ constinit std::atomic<QueueEntryProc> g_pQueueEntry{nullptr};
 constinit std::atomic<bool> g_bDebugLogging{false};
 
 constinit std::atomic<bool> Load_Under_Way{false};
+constinit std::atomic<DWORD> Loading_Process{0};
 constinit std::atomic<bool> Is_Over{false}; // the exit routine has run
 constinit std::atomic<long> Calls_Under_Way{0};
 [[gnu::tls_model("initial-exec")]] constinit thread_local long Calls_Of_This_Thread = 0;
@@ -126,8 +127,8 @@ QueueEntryProc Start_Companion(HMODULE companion) try {
     g_bDebugLogging = Is_Debug_Switch_There();
     const auto initialize = reinterpret_cast<InitializeProc>(GetProcAddress(companion, "Initialize"));
     const auto queue_entry = reinterpret_cast<QueueEntryProc>(GetProcAddress(companion, "Queue_Entry"));
-    if (!initialize || !queue_entry) return nullptr;
-    return initialize() == 0 ? queue_entry : nullptr;
+    const long answer = initialize ? initialize() : 1;
+    return answer == 0 ? queue_entry : nullptr;
 } catch (...) {
     return nullptr;
 }
@@ -149,6 +150,7 @@ void Load_From(const char *path) {
     if (This_Thread_Loads) return;
     char path[Companion_Path_Size] = {};
     if (!Read_Companion_Path("Log", path)) return;
+    Loading_Process = GetCurrentProcessId();
     const LoadTurn turn;
     if (turn.Is_Had() && !g_pQueueEntry) Load_From(path);
 }
@@ -256,10 +258,12 @@ void Debug_Log_Entry(const char *format, ...) {
     va_end(arguments);
 }
 
-// A thread that is in the companion, this one too where the process was ended from there, keeps it loaded.
+// A thread that is in the companion, this one too where the process was ended from there, keeps it loaded. In
+// a forked process there is nobody to wait for, and what was loaded is not its own to give back.
 void Release_Log_Library() {
     Is_Over = true;
     g_pQueueEntry = nullptr;
+    if (Loading_Process != GetCurrentProcessId()) return;
     const bool quiet = Wait_Until_No_Other_Thread_Calls();
     g_pQueueEntry = nullptr; // of a load that was under way
     const HMODULE companion = g_hLogLibrary.exchange(nullptr);
