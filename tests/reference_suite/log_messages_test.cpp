@@ -308,13 +308,15 @@ TEST_F(LogMessages, EndTheirThreadsWhenTheCompanionGoes) {
 SECOND_PROCESS(forking_client) {
     const LogCompanion companion;
     Client client(companion);
+    companion.Send(1, "one");
+    client.Heard(1); // its thread no longer starts, with locks of the host's that a fork would keep
     const DWORD start = GetTickCount();
     const pid_t forked = fork();
     if (forked == 0) std::exit(0);
     waitpid(forked, nullptr, 0);
     process.Tell(GetTickCount() - start < 1500 ? "at once" : "late");
-    companion.Send(1, "one");
-    client.Heard(1);
+    companion.Send(2, "two");
+    client.Heard(2);
     return 0;
 }
 
