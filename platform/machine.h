@@ -87,7 +87,7 @@ PLATFORM_API bool Invalid_Rectangle(HWND window, RECT *rectangle, bool validate)
 // when nothing could take what was done. A call from within a message that the hands brought about is
 // refused.
 
-/// Each character as its key, pressed and let go.
+/// Each character as its key, pressed and let go. False for null.
 PLATFORM_API bool Type_Text(const char *text);
 /// Presses a key (VK_) and lets it go, or does one of the two. A key that is held counts with the next ones.
 PLATFORM_API bool Press_Key(UINT key);
