@@ -10,6 +10,8 @@
 #include <kelmara/content/define_file.h>
 #include <kelmara/content/sections.h>
 #include <kelmara/content/tokenizer.h>
+#include <kelmara/dialogs/window_helpers.h>
+#include <kelmara/dialogs/window_user_data.h>
 #include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/conversions.h>
 #include <kelmara/foundation/memory.h>
@@ -19,9 +21,12 @@
 #include <kelmara/foundation/string_helpers.h>
 #include <kelmara/foundation/token_string.h>
 #include <kelmara/localization/string_table.h>
+#include <kelmara/localization/world_beat.h>
 #include <kelmara/shared_state/atom_table.h>
+#include <kelmara/shared_state/instances.h>
 #include <kelmara/shared_state/log.h>
 #include <kelmara/shared_state/mutex_holder.h>
+#include <kelmara/shared_state/wait_window.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>

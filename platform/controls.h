@@ -180,6 +180,7 @@ inline constexpr UINT CB_FINDSTRINGEXACT = 0x158;
 inline constexpr LRESULT CB_OKAY = 0;
 inline constexpr LRESULT CB_ERR = -1;
 inline constexpr LRESULT CB_ERRSPACE = -2;
+inline constexpr int CBN_ERRSPACE = -1; // 0xFFFF in WM_COMMAND's high word
 inline constexpr UINT CBN_SELCHANGE = 1;
 inline constexpr UINT CBN_SETFOCUS = 3;
 inline constexpr UINT CBN_KILLFOCUS = 4;

@@ -109,8 +109,11 @@ PLATFORM_API HANDLE CreateEventA(const SECURITY_ATTRIBUTES *security, BOOL manua
 /// CreateMutexA.
 PLATFORM_API HANDLE OpenEventA(DWORD access, BOOL inherit_handle, LPCSTR name);
 
-/// Sets an event. A manual one stays set and ends every wait that is under way, even if it is reset at once.
-/// Another one ends the wait that began first, of a thread that still lives, or stays set for the next.
+/// Sets an event. A manual one stays set and ends every wait that is under way, even if it is reset at once;
+/// of more than 100 waits the later ones only look every 2 ms whether it is set. Another one ends the wait
+/// that began first, of a thread that still lives, or stays set for the next. FALSE with
+/// ERROR_SERVICE_REQUEST_TIMEOUT, and nothing changed, when a process that is stopped in a call on this event
+/// keeps it for more than a second.
 PLATFORM_API BOOL SetEvent(HANDLE event);
 PLATFORM_API BOOL ResetEvent(HANDLE event);
 
@@ -272,6 +275,10 @@ PLATFORM_API void Sleep(DWORD milliseconds);
 
 /// To the debugger's sink (machine.h), which is silent unless someone installs one. Null is ignored.
 PLATFORM_API void OutputDebugStringA(LPCSTR text);
+
+/// TRUE unless a text can be read from there: up to its terminator, or `most` bytes if that comes later.
+/// Another thread may change that at any time. `most` 0: FALSE.
+PLATFORM_API BOOL IsBadStringPtrA(LPCSTR text, UINT most);
 
 /// A breakpoint: a debugger of the host stops here. Without one it ends the process, as an unhandled
 /// breakpoint does on Windows.

@@ -20,6 +20,10 @@ PLATFORM_API const char *Machine_Folder();
 /// that it holds keep to the old machine. False and no change when the folder cannot be had.
 PLATFORM_API bool Enter_Machine(const char *folder);
 
+/// Tells the machine that this process is on from others that it enters. A machine that nobody has asked for
+/// yet counts if it is there, whole and this user's; otherwise 0, and nothing is made and nothing said.
+PLATFORM_API unsigned long Machine_In_Force();
+
 /// Deletes the machine in that folder with everything that it has. Nobody may be on it any more, this process
 /// included: what it still holds of the machine dies. False and no change for a folder that is no machine of
 /// this user.
@@ -83,7 +87,7 @@ PLATFORM_API bool Invalid_Rectangle(HWND window, RECT *rectangle, bool validate)
 // when nothing could take what was done. A call from within a message that the hands brought about is
 // refused.
 
-/// Each character as its key, pressed and let go.
+/// Each character as its key, pressed and let go. False for null.
 PLATFORM_API bool Type_Text(const char *text);
 /// Presses a key (VK_) and lets it go, or does one of the two. A key that is held counts with the next ones.
 PLATFORM_API bool Press_Key(UINT key);

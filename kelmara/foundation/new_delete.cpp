@@ -44,3 +44,9 @@ void operator delete(void *block, std::size_t) noexcept {
 void operator delete[](void *block, std::size_t) noexcept {
     Release_Object(block);
 }
+void operator delete(void *block, const std::nothrow_t &) noexcept {
+    Release_Object(block);
+}
+void operator delete[](void *block, const std::nothrow_t &) noexcept {
+    Release_Object(block);
+}

@@ -38,4 +38,7 @@ KELMARA_API void Release_Object(void *block) noexcept;
     static void operator delete[](void *block) noexcept {                                                    \
         Release_Object(block);                                                                               \
     }                                                                                                        \
+    static void operator delete(void *block, const std::nothrow_t &) noexcept {                              \
+        Release_Object(block);                                                                               \
+    }                                                                                                        \
     static void operator delete(void *, void *) noexcept {}

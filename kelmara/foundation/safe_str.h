@@ -148,6 +148,7 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
 
   private:
     friend class CStrAlloc;
+    friend struct WorldBeatLayout; // which knows where the signature is
     friend struct SafeStrLayout;
 
     static constexpr int Inline_Size = 512; // bytes

@@ -1,13 +1,13 @@
 #include <kelmara/shared_state/log.h>
 
 #include <kelmara/foundation/string_helpers.h>
+#include <kelmara/shared_state/companion_path.h>
 #include <kelmara/shared_state/log_library.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/file.h>
 
 #include <platform/files.h>
 #include <platform/kernel.h>
-#include <platform/registry.h>
 
 #include <atomic>
 #include <cstdarg>
@@ -24,7 +24,6 @@ using StopMessagesProc = void (*)(void *client);
 using RunCleanupProc = void (*)();
 
 constexpr long Log_Entry = 0, Broadcast = 1; // what Queue_Entry is told
-constexpr unsigned long Path_Size = 256;     // of the companion's path, terminator included
 constexpr int Longest_Entry = 1024, Longest_Debug_Entry = 255, Longest_Raw_Text = 2047;
 constexpr DWORD Wait_For_Load = 1000, Wait_For_Calls = 2000; // milliseconds
 constexpr int Root_Folder = 8;
@@ -35,6 +34,7 @@ constinit std::atomic<QueueEntryProc> g_pQueueEntry{nullptr};
 constinit std::atomic<bool> g_bDebugLogging{false};
 
 constinit std::atomic<bool> Load_Under_Way{false};
+constinit std::atomic<DWORD> Loading_Process{0};
 constinit std::atomic<bool> Is_Over{false}; // the exit routine has run
 constinit std::atomic<long> Calls_Under_Way{0};
 [[gnu::tls_model("initial-exec")]] constinit thread_local long Calls_Of_This_Thread = 0;
@@ -95,7 +95,7 @@ class DirectoryVisit {
         const DWORD length = GetCurrentDirectoryA(sizeof m_Before, m_Before);
         m_Leads_Back = length != 0 && length < sizeof m_Before && SetCurrentDirectoryA(m_Before);
         if (!m_Leads_Back) return;
-        char folder[Path_Size + 1];
+        char folder[Companion_Path_Size + 1];
         std::strcpy(folder, file);
         Tail_String(folder, '\\', false);
         std::strcat(folder, "\\");
@@ -112,19 +112,6 @@ class DirectoryVisit {
     bool m_Leads_Back = false;
 };
 
-// Not through a CRegMaster, whose lists are for one thread.
-bool Read_Companion_Path(char (&path)[Path_Size]) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\dunmerit software\\kelmara", 0, KEY_QUERY_VALUE, &key) !=
-        ERROR_SUCCESS) {
-        return false;
-    }
-    DWORD size = sizeof path;
-    const LONG result = RegQueryValueExA(key, "Log", nullptr, nullptr, reinterpret_cast<BYTE *>(path), &size);
-    RegCloseKey(key);
-    return result == ERROR_SUCCESS && *path && std::memchr(path, 0, sizeof path);
-}
-
 bool Is_Debug_Switch_There() {
     constexpr char name[] = "logVars.txt";
     char path[MAX_PATH + sizeof name];
@@ -140,8 +127,8 @@ QueueEntryProc Start_Companion(HMODULE companion) try {
     g_bDebugLogging = Is_Debug_Switch_There();
     const auto initialize = reinterpret_cast<InitializeProc>(GetProcAddress(companion, "Initialize"));
     const auto queue_entry = reinterpret_cast<QueueEntryProc>(GetProcAddress(companion, "Queue_Entry"));
-    if (!initialize || !queue_entry) return nullptr;
-    return initialize() == 0 ? queue_entry : nullptr;
+    const long answer = initialize ? initialize() : 1;
+    return answer == 0 ? queue_entry : nullptr;
 } catch (...) {
     return nullptr;
 }
@@ -161,8 +148,9 @@ void Load_From(const char *path) {
 
 [[gnu::noinline]] void Load_Log_Library() {
     if (This_Thread_Loads) return;
-    char path[Path_Size] = {};
-    if (!Read_Companion_Path(path)) return;
+    char path[Companion_Path_Size] = {};
+    if (!Read_Companion_Path("Log", path)) return;
+    Loading_Process = GetCurrentProcessId();
     const LoadTurn turn;
     if (turn.Is_Had() && !g_pQueueEntry) Load_From(path);
 }
@@ -270,10 +258,12 @@ void Debug_Log_Entry(const char *format, ...) {
     va_end(arguments);
 }
 
-// A thread that is in the companion, this one too where the process was ended from there, keeps it loaded.
+// A thread that is in the companion, this one too where the process was ended from there, keeps it loaded. In
+// a forked process there is nobody to wait for, and what was loaded is not its own to give back.
 void Release_Log_Library() {
     Is_Over = true;
     g_pQueueEntry = nullptr;
+    if (Loading_Process != GetCurrentProcessId()) return;
     const bool quiet = Wait_Until_No_Other_Thread_Calls();
     g_pQueueEntry = nullptr; // of a load that was under way
     const HMODULE companion = g_hLogLibrary.exchange(nullptr);

@@ -101,6 +101,14 @@ unsigned char Upper_Ansi(unsigned char byte) {
     return byte == 0xFF ? 0x9F : byte;
 }
 
+unsigned char Lower_Ansi(unsigned char byte) {
+    if ((byte >= 'A' && byte <= 'Z') || (byte >= 0xC0 && byte < 0xDF && byte != 0xD7)) {
+        return static_cast<unsigned char>(byte + 0x20);
+    }
+    if (byte == 0x8A || byte == 0x8C || byte == 0x8E) return static_cast<unsigned char>(byte + 0x10);
+    return byte == 0x9F ? 0xFF : byte;
+}
+
 bool Equal_Without_Case(std::string_view left, std::string_view right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
         return Upper_Ansi(static_cast<unsigned char>(a)) == Upper_Ansi(static_cast<unsigned char>(b));

@@ -20,4 +20,6 @@ std::string Ansi_Of_Utf8(std::string_view text);
 
 /// Capital letters of the whole page, accented ones too.
 unsigned char Upper_Ansi(unsigned char byte);
+/// Small letters of the same; what has no other case stays.
+unsigned char Lower_Ansi(unsigned char byte);
 bool Equal_Without_Case(std::string_view left, std::string_view right);

@@ -2,9 +2,14 @@
 //
 // Whoever waits has a place in the block, with its turn and a word to sleep on, and keeps the place's robust
 // lock while it waits: so whoever sets the event finds out which of them still live, and gives the release of
-// an event that is not manual to the first that does. All but the sleeping happens under the event's own
-// robust lock, each change one store, so that a killed holder leaves nothing half done. A thread may be
-// killed between a release and the call that wakes the released one: sleepers look again every second.
+// an event that is not manual to the first that does.
+//
+// Places are taken, and their waiters released, under the event's own robust lock, and while an automatic
+// event is set nobody has a place; each change is one store, so that a killed holder leaves nothing half
+// done. A stopped holder holds up nobody beyond a limit: to take the event, to leave a place and to reset is
+// one step each without the lock, and who wants the lock waits for it only as long as its caller has said, or
+// a second. A thread may be killed or stopped anywhere between a release and the call that wakes the released
+// one: sleepers look again every second.
 
 #include <platform/kernel/named_objects.h>
 #include <platform/kernel/waiting.h>
@@ -20,17 +25,20 @@ namespace {
 
 constexpr unsigned Most_Places = 100; // all that a page holds; more waiters look for themselves every while
 constexpr long Round_Milliseconds = 1000, Look_Milliseconds = 2;
+constexpr DWORD Patience_To_Set = 1000; // milliseconds
+
+enum : std::uint32_t { Waiting, Released, Given_Up };
 
 struct Place {
-    pthread_mutex_t presence; // held by who waits here
-    std::uint32_t turn;       // 0: nobody waits here
-    std::atomic<std::uint32_t> released;
+    pthread_mutex_t presence;        // held by who waits here
+    std::atomic<std::uint32_t> turn; // 0: nobody waits here
+    std::atomic<std::uint32_t> stage;
 };
 
 struct EventState {
-    pthread_mutex_t lock; // of all that follows
+    pthread_mutex_t lock; // of what follows, but whoever takes or resets the event just clears `set`
     std::uint32_t manual;
-    std::uint32_t set;
+    std::atomic<std::uint32_t> set;
     std::uint32_t last_turn;
     Place places[Most_Places];
 };
@@ -62,15 +70,20 @@ bool Owns_After(int locked, pthread_mutex_t &lock) {
 
 class StateLock {
   public:
-    explicit StateLock(EventState &state) : lock_(state.lock) {
-        Owns_After(pthread_mutex_lock(&lock_), lock_);
+    StateLock(EventState &state, DWORD milliseconds) : lock_(state.lock) {
+        const timespec limit = Time_After(milliseconds);
+        held_ = Owns_After(pthread_mutex_clocklock(&lock_, CLOCK_MONOTONIC, &limit), lock_);
     }
-    ~StateLock() { pthread_mutex_unlock(&lock_); }
+    ~StateLock() {
+        if (held_) pthread_mutex_unlock(&lock_);
+    }
     StateLock(const StateLock &) = delete;
     StateLock &operator=(const StateLock &) = delete;
+    explicit operator bool() const { return held_; }
 
   private:
     pthread_mutex_t &lock_;
+    bool held_;
 };
 
 // Returns early for any reason of the host's.
@@ -85,13 +98,19 @@ void Wake_On(std::atomic<std::uint32_t> &word) {
     syscall(SYS_futex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
 }
 
-// --- with the state's lock held ---------------------------------------------------------------------------
-
 bool Take_If_Set(EventState &state) {
-    if (!state.set) return false;
-    if (!state.manual) state.set = 0;
-    return true;
+    if (state.manual) return state.set.load(std::memory_order_acquire) != 0;
+    std::uint32_t set = 1;
+    return state.set.compare_exchange_strong(set, 0);
 }
+
+// A write all the same: who takes the event next sees what was done before this.
+bool Is_Set_Already(EventState &state) {
+    std::uint32_t set = 1;
+    return state.set.compare_exchange_strong(set, 1);
+}
+
+// --- with the state's lock held ---------------------------------------------------------------------------
 
 std::uint32_t Next_Turn(EventState &state) {
     if (++state.last_turn == 0) ++state.last_turn;
@@ -102,7 +121,7 @@ std::uint32_t Next_Turn(EventState &state) {
 Place *Find_Place(EventState &state) {
     for (Place &place : state.places) {
         if (!Owns_After(pthread_mutex_trylock(&place.presence), place.presence)) continue;
-        place.released.store(0, std::memory_order_relaxed);
+        place.stage.store(Waiting, std::memory_order_relaxed);
         place.turn = Next_Turn(state);
         return &place;
     }
@@ -111,16 +130,19 @@ Place *Find_Place(EventState &state) {
 
 // Whether somebody waits there who is not released yet. What a dead one left is cleared away.
 bool Has_Waiter(Place &place) {
-    if (place.turn == 0 || place.released.load(std::memory_order_relaxed)) return false;
+    if (place.turn == 0 || place.stage.load(std::memory_order_relaxed) != Waiting) return false;
     if (!Owns_After(pthread_mutex_trylock(&place.presence), place.presence)) return true;
     place.turn = 0;
     pthread_mutex_unlock(&place.presence);
     return false;
 }
 
-void Release(Place &place) {
-    place.released.store(1, std::memory_order_release);
-    Wake_On(place.released);
+// False when the waiter's time was over first.
+bool Release(Place &place) {
+    std::uint32_t stage = Waiting;
+    if (!place.stage.compare_exchange_strong(stage, Released)) return false;
+    Wake_On(place.stage);
+    return true;
 }
 
 void Release_All(EventState &state) {
@@ -129,15 +151,21 @@ void Release_All(EventState &state) {
     }
 }
 
-// False when nobody waits. Turns are numbers that wrap.
-bool Release_First(EventState &state) {
+// Null when nobody waits. Turns are numbers that wrap.
+Place *Find_First(EventState &state) {
     Place *first = nullptr;
     for (Place &place : state.places) {
         if (!Has_Waiter(place)) continue;
         if (!first || static_cast<std::int32_t>(place.turn - first->turn) < 0) first = &place;
     }
-    if (first) Release(*first);
-    return first != nullptr;
+    return first;
+}
+
+bool Release_First(EventState &state) {
+    while (Place *first = Find_First(state)) {
+        if (Release(*first)) return true;
+    }
+    return false;
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -150,8 +178,9 @@ class EventObject final : public NamedObject {
           state_(*static_cast<EventState *>(block_->Contents())) {}
 
     DWORD Wait(DWORD milliseconds) override;
-    void Set();
-    void Reset();
+    /// False when the lock is not to be had in time; nothing has changed.
+    bool Set();
+    void Reset() { state_.set = 0; }
 
     static NamedObject *Make(std::unique_ptr<SharedBlock> block) {
         if (block->Size() < sizeof(EventState) || !block->Contents()) return nullptr;
@@ -174,11 +203,14 @@ class EventObject final : public NamedObject {
 DWORD EventObject::Wait(DWORD milliseconds) {
     const Deadline deadline(milliseconds);
     for (;;) {
+        if (Take_If_Set(state_)) return WAIT_OBJECT_0;
+        const long long left = deadline.Left();
+        if (left == 0) return WAIT_TIMEOUT;
         Place *place = nullptr;
         {
-            const StateLock lock(state_);
+            const StateLock lock(state_, static_cast<DWORD>(std::min<long long>(left, Round_Milliseconds)));
+            if (!lock) continue;
             if (Take_If_Set(state_)) return WAIT_OBJECT_0;
-            if (deadline.Left() == 0) return WAIT_TIMEOUT;
             place = Find_Place(state_);
         }
         if (place) return Wait_In(*place, deadline) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
@@ -187,32 +219,33 @@ DWORD EventObject::Wait(DWORD milliseconds) {
 }
 
 bool EventObject::Wait_In(Place &place, const Deadline &deadline) {
-    while (!place.released.load(std::memory_order_acquire)) {
+    bool seen_set = false;
+    while (place.stage.load(std::memory_order_acquire) == Waiting) {
         const long long left = deadline.Left();
-        if (left == 0) break;
-        Sleep_On(place.released, static_cast<long>(std::min<long long>(left, Round_Milliseconds)));
+        seen_set = state_.manual && state_.set;
+        if (left == 0 || seen_set) break;
+        Sleep_On(place.stage, static_cast<long>(std::min<long long>(left, Round_Milliseconds)));
     }
-    const StateLock lock(state_);
-    const bool released = place.released.load(std::memory_order_relaxed);
+    std::uint32_t stage = Waiting;
+    const bool released = !place.stage.compare_exchange_strong(stage, Given_Up);
     place.turn = 0;
     pthread_mutex_unlock(&place.presence);
-    return released;
+    return released || seen_set || Take_If_Set(state_);
 }
 
-void EventObject::Set() {
-    const StateLock lock(state_);
-    if (state_.set) return;
+// A manual event is set before the releases: whoever is released finds it set, and whoever is not, because
+// this thread is killed in between, sees it when it looks.
+bool EventObject::Set() {
+    if (!state_.manual && Is_Set_Already(state_)) return true;
+    const StateLock lock(state_, Patience_To_Set);
+    if (!lock) return false;
     if (state_.manual) {
-        Release_All(state_); // first: whoever is killed in between leaves an event that is not set
         state_.set = 1;
-    } else if (!Release_First(state_)) {
+        Release_All(state_);
+    } else if (!Is_Set_Already(state_) && !Release_First(state_)) {
         state_.set = 1;
     }
-}
-
-void EventObject::Reset() {
-    const StateLock lock(state_);
-    state_.set = 0;
+    return true;
 }
 
 HANDLE Open(LPCSTR name, SharedBlockMaking making) {
@@ -221,13 +254,8 @@ HANDLE Open(LPCSTR name, SharedBlockMaking making) {
                               EventObject::Make, &fresh);
 }
 
-BOOL Apply(HANDLE event, void (EventObject::*change)()) {
-    const HandleUse use(event, ObjectKind::Event);
-    if (use) {
-        (use.As<EventObject>().*change)();
-        return TRUE;
-    }
-    SetLastError(ERROR_INVALID_HANDLE);
+BOOL Fail(long error) {
+    SetLastError(error);
     return FALSE;
 }
 
@@ -252,10 +280,15 @@ HANDLE OpenEventA(DWORD, BOOL, LPCSTR name) {
 }
 
 BOOL SetEvent(HANDLE event) {
-    return Apply(event, &EventObject::Set);
+    const HandleUse use(event, ObjectKind::Event);
+    if (!use) return Fail(ERROR_INVALID_HANDLE);
+    return use.As<EventObject>().Set() ? TRUE : Fail(ERROR_SERVICE_REQUEST_TIMEOUT);
 }
 
 BOOL ResetEvent(HANDLE event) {
-    return Apply(event, &EventObject::Reset);
+    const HandleUse use(event, ObjectKind::Event);
+    if (!use) return Fail(ERROR_INVALID_HANDLE);
+    use.As<EventObject>().Reset();
+    return TRUE;
 }
 }

@@ -173,6 +173,13 @@ bool Prepare(const std::string &named, Machine &machine) {
     return true;
 }
 
+// Then Prepare has nothing to make and nothing to complain of.
+bool Is_Whole_Machine(const std::string &folder) {
+    struct stat status;
+    return !folder.empty() && lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == geteuid() && !Read_Number(folder + "/machine.id").empty();
+}
+
 // Null when there is no machine to be had. The caller holds the lock.
 const Machine *Current(State &state) {
     if (!state.entered.empty()) return &state.entered.back();
@@ -224,6 +231,15 @@ void Report_Machine_Trouble(const std::string &text) {
 }
 
 extern "C" {
+
+unsigned long Machine_In_Force() try {
+    State &state = The_State();
+    std::lock_guard guard(state.lock);
+    if (state.entered.empty() && (state.refused || !Is_Whole_Machine(Default_Folder()))) return 0;
+    return Current(state) ? state.serial : 0;
+} catch (const std::bad_alloc &) {
+    return 0;
+}
 
 const char *Machine_Folder() try {
     State &state = The_State();

@@ -17,7 +17,6 @@
 #include <platform/kernel.h>
 
 #include <cerrno>
-#include <ctime>
 #include <mutex>
 #include <pthread.h>
 #include <sys/syscall.h>
@@ -104,21 +103,9 @@ void Take_Prepared_Lock(void *contents) {
     pthread_mutex_lock(static_cast<pthread_mutex_t *>(contents));
 }
 
-timespec Deadline_After(DWORD milliseconds) {
-    timespec at;
-    clock_gettime(CLOCK_MONOTONIC, &at);
-    at.tv_sec += milliseconds / 1000;
-    at.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000;
-    if (at.tv_nsec >= 1000000000) {
-        at.tv_nsec -= 1000000000;
-        ++at.tv_sec;
-    }
-    return at;
-}
-
 int Lock(pthread_mutex_t *lock, DWORD milliseconds) {
     if (milliseconds == INFINITE) return pthread_mutex_lock(lock);
-    const timespec deadline = Deadline_After(milliseconds);
+    const timespec deadline = Time_After(milliseconds);
     return pthread_mutex_clocklock(lock, CLOCK_MONOTONIC, &deadline);
 }
 

@@ -26,5 +26,18 @@ class Deadline {
     const long long end_;
 };
 
+/// On that clock, as the host's calls want it; `milliseconds` is not INFINITE.
+inline timespec Time_After(DWORD milliseconds) {
+    timespec at;
+    clock_gettime(CLOCK_MONOTONIC, &at);
+    at.tv_sec += milliseconds / 1000;
+    at.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000;
+    if (at.tv_nsec >= 1000000000) {
+        at.tv_nsec -= 1000000000;
+        ++at.tv_sec;
+    }
+    return at;
+}
+
 /// WaitForSingleObject for a handle of any kind: each waits in its own way (KernelObject::Wait).
 DWORD Wait_By_Kind(HANDLE handle, DWORD milliseconds);

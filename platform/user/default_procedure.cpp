@@ -79,7 +79,7 @@ LRESULT DefWindowProcA(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) 
     case WM_GETTEXTLENGTH:
         return Text_Length(window);
     case WM_WINDOWPOSCHANGED:
-        Tell_Move_And_Size(window, *reinterpret_cast<const WINDOWPOS *>(lparam));
+        if (lparam) Tell_Move_And_Size(window, *reinterpret_cast<const WINDOWPOS *>(lparam));
         return 0;
     case WM_ACTIVATE:
         if ((wparam & 0xFFFF) != WA_INACTIVE && !IsIconic(handle)) SetFocus(handle);

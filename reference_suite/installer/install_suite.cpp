@@ -40,6 +40,7 @@ struct Companion {
 constexpr Companion Companions[] = {
     {"Memory", "kmmemory.so", "kmmemory.dll"},
     {"Log", "kmlog.so", "kmlog.dll"},
+    {"Wait", "kmwait.so", "kmwait.dll"},
 };
 
 struct ContentFile {

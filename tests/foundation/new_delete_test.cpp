@@ -1,12 +1,14 @@
 // What the debug log hears of new and delete, in a process with a log companion and a host's own memory.
 
 #include <kelmara/foundation/memory.h>
+#include <kelmara/foundation/new_delete.h>
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/shared_state/mutex_holder.h>
 
 #include <platform/kernel.h>
 
 #include <tests/support/companion_test.h>
+#include <tests/support/test_memory.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -49,6 +51,17 @@ TEST_F(NewAndDelete, TellTheDebugLogOfWhatShouldNotHappen) {
                                        "deleting a NULL pointer!\ndeleting a NULL pointer!\n"
                                        "4 allocations, 0 releases\nunloaded\n"))
         << "and what fails while the log is loaded does not come back to it";
+}
+
+struct Thrower {
+    KELMARA_CLASS_ALLOCATION
+    Thrower() { throw 1; }
+};
+
+TEST(ClassAllocation, GivesBackTheBlockOfAConstructorThatThrows) {
+    const NoLeak no_leak;
+    EXPECT_THROW(delete new Thrower, int);
+    EXPECT_THROW(delete new (std::nothrow) Thrower, int);
 }
 
 } // namespace

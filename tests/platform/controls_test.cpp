@@ -20,10 +20,11 @@ struct Kind {
 };
 
 constexpr Kind Kinds[] = {
-    {"Static", SS_NOTIFY},      {"Button", BS_PUSHBUTTON},      {"Button", BS_AUTOCHECKBOX},
-    {"Button", BS_AUTO3STATE},  {"Button", BS_AUTORADIOBUTTON}, {"Edit", 0},
-    {"Edit", ES_MULTILINE},     {"ListBox", LBS_NOTIFY},        {"ComboBox", CBS_SIMPLE},
-    {"ComboBox", CBS_DROPDOWN}, {"ComboBox", CBS_DROPDOWNLIST}, {"ComboBoxEx32", CBS_DROPDOWN},
+    {"Static", SS_NOTIFY},        {"Button", BS_PUSHBUTTON},      {"Button", BS_AUTOCHECKBOX},
+    {"Button", BS_AUTO3STATE},    {"Button", BS_AUTORADIOBUTTON}, {"Edit", 0},
+    {"Edit", ES_MULTILINE},       {"ListBox", LBS_NOTIFY},        {"ComboBox", CBS_SIMPLE},
+    {"ComboBox", CBS_DROPDOWN},   {"ComboBox", CBS_DROPDOWNLIST}, {"ComboBoxEx32", CBS_DROPDOWN},
+    {"ComboBoxEx32", CBS_SIMPLE},
 };
 
 const RECT Somewhere = {10, 10, 110, 90};
@@ -36,6 +37,17 @@ TEST_F(WindowTest, Every_Control_Keeps_Its_Font_And_Lets_Itself_Be_Used_Only_Whi
         ASSERT_NE(control, nullptr);
         EXPECT_EQ(Send(control, WM_GETFONT), reinterpret_cast<LRESULT>(GetStockObject(DEFAULT_GUI_FONT)));
         EXPECT_EQ(dialog.Told(), "") << "by being made";
+        MoveWindow(control, 10, 10, 110, 60, TRUE);
+        const std::string place = Place_Of(control);
+        RECT invalid;
+        Invalid_Rectangle(control, &invalid, true);
+        Send(control, WM_SETREDRAW, FALSE);
+        Send(control, WM_SETFONT, Send(control, WM_GETFONT));
+        Send(control, WM_SETREDRAW, TRUE);
+        EXPECT_TRUE(Invalid_Rectangle(control, &invalid, true)) << "what changed meanwhile";
+        EXPECT_EQ(Place_Of(control), place);
+        for (const UINT without_place : {WM_WINDOWPOSCHANGING, WM_WINDOWPOSCHANGED})
+            Send(control, without_place);
         for (const bool hidden : {false, true}) {
             EnableWindow(control, hidden);
             ShowWindow(control, hidden ? SW_HIDE : SW_SHOW);
@@ -107,12 +119,19 @@ TEST_F(WindowTest, Check_Boxes_And_Radio_Buttons_Check_Themselves_By_A_Message) 
     Press_Key(VK_SPACE);
     EXPECT_EQ(state(check), 1);
     EXPECT_EQ(Send(check, BM_GETSTATE), BST_CHECKED | BST_FOCUS);
+    dialog.on_notice = [](int, UINT) { throw 5; };
+    EXPECT_THROW(Send(check, BM_CLICK), int);
+    dialog.on_notice = {};
+    dialog.Told();
+    Send(check, BM_CLICK);
+    EXPECT_EQ(dialog.Told(), "2:BN_CLICKED") << "after a click whose notice threw";
 }
 
 std::string heard_by_subclass;
 WNDPROC below_subclass;
 
 LRESULT Listening(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_DESTROY) return 0; // nothing may stay for that
     if (message == BM_SETCHECK) heard_by_subclass += "check" + std::to_string(wparam) + " ";
     if (message == WM_COMMAND) heard_by_subclass += std::to_string(wparam >> 16) + " ";
     return CallWindowProcA(below_subclass, window, message, wparam, lparam);
@@ -160,6 +179,7 @@ TEST_F(WindowTest, An_Edit_Takes_What_Is_Typed_Within_Its_Limit_And_Its_Style) {
         {0, "kept", 0, "\r", "kept", "1:0"}, // the dialog's IDOK
         {ES_NUMBER, "", 0, "1x(2", "12", two},
         {ES_UPPERCASE, "low", 0, "\xE4", "LOW\xC4", one},
+        {ES_LOWERCASE, "LOW", 0, "\xC4\x9F", "low\xE4\xFF", two},
         {ES_READONLY, "kept", 0, "x\b", "kept", ""},
         {ES_MULTILINE | ES_WANTRETURN, "a", 0, "\nb", "a\r\nb", two},
         {ES_MULTILINE | ES_WANTRETURN, "a", 2, "\nb", "ab", "5:EN_MAXTEXT 5:EN_UPDATE 5:EN_CHANGE"},
@@ -257,6 +277,9 @@ TEST_F(WindowTest, A_List_Box_Holds_Finds_And_Chooses_Lines) {
     for (int i = 0; i < 50; ++i) Send(list, LB_INSERTSTRING, -1, "many");
     EXPECT_TRUE(Choose_Line(list, 30));
     EXPECT_TRUE(Choose_Line(list, 2));
+    Send(list, LB_SETCURSEL, 49);
+    for (int i = 0; i < 47; ++i) Send(list, LB_DELETESTRING, 0);
+    EXPECT_EQ(Send(list, LB_GETTOPINDEX), 0) << "there is room for all";
 }
 
 TEST_F(WindowTest, Combo_Boxes_Tell_What_Is_Chosen_And_Typed) {
@@ -285,6 +308,9 @@ TEST_F(WindowTest, Combo_Boxes_Tell_What_Is_Chosen_And_Typed) {
         EXPECT_EQ(Place_Of(combo), box.style == CBS_SIMPLE ? "3 22 103 142" : "3 22 103 43");
         EXPECT_EQ(Send(combo, CB_SETCURSEL, 2), 2);
         EXPECT_EQ(Title_Of(combo), "three");
+        EXPECT_EQ(Send(combo, CB_SETCURSEL, 3), CB_ERR);
+        EXPECT_EQ(Send(combo, CB_GETCURSEL), CB_ERR);
+        EXPECT_EQ(Title_Of(combo), "");
         EXPECT_EQ(dialog.Told(), "");
         SetFocus(combo);
         EXPECT_EQ(dialog.Told(), "5:CBN_SETFOCUS");
@@ -304,10 +330,18 @@ TEST_F(WindowTest, Combo_Boxes_Tell_What_Is_Chosen_And_Typed) {
             Type_Text("x");
             EXPECT_EQ(dialog.Told(), "5:CBN_EDITUPDATE 5:CBN_EDITCHANGE");
             EXPECT_EQ(Send(combo, CB_GETCURSEL), CB_ERR);
+            Send(GetParent(GetFocus()), WM_COMMAND, EN_ERRSPACE << 16, GetFocus());
+            EXPECT_EQ(dialog.Told(), "5:65535") << "CBN_ERRSPACE";
         }
         EXPECT_EQ(SetWindowTextA(combo, "free"), box.style != CBS_DROPDOWNLIST);
         EXPECT_TRUE(Click_Window(other));
         EXPECT_EQ(dialog.Told(), "5:CBN_KILLFOCUS 6:BN_CLICKED");
+        for (void (*const withdraw)(HWND) : {+[](HWND shown) { ShowWindow(shown, SW_HIDE); },
+                                             +[](HWND usable) { EnableWindow(usable, FALSE); }}) {
+            Send(combo, CB_SHOWDROPDOWN, TRUE);
+            withdraw(combo);
+            EXPECT_EQ(Send(combo, CB_GETDROPPEDSTATE), 0);
+        }
         Send(combo, CB_RESETCONTENT);
         EXPECT_EQ(Title_Of(combo), "");
     }

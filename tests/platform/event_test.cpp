@@ -4,7 +4,9 @@
 #include <tests/support/test_machine.h>
 
 #include <atomic>
+#include <csignal>
 #include <memory>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -137,17 +139,40 @@ TEST_F(Events, WakeOtherProcessesAndPassOverKilledOnes) {
     EXPECT_EQ(here.Result(), WAIT_OBJECT_0);
 }
 
-TEST_F(Events, AreGoneWithTheLastProcessThatHeldThem) {
-    SecondProcess holder("event_setter");
-    {
-        const TestHandle event(Create(Automatic));
-        holder.Tell("set it");
-        EXPECT_EQ(holder.Hear(), "set");
+SECOND_PROCESS(tireless_setter) {
+    const HANDLE event = Create(Automatic);
+    for (process.Tell("ready");; ResetEvent(event)) SetEvent(event);
+}
+
+TEST_F(Events, AreNotHeldUpWithoutEndByAStoppedProcess) {
+    SecondProcess stopped("tireless_setter");
+    EXPECT_EQ(stopped.Hear(), "ready");
+    const TestHandle event(Create(Automatic));
+    bool was_inside = false;
+    for (int round = 0; round < 200 && !was_inside; ++round) {
+        kill(stopped.Id(), SIGSTOP);
+        int status;
+        waitpid(stopped.Id(), &status, WUNTRACED);
+        std::atomic<bool> done{false};
+        std::jthread other([&] {
+            ResetEvent(event);
+            EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
+            EXPECT_EQ(WaitForSingleObject(event, 20), WAIT_TIMEOUT);
+            was_inside = !SetEvent(event);
+            EXPECT_TRUE(!was_inside || GetLastError() == ERROR_SERVICE_REQUEST_TIMEOUT);
+            done = true;
+        });
+        for (DWORD start = GetTickCount(); !done && GetTickCount() - start < Long_Enough;) Sleep(1);
+        if (!done) stopped.Kill();
+        ASSERT_TRUE(done);
+        kill(stopped.Id(), SIGCONT);
+        usleep(static_cast<useconds_t>(37 * round));
     }
-    EXPECT_EQ(TestHandle(Create(Manual)).error, ERROR_ALREADY_EXISTS);
-    holder.Kill();
-    holder.Wait();
-    EXPECT_EQ(TestHandle(Create(Automatic)).error, 0);
+    EXPECT_TRUE(was_inside);
+    stopped.Kill();
+    stopped.Wait();
+    EXPECT_TRUE(SetEvent(event)) << "what a killed one held";
+    EXPECT_EQ(WaitForSingleObject(event, INFINITE), WAIT_OBJECT_0);
 }
 
 TEST_F(Events, LoseNoSignalBetweenTwoThreads) {

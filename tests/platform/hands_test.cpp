@@ -106,6 +106,7 @@ TEST_F(WindowTest, Hands_Work_Through_The_Queue_And_Leave_The_End_Of_The_Program
     SetFocus(window);
     Type_Text("a%");
     EXPECT_EQ(heard, "256:65 258:97 257:65 256:231 258:37 257:231 ");
+    EXPECT_FALSE(Type_Text(nullptr));
     heard.clear();
     PostQuitMessage(3);
     EXPECT_TRUE(Click_Window(window));

@@ -48,6 +48,10 @@ TEST_F(WindowTest, Menus_Are_Read_And_Changed_By_Place_And_By_Identifier) {
     EXPECT_TRUE(ModifyMenuA(menu.bar, 0, MF_BYPOSITION, 15, "plain"));
     EXPECT_EQ(GetMenuItemCount(menu.file), -1) << "the submenu went";
     EXPECT_TRUE(DestroyMenu(menu.bar));
+    const Bar without_file;
+    DestroyMenu(without_file.file);
+    EXPECT_TRUE(ModifyMenuA(without_file.bar, 0, MF_BYPOSITION, 0xFFFFFFFF, "&Datei"));
+    EXPECT_TRUE(DestroyMenu(without_file.bar));
 }
 
 TEST_F(WindowTest, What_Is_No_Menu_Is_Refused) {

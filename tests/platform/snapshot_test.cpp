@@ -6,6 +6,10 @@
 
 namespace {
 
+LRESULT Wordless(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    return message == WM_GETTEXT ? -1 : DefWindowProcA(window, message, wparam, lparam);
+}
+
 // Every element is closed, in order, and nothing stands bare that is markup.
 bool Is_Well_Formed(const std::string &svg) {
     std::vector<std::string> open;
@@ -35,7 +39,7 @@ TEST_F(WindowTest, A_Picture_Holds_Frame_Controls_And_Texts) {
     TestDialog dialog({0, 0, 300, 230}, "Options <&> \xA9");
     dialog.Add("Button", "&Group", {5, 5, 285, 60}, BS_GROUPBOX);
     const HWND check = dialog.Add("Button", "Check", {15, 20, 120, 40}, BS_AUTOCHECKBOX, 1);
-    dialog.Add("Static", "Off", {130, 20, 200, 40}, WS_DISABLED);
+    dialog.Add("Static", "Off", {130, 20, 200, 40}, SS_CENTER | WS_DISABLED);
     const HWND edit = dialog.Add("Edit", "marked text", {5, 70, 100, 92}, 0, 2, WS_EX_CLIENTEDGE);
     dialog.Add("Edit", "secret", {105, 70, 200, 92}, ES_PASSWORD, 3, WS_EX_CLIENTEDGE);
     const HWND list = dialog.Add("ListBox", "", {5, 100, 100, 170}, WS_VSCROLL, 4, WS_EX_CLIENTEDGE);
@@ -55,22 +59,25 @@ TEST_F(WindowTest, A_Picture_Holds_Frame_Controls_And_Texts) {
         const char *part;
         std::size_t times;
     };
-    for (const Expected &each :
-         {Expected{">Options &lt;&amp;> \xC2\xA9<", 1}, Expected{">Group<", 1}, Expected{">Off<", 2},
-          Expected{">******<", 1}, Expected{">marked text<", 1}, Expected{"secret", 0},
-          Expected{"nowhere", 0}, Expected{">second line<", 1}, Expected{"in the box", 0},
-          Expected{"<path d=\"M3 6L5 9", 0}, Expected{"textLength", 9}})
+    for (const Expected &each : {Expected{">Options &lt;&amp;&gt; \xC2\xA9<", 1}, Expected{">Group<", 1},
+                                 Expected{">Off<", 2}, Expected{">******<", 1}, Expected{">marked text<", 1},
+                                 Expected{"secret", 0}, Expected{"nowhere", 0}, Expected{">second line<", 1},
+                                 Expected{"in the box", 0}, Expected{"<path d=\"M3 6L5 9", 0},
+                                 Expected{"textLength", 9}, Expected{"text-anchor=\"middle\"", 2}})
         EXPECT_EQ(Count(before, each.part), each.times) << each.part;
     SendMessageA(check, BM_SETCHECK, 1, 0);
     SetFocus(edit);
     SendMessageA(edit, EM_SETSEL, 0, 6);
+    SendMessageA(combo, CB_SETCURSEL, 1, 0);
     SendMessageA(combo, CB_SHOWDROPDOWN, TRUE, 0);
     ASSERT_TRUE(Snapshot_Window(dialog, path.c_str()));
     const std::string after = machine.Read("dialog.svg");
     EXPECT_TRUE(Is_Well_Formed(after));
-    EXPECT_EQ(Count(after, ">in the box<"), 2u);
+    EXPECT_EQ(Count(after, ">in the box<"), 3u) << "the choice, and the whole list";
     EXPECT_EQ(Count(after, ">marked<"), 1u);
     EXPECT_EQ(Count(after, "<path"), Count(before, "<path") + 2) << "the check mark";
+    SetWindowLongA(check, GWL_WNDPROC, reinterpret_cast<LONG>(Wordless));
+    EXPECT_TRUE(Snapshot_Window(dialog, path.c_str()));
     EXPECT_EQ(Error_Of(Snapshot_Window(nullptr, path.c_str())), ERROR_INVALID_WINDOW_HANDLE);
     EXPECT_EQ(Error_Of(Snapshot_Window(dialog, machine.Path("none/x.svg").c_str())), ERROR_PATH_NOT_FOUND);
 }

@@ -32,17 +32,16 @@ void Button::Clicked() {
 
 void Button::Click_By_Code() {
     if (in_click_) return;
-    in_click_ = true;
+    const WhileSet click(in_click_);
     SendMessageA(window_, WM_LBUTTONDOWN, 0, 0);
     if (Find_Window(window_)) SendMessageA(window_, WM_LBUTTONUP, 0, 0);
-    in_click_ = false;
 }
 
 void Button::Pointer_Down() {
-    const bool by_code = in_click_;
-    in_click_ = true;
-    if (!Has_Focus()) SetFocus(window_);
-    in_click_ = by_code;
+    if (!Has_Focus()) {
+        const WhileSet click(in_click_);
+        SetFocus(window_);
+    }
     if (!Find_Window(window_)) return;
     held_ = true;
     Capture_Pointer(window_);

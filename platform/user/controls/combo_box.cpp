@@ -79,10 +79,10 @@ void ComboBox::Lay_Out() {
 }
 
 // The height that is wanted is that of window and list together.
-void ComboBox::Keep_Height(WINDOWPOS &wanted) {
-    if (!Drops() || (wanted.flags & SWP_NOSIZE)) return;
-    if (wanted.cy > Height_Without_List()) wanted_height_ = wanted.cy;
-    wanted.cy = static_cast<int>(Height_Without_List());
+void ComboBox::Keep_Height(WINDOWPOS *wanted) {
+    if (!wanted || !Drops() || (wanted->flags & SWP_NOSIZE)) return;
+    if (wanted->cy > Height_Without_List()) wanted_height_ = wanted->cy;
+    wanted->cy = static_cast<int>(Height_Without_List());
 }
 
 void ComboBox::Take_Font(WPARAM font, LPARAM redraw) {
@@ -91,9 +91,18 @@ void ComboBox::Take_Font(WPARAM font, LPARAM redraw) {
     if (edit_) To_Edit(WM_SETFONT, font, redraw);
     RECT place;
     if (!GetWindowRect(window_, &place)) return;
-    SetWindowPos(window_, nullptr, 0, 0, static_cast<int>(place.right - place.left),
-                 static_cast<int>(wanted_height_), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    if (Drops())
+        SetWindowPos(window_, nullptr, 0, 0, static_cast<int>(place.right - place.left),
+                     static_cast<int>(wanted_height_), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     Lay_Out();
+}
+
+// One that does not drop down goes as a child.
+void ComboBox::Destroy_List() {
+    Release_Pointer(list_);
+    if (!list_ || !Drops()) return;
+    DestroyWindow(list_);
+    list_ = nullptr;
 }
 
 RECT ComboBox::Place_Of_List() const {
@@ -116,12 +125,19 @@ LRESULT ComboBox::Answer_Window(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_CREATE:
         return Create(*reinterpret_cast<const CREATESTRUCTA *>(lparam));
     case WM_DESTROY:
-        Release_Pointer(list_);
-        if (list_ && Drops()) DestroyWindow(list_);
+        Destroy_List();
         return 0;
+    case WM_NCDESTROY: // a subclass may have kept WM_DESTROY to itself
+        Destroy_List();
+        return Control::Answer(message, wparam, lparam);
     case WM_WINDOWPOSCHANGING:
-        Keep_Height(*reinterpret_cast<WINDOWPOS *>(lparam));
+        Keep_Height(reinterpret_cast<WINDOWPOS *>(lparam));
         return 0;
+    case WM_WINDOWPOSCHANGED:
+        if (lparam && (reinterpret_cast<const WINDOWPOS *>(lparam)->flags & SWP_HIDEWINDOW) &&
+            !Close(CBN_SELENDCANCEL))
+            return 0;
+        return Control::Answer(message, wparam, lparam);
     case WM_SIZE:
         if (list_) Lay_Out();
         return 0;

@@ -32,8 +32,9 @@ class ComboBox : public Control {
 
     LRESULT Create(const CREATESTRUCTA &create);
     void Lay_Out();
-    void Keep_Height(WINDOWPOS &wanted);
+    void Keep_Height(WINDOWPOS *wanted);
     void Take_Font(WPARAM font, LPARAM redraw);
+    void Destroy_List();
     RECT Place_Of_List() const;
     LRESULT Give_Place(RECT *out) const;
 
@@ -58,7 +59,7 @@ class ComboBox : public Control {
     LRESULT Dialog_Code(const MSG *message) const;
 
     HWND edit_ = nullptr, list_ = nullptr;
-    LONG wanted_height_ = 0; // with the list
+    LONG wanted_height_ = 0; // with the list that drops down
     bool dropped_ = false;
     bool by_key_ = false;  // a key is on its way to the list
     bool by_code_ = false; // the edit's text is being set

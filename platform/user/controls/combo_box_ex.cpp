@@ -37,13 +37,27 @@ LRESULT ComboBoxEx::Create(const CREATESTRUCTA &create) {
 // The combo box takes the size that is wanted, and this window the one that comes of it.
 void ComboBoxEx::Fit(int width, int height) {
     if (fitting_) return;
-    fitting_ = true;
+    const WhileSet fitting(fitting_);
     MoveWindow(combo_, 0, 0, width, height, TRUE);
     RECT place;
     if (GetWindowRect(combo_, &place))
         SetWindowPos(window_, nullptr, 0, 0, static_cast<int>(place.right - place.left),
                      static_cast<int>(place.bottom - place.top), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    fitting_ = false;
+}
+
+// A combo box that drops down finds its height itself.
+void ComboBoxEx::Take_Font(WPARAM font, LPARAM redraw) {
+    Control::Answer(WM_SETFONT, font, redraw);
+    To_Combo(WM_SETFONT, font, redraw);
+    RECT place;
+    if (!GetWindowRect(window_, &place)) return;
+    const LONG height = (Style() & 3) == CBS_SIMPLE ? place.bottom - place.top : 0;
+    Fit(static_cast<int>(place.right - place.left), static_cast<int>(height));
+}
+
+void ComboBoxEx::Keep_Up_With(const WINDOWPOS &place) {
+    if (place.flags & SWP_HIDEWINDOW) To_Combo(CB_SHOWDROPDOWN, FALSE);
+    if (!(place.flags & SWP_NOSIZE)) Fit(place.cx, place.cy);
 }
 
 HWND ComboBoxEx::Edit_Part() const {
@@ -103,11 +117,9 @@ LRESULT ComboBoxEx::Answer_Window(UINT message, WPARAM wparam, LPARAM lparam) {
     switch (message) {
     case WM_CREATE:
         return Create(*reinterpret_cast<const CREATESTRUCTA *>(lparam));
-    case WM_WINDOWPOSCHANGED: {
-        const auto &place = *reinterpret_cast<const WINDOWPOS *>(lparam);
-        if (!(place.flags & SWP_NOSIZE)) Fit(place.cx, place.cy);
+    case WM_WINDOWPOSCHANGED:
+        if (lparam) Keep_Up_With(*reinterpret_cast<const WINDOWPOS *>(lparam));
         return Control::Answer(message, wparam, lparam);
-    }
     case WM_SETFOCUS:
         SetFocus(combo_);
         return 0;
@@ -118,9 +130,7 @@ LRESULT ComboBoxEx::Answer_Window(UINT message, WPARAM wparam, LPARAM lparam) {
         if (reinterpret_cast<HWND>(lparam) == combo_) Notify(wparam >> 16);
         return 0;
     case WM_SETFONT:
-        Control::Answer(message, wparam, lparam);
-        To_Combo(message, wparam, lparam);
-        Fit(static_cast<int>(Client().right), 0);
+        Take_Font(wparam, lparam);
         return 0;
     case WM_SETREDRAW:
     case WM_SETTEXT:

@@ -16,6 +16,8 @@ class ComboBoxEx : public Control {
     LRESULT To_Combo(UINT message, WPARAM wparam = 0, LPARAM lparam = 0) const;
     LRESULT Create(const CREATESTRUCTA &create);
     void Fit(int width, int height);
+    void Take_Font(WPARAM font, LPARAM redraw);
+    void Keep_Up_With(const WINDOWPOS &place);
     HWND Edit_Part() const;
     LRESULT Insert(const COMBOBOXEXITEM &item) const;
     LRESULT Give(COMBOBOXEXITEM &item) const;

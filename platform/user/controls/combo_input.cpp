@@ -4,19 +4,6 @@
 
 #include <platform/user/snapshot/picture.h>
 
-namespace {
-
-// The flag goes back also when a procedure throws.
-struct DuringKey {
-    explicit DuringKey(bool &key) : flag(key) { flag = true; }
-    ~DuringKey() { flag = false; }
-    DuringKey(const DuringKey &) = delete;
-    DuringKey &operator=(const DuringKey &) = delete;
-    bool &flag;
-};
-
-} // namespace
-
 void ComboBox::Drop() {
     if (!Drops() || dropped_) return;
     if (!Notify(CBN_DROPDOWN) || dropped_) return;
@@ -82,7 +69,7 @@ void ComboBox::Heard(HWND part, UINT notice) {
     case EN_KILLFOCUS:
         return Focus_Lost();
     case EN_ERRSPACE:
-        Notify(static_cast<UINT>(CB_ERRSPACE) & 0xFFFF);
+        Notify(static_cast<UINT>(CBN_ERRSPACE));
         return;
     default:
         return;
@@ -104,13 +91,13 @@ void ComboBox::Key(UINT key) {
         Close(CBN_SELENDCANCEL);
         return;
     default:
-        const DuringKey during(by_key_);
+        const WhileSet during(by_key_);
         To_List(WM_KEYDOWN, key);
     }
 }
 
 void ComboBox::Character(WPARAM typed) {
-    const DuringKey during(by_key_);
+    const WhileSet during(by_key_);
     To_List(WM_CHAR, typed);
 }
 
@@ -144,6 +131,8 @@ LRESULT ComboBox::Answer_Input(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_CHAR:
         if (!edit_) Character(wparam);
         return 0;
+    case WM_CANCELMODE:
+        return Close(CBN_SELENDCANCEL) ? Control::Answer(message, wparam, lparam) : 0;
     case WM_GETDLGCODE:
         return Dialog_Code(reinterpret_cast<const MSG *>(lparam));
     default:

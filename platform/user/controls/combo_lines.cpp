@@ -24,15 +24,6 @@ constexpr SameMessage Same_Messages[] = {{CB_ADDSTRING, LB_ADDSTRING},
                                          {CB_SETITEMDATA, LB_SETITEMDATA},
                                          {CB_FINDSTRINGEXACT, LB_FINDSTRINGEXACT}};
 
-struct DuringChange {
-    explicit DuringChange(bool &changing) : flag(changing), before(changing) { flag = true; }
-    ~DuringChange() { flag = before; }
-    DuringChange(const DuringChange &) = delete;
-    DuringChange &operator=(const DuringChange &) = delete;
-    bool &flag;
-    const bool before;
-};
-
 } // namespace
 
 std::string ComboBox::Chosen_Text() const {
@@ -61,14 +52,14 @@ void ComboBox::Show_Choice() {
     if (!edit_) return;
     std::string text;
     if (!Within_Memory(false, [&] { return text = Chosen_Text(), true; })) return;
-    const DuringChange change(by_code_);
+    const WhileSet change(by_code_);
     To_Edit(WM_SETTEXT, 0, As_Parameter(text.c_str()));
     if (Find_Window(edit_)) To_Edit(EM_SETSEL, 0, -1);
 }
 
 LRESULT ComboBox::Set_Text(LPARAM text) {
     if (!edit_) return CB_ERR;
-    const DuringChange change(by_code_);
+    const WhileSet change(by_code_);
     const LRESULT set = To_Edit(WM_SETTEXT, 0, text);
     if (Find_Window(window_)) To_List(LB_SETCURSEL, static_cast<WPARAM>(-1));
     return set;
@@ -107,7 +98,8 @@ LRESULT ComboBox::Answer_About_Lines(UINT message, WPARAM wparam, LPARAM lparam)
     switch (message) {
     case CB_SETCURSEL:
         result = To_List(LB_SETCURSEL, wparam);
-        if (result != LB_ERR || static_cast<int>(wparam) == -1) Show_Choice();
+        if (result == LB_ERR) To_List(LB_SETCURSEL, static_cast<WPARAM>(-1));
+        Show_Choice();
         return result;
     case CB_SELECTSTRING:
         result = To_List(LB_SELECTSTRING, wparam, lparam);

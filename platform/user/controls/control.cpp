@@ -2,6 +2,8 @@
 
 #include <platform/gdi/fonts.h>
 
+#include <utility>
+
 namespace {
 
 constinit thread_local HWND captured_by = nullptr;
@@ -30,6 +32,7 @@ LRESULT Control::Answer(UINT message, WPARAM wparam, LPARAM lparam) {
         return As_Parameter(font_);
     case WM_SETREDRAW:
         redraws_ = wparam != 0;
+        if (redraws_ && std::exchange(changed_unseen_, false)) Changed();
         return 0;
     case WM_ENABLE:
         Changed();
@@ -69,7 +72,10 @@ bool Control::Is_In_Client(LPARAM point) const {
 }
 
 void Control::Changed() {
-    if (redraws_) InvalidateRect(window_, nullptr, TRUE);
+    if (redraws_)
+        InvalidateRect(window_, nullptr, TRUE);
+    else
+        changed_unseen_ = true;
 }
 
 bool Control::Notify(UINT notice) {

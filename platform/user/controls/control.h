@@ -44,6 +44,20 @@ class Control : public WindowContents {
   private:
     HFONT font_ = nullptr;
     bool redraws_ = true;
+    bool changed_unseen_ = false; // while it was not redrawn
+};
+
+/// A flag that is set for a scope's length, also when a procedure throws in it.
+class WhileSet {
+  public:
+    explicit WhileSet(bool &flag) : flag_(flag), before_(flag) { flag_ = true; }
+    ~WhileSet() { flag_ = before_; }
+    WhileSet(const WhileSet &) = delete;
+    WhileSet &operator=(const WhileSet &) = delete;
+
+  private:
+    bool &flag_;
+    const bool before_;
 };
 
 /// The pointer's place in the client area, as mouse messages pack it.

@@ -14,9 +14,7 @@ void Change_Case(std::string &text, DWORD style) {
     if (style & ES_UPPERCASE) {
         for (char &each : text) each = static_cast<char>(Upper_Ansi(static_cast<unsigned char>(each)));
     } else if (style & ES_LOWERCASE) {
-        for (char &each : text) {
-            if (each >= 'A' && each <= 'Z') each = static_cast<char>(each - 'A' + 'a');
-        }
+        for (char &each : text) each = static_cast<char>(Lower_Ansi(static_cast<unsigned char>(each)));
     }
 }
 

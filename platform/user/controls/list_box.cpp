@@ -33,7 +33,7 @@ LRESULT ListBox::Add(const char *text) {
 LRESULT ListBox::Remove(int index) {
     if (!lines_.Has(index)) return LB_ERR;
     lines_.Remove(index);
-    top_ = std::clamp(top_, 0, std::max(lines_.Count() - 1, 0));
+    Keep_Room_Filled();
     Changed();
     return lines_.Count();
 }
@@ -73,6 +73,11 @@ int ListBox::Lines_Shown() const {
 void ListBox::Scroll_To(int index) {
     if (index < top_) top_ = index;
     if (index >= top_ + Lines_Shown()) top_ = index - Lines_Shown() + 1;
+}
+
+// No line is hidden above while there is room for it below.
+void ListBox::Keep_Room_Filled() {
+    top_ = std::clamp(top_, 0, std::max(lines_.Count() - Lines_Shown(), 0));
 }
 
 LRESULT ListBox::Answer_About_Lines(UINT message, WPARAM wparam, LPARAM lparam) {
@@ -117,7 +122,8 @@ LRESULT ListBox::Answer_About_Lines(UINT message, WPARAM wparam, LPARAM lparam) 
         return top_;
     case LB_SETTOPINDEX:
         if (!lines_.Has(index)) return LB_ERR;
-        top_ = std::clamp(index, 0, std::max(lines_.Count() - Lines_Shown(), 0));
+        top_ = index;
+        Keep_Room_Filled();
         Changed();
         return LB_OKAY;
     case LB_GETITEMHEIGHT:

@@ -35,6 +35,7 @@ class ListBox : public Control {
     int Lines_Shown() const;
     int Line_At(LPARAM point) const;
     void Scroll_To(int index);
+    void Keep_Room_Filled();
 
     ListLines lines_;
     HWND combo_ = nullptr;

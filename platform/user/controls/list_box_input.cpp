@@ -111,6 +111,13 @@ LRESULT ListBox::Answer_Input(UINT message, WPARAM wparam, LPARAM lparam) {
         Changed();
         Tell(LBN_KILLFOCUS);
         return 0;
+    case WM_SIZE:
+        Keep_Room_Filled();
+        return Control::Answer(message, wparam, lparam);
+    case WM_SETFONT:
+        Control::Answer(message, wparam, lparam);
+        Keep_Room_Filled();
+        return 0;
     case WM_CANCELMODE:
         held_ = false;
         return Control::Answer(message, wparam, lparam);

@@ -40,6 +40,7 @@ bool Press_Key(UINT key) {
 }
 
 bool Type_Text(const char *text) {
+    if (!text) return false;
     for (; *text; ++text) {
         const auto character = static_cast<unsigned char>(*text == '\n' ? '\r' : *text);
         const UINT key = Key_Of(character);

@@ -47,8 +47,9 @@ long Make_Item(const MenuTable::Use &table, HMENU menu, UINT flags, UINT id, con
     return table->Stands_In(menu, item.submenu) ? ERROR_INVALID_PARAMETER : NO_ERROR;
 }
 
+// An item that stays may name a submenu that has been destroyed on its own.
 void Mark_Submenu(const MenuTable::Use &table, const MenuItem &item) {
-    if (item.submenu) table->Find(item.submenu)->is_submenu = true;
+    if (Menu *submenu = table->Find(item.submenu)) submenu->is_submenu = true;
 }
 
 long Insert(HMENU handle, UINT position, UINT flags, UINT id, const char *text) {

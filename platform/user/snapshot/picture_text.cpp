@@ -17,6 +17,8 @@ std::string Escaped(std::string_view ansi) {
         const auto byte = static_cast<unsigned char>(each);
         if (each == '<')
             out += "&lt;";
+        else if (each == '>')
+            out += "&gt;";
         else if (each == '&')
             out += "&amp;";
         else
@@ -33,6 +35,13 @@ std::string Plain(std::string_view text) {
         if (wide < 32 || (wide >= 127 && wide < 160)) each = ' ';
     }
     return out;
+}
+
+// Held by the point that its place is measured from, so that a viewer that has other widths keeps it there.
+std::string Anchor(LONG left, LONG width, Across across) {
+    if (across == Across::Left) return "x=\"" + std::to_string(left) + "\"";
+    if (across == Across::Right) return "x=\"" + std::to_string(left + width) + "\" text-anchor=\"end\"";
+    return "x=\"" + std::to_string(left + width / 2) + (width % 2 ? ".5" : "") + "\" text-anchor=\"middle\"";
 }
 
 LONG Width(const Font &font, std::string_view text) {
@@ -74,9 +83,11 @@ LONG Text_Width(HFONT font, std::string_view text) {
 }
 
 std::string Text_Of_Window(HWND window) {
-    const int length = GetWindowTextLengthA(window);
-    std::string text(static_cast<std::size_t>(std::max(length, 0)) + 1, 0);
-    text.resize(static_cast<std::size_t>(GetWindowTextA(window, text.data(), static_cast<int>(text.size()))));
+    constexpr int Longest = 0x3FFFFFFF; // which a string may hold; a subclass answers what it likes
+    const int room = std::clamp(GetWindowTextLengthA(window), 0, Longest) + 1;
+    std::string text(static_cast<std::size_t>(room), 0);
+    const int given = GetWindowTextA(window, text.data(), room);
+    text.resize(static_cast<std::size_t>(std::clamp(given, 0, room - 1)));
     return text;
 }
 
@@ -101,14 +112,15 @@ void Picture::One_Line(POINT at, std::string_view text, const TextLook &look, co
     if (shown.empty()) return;
     const Font font = Font_Of_Handle(look.font);
     const TEXTMETRICA metrics = Metrics_Of(font);
-    const LONG baseline = at.y + metrics.tmAscent;
+    const LONG baseline = at.y + metrics.tmAscent, width = Width(font, shown);
     char start[300];
     std::snprintf(start, sizeof start,
-                  "<text x=\"%ld\" y=\"%ld\" font-size=\"%ld\"%s%s fill=\"%s\" textLength=\"%ld\" "
+                  "<text %s y=\"%ld\" font-size=\"%ld\"%s%s fill=\"%s\" textLength=\"%ld\" "
                   "lengthAdjust=\"spacingAndGlyphs\" xml:space=\"preserve\">",
-                  at.x, baseline, metrics.tmHeight - metrics.tmInternalLeading,
+                  Anchor(at.x, width, look.across).c_str(), baseline,
+                  metrics.tmHeight - metrics.tmInternalLeading,
                   font.weight >= FW_BOLD ? " font-weight=\"bold\"" : "",
-                  font.italic ? " font-style=\"italic\"" : "", colour, Width(font, shown));
+                  font.italic ? " font-style=\"italic\"" : "", colour, width);
     svg_ += start + Escaped(shown) + "</text>\n";
     if (mnemonic >= shown.size()) return;
     const LONG left = at.x + Width(font, std::string_view(shown).substr(0, mnemonic));

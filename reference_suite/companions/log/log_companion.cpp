@@ -3,6 +3,7 @@
 #include <reference_suite/companions/log/log_file.h>
 #include <reference_suite/companions/log/message_clients.h>
 
+#include <atomic>
 #include <cstring>
 #include <new>
 #include <system_error>
@@ -18,6 +19,9 @@ struct Companion {
     std::shared_ptr<MessageBoard> board;
     MessageClients clients;
 };
+
+// Outside the companion, whose locks a fork may have found taken.
+constinit std::atomic<DWORD> opening_process{0};
 
 Companion &The_Companion() {
     static Companion *companion = new Companion;
@@ -57,6 +61,8 @@ long Open_All() {
     if (const long error = MessageBoard::Open(board); error != NO_ERROR) return error;
     companion.file = std::move(file);
     companion.board = std::move(board);
+    companion.clients.Open();
+    opening_process = GetCurrentProcessId();
     return NO_ERROR;
 }
 
@@ -75,12 +81,17 @@ long Post_Message(const char *data, long size, long code) {
     return NO_ERROR;
 }
 
+// A forked process has neither the threads nor the places on the board. The clients go last: their callbacks
+// find nothing left to register with.
 void Close_All() {
+    if (opening_process != GetCurrentProcessId()) return;
     Companion &companion = The_Companion();
+    {
+        const std::lock_guard guard(companion.lock);
+        companion.file.reset();
+        companion.board.reset();
+    }
     companion.clients.Remove_All();
-    const std::lock_guard guard(companion.lock);
-    companion.file.reset();
-    companion.board.reset();
 }
 
 // Where the process ends and nobody has unloaded the module.
@@ -116,6 +127,7 @@ COMPANION_EXPORT void Stop_Messages(void *client) {
 
 COMPANION_EXPORT void Run_Cleanup_Thread() {
     Code_Of([] {
+        The_Companion().clients.Take_In_Ended();
         if (const std::shared_ptr<MessageBoard> board = The_Board()) board->Clear_Away_Dead();
         return NO_ERROR;
     });

@@ -22,7 +22,7 @@ long Initialize();
 /// has waited two seconds for other writers, is lost, and the process's next entry says how many were.
 ///
 /// With any other `broadcast` a message: `size` bytes of any kind, 65,536 at most, to all clients that asked
-/// for its `code`. One that is longer reaches nobody and counts as lost with everybody.
+/// for its `code`. One that is longer reaches nobody and counts as lost with those who would have heard it.
 ///
 /// `data` is only read, during the call. A null `data` and a `size` below 1 are an empty message, and no
 /// entry.
@@ -45,7 +45,8 @@ using LogMessageCallback = void (*)(unsigned long sender, long code, char *data,
 /// Registers a client: from here on it hears the messages with that `code`, 0 being all codes; those that its
 /// own process sends only with `own_too`. `*client` is the handle for Stop_Messages. 0, or a code with
 /// `*client` untouched: ERROR_INVALID_PARAMETER without a callback or a place for the handle,
-/// ERROR_TOO_MANY_OPEN_FILES when the machine has 64 clients, ERROR_NOT_ENOUGH_MEMORY.
+/// ERROR_TOO_MANY_OPEN_FILES when the machine has 64 clients, ERROR_INVALID_FUNCTION before Initialize and
+/// once the module is being unloaded, ERROR_NOT_ENOUGH_MEMORY.
 long Get_Messages(long code, LogMessageCallback callback, void *context, bool own_too, void **client);
 
 /// Ends a registration. When it returns the callback is not running and is never called again; it waits for a

@@ -38,8 +38,8 @@ long Find_Root_Folder(std::string &folder) {
                                &opened);
     if (error != ERROR_SUCCESS) return error;
     const std::unique_ptr<HKEY__, KeyCloser> key(opened);
-    char text[MAX_PATH] = {};
-    DWORD size = sizeof text - 1;
+    char text[MAX_PATH + 1] = {}; // the value need not be terminated
+    DWORD size = MAX_PATH;
     error = RegQueryValueExA(opened, "Root", nullptr, nullptr, reinterpret_cast<BYTE *>(text), &size);
     if (error != ERROR_SUCCESS) return error;
     folder = text;

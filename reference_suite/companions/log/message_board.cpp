@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 namespace {
 
@@ -116,16 +117,19 @@ void MessageBoard::Post(std::uint32_t sender, std::int32_t code, const char *dat
     Wake(readers);
 }
 
+// An event that cannot be opened although it is there is a sign that the others cannot either, each after a
+// wait for the machine's names: those readers look for themselves.
 void MessageBoard::Wake(const std::uint32_t (&readers)[Most_Readers]) {
     for (const std::uint32_t reader : readers) {
         if (reader == 0) continue;
         const OwnedHandle wake(OpenEventA(EVENT_MODIFY_STATE, FALSE, EventName(reader).text));
         if (wake) {
             SetEvent(wake.get());
-        } else if (GetLastError() == static_cast<DWORD>(ERROR_FILE_NOT_FOUND)) {
-            const MutexLock lock(lock_, Longest_Wait);
-            if (lock) Free_Place(reader);
+            continue;
         }
+        if (GetLastError() != static_cast<DWORD>(ERROR_FILE_NOT_FOUND)) return;
+        const MutexLock lock(lock_, Longest_Wait);
+        if (lock) Free_Place(reader);
     }
 }
 
@@ -164,9 +168,11 @@ long MessageBoard::Begin_To_Read(BoardReader &reader) {
     return ERROR_TOO_MANY_OPEN_FILES;
 }
 
-void MessageBoard::Stop_Reading(const BoardReader &reader) {
+void MessageBoard::Stop_Reading(BoardReader &reader) {
+    const std::uint32_t number = std::exchange(reader.number, 0u);
+    if (number == 0) return;
     const MutexLock lock(lock_, Longest_Wait);
-    if (lock && reader.number != 0) Free_Place(reader.number);
+    if (lock) Free_Place(number);
 }
 
 bool MessageBoard::Read_Next(BoardReader &reader, MessageHead &head, char *data, std::uint32_t &lost) {

@@ -66,7 +66,8 @@ class MessageBoard {
 
     /// ERROR_TOO_MANY_OPEN_FILES when all places are taken by living readers.
     long Begin_To_Read(BoardReader &reader);
-    void Stop_Reading(const BoardReader &reader);
+    /// The reader has no number afterwards; one that has none is left alone.
+    void Stop_Reading(BoardReader &reader);
 
     /// The next message; its bytes go to `data`, which has room for the longest. False when there is none.
     /// `lost` grows by those that the reader was too slow for.

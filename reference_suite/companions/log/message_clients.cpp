@@ -27,8 +27,14 @@ bool MessageClients::Client::Wants(const MessageHead &head) const {
     return own_too || head.sender != GetCurrentProcessId();
 }
 
+void MessageClients::Open() {
+    const std::lock_guard lock(lock_);
+    is_open_ = true;
+}
+
 long MessageClients::Add(const std::shared_ptr<MessageBoard> &board, long code, LogMessageCallback callback,
                          void *context, bool own_too, void **handle) {
+    Take_In_Ended();
     const auto client = std::make_shared<Client>();
     client->code = code;
     client->callback = callback;
@@ -38,8 +44,8 @@ long MessageClients::Add(const std::shared_ptr<MessageBoard> &board, long code, 
     if (const long error = board->Begin_To_Read(client->reader); error != NO_ERROR) return error;
     client->board = board;
 
-    std::unique_lock lock(lock_);
-    Take_In_Ended(lock);
+    const std::lock_guard lock(lock_);
+    if (!is_open_) return ERROR_INVALID_FUNCTION;
     const auto place = clients_.emplace(client->reader.number, client).first;
     try {
         client->thread = std::thread([this, client] { Run(*client); });
@@ -69,6 +75,7 @@ void MessageClients::Run(Client &client) {
                 ++client.lost;
         }
     }
+    client.board->Stop_Reading(client.reader);
     const std::lock_guard lock(lock_);
     client.has_ended = true;
     ended_.notify_all();
@@ -91,18 +98,27 @@ bool MessageClients::Would_Wait_For_This_Thread(const Client &client) const {
     return next != nullptr;
 }
 
+void MessageClients::Tell_To_Stop(Client &client) {
+    client.is_stopping = true;
+    SetEvent(client.reader.wake.get());
+}
+
 void MessageClients::Remove(void *handle) {
     std::unique_lock lock(lock_);
     const auto found = clients_.find(Number_Of(handle));
-    if (found == clients_.end()) return;
+    if (found == clients_.end()) return Take_In_Ended(lock);
     const ClientPointer client = found->second;
-    client->is_stopping = true;
-    SetEvent(client->reader.wake.get());
+    Tell_To_Stop(*client);
     if (!Would_Wait_For_This_Thread(*client)) {
         if (own_client) own_client->waited_for = client.get();
         ended_.wait(lock, [&] { return client->has_ended; });
         if (own_client) own_client->waited_for = nullptr;
     }
+    Take_In_Ended(lock);
+}
+
+void MessageClients::Take_In_Ended() {
+    std::unique_lock lock(lock_);
     Take_In_Ended(lock);
 }
 
@@ -122,16 +138,17 @@ void MessageClients::Take_In_Ended(std::unique_lock<std::mutex> &lock) {
 
 void MessageClients::Remove_All() {
     std::unique_lock lock(lock_);
-    for (const auto &[number, client] : clients_) {
-        client->is_stopping = true;
-        SetEvent(client->reader.wake.get());
-    }
+    is_open_ = false;
+    for (const auto &[number, client] : clients_) Tell_To_Stop(*client);
     ended_.wait_for(lock, Longest_Goodbye, [&] {
         return std::ranges::all_of(clients_, [](const auto &entry) {
             return entry.second->has_ended || entry.second.get() == own_client;
         });
     });
     Take_In_Ended(lock);
-    for (const auto &[number, client] : clients_) client->thread.detach();
+    for (const auto &[number, client] : clients_) {
+        Tell_To_Stop(*client); // one that came when Open was called again meanwhile
+        client->thread.detach();
+    }
     clients_.clear();
 }

@@ -1,11 +1,13 @@
 // The road: what the library does for a program, from a machine without anything on, told step by step. Ends
 // with 0; where something is not as it should be it says so and ends with 1.
 
+#include <reference_suite/programs/road/dialogs.h>
 #include <reference_suite/programs/road/log_and_messages.h>
 #include <reference_suite/programs/road/memory_and_atoms.h>
 #include <reference_suite/programs/road/narrator.h>
 #include <reference_suite/programs/road/neighbour.h>
 #include <reference_suite/programs/road/registry_and_files.h>
+#include <reference_suite/programs/road/running_twice.h>
 #include <reference_suite/programs/road/sections_and_templates.h>
 #include <reference_suite/programs/road/strings.h>
 
@@ -46,6 +48,7 @@ int Run_As_Neighbour(const std::string &role) {
     if (role == "setting") return Change_A_Setting();
     if (role == "save") return Save_And_Stay();
     if (role == "log") return Log_And_Answer();
+    if (role == "second copy") return Be_The_Second_Copy();
     return 2;
 }
 
@@ -65,8 +68,11 @@ int main(int argc, char **argv) {
     Share_Settings();
     Save_Files();
     Write_A_Log();
+    Start_Twice();
+    Show_A_Wait_Window();
     Write_A_Welcome();
     Find_Strings();
+    Translate_A_Dialog();
     std::printf("\nAll as it should be.\n");
     return 0;
 }

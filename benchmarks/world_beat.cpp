@@ -1,0 +1,108 @@
+// What it costs to translate a dialog, and to ask for a record behind a window: beside the window calls that
+// they make.
+
+#include <benchmarks/measure.h>
+
+#include <kelmara/dialogs/window_user_data.h>
+#include <kelmara/foundation/safe_str.h>
+#include <kelmara/localization/world_beat.h>
+#include <kelmara/system/file.h>
+
+#include <platform/machine.h>
+#include <platform/user.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int Control_Count = 200;
+constexpr double Wanted = 1e6; // nanoseconds for all controls
+
+std::string Identifier(int number) {
+    return "KMSTR_CONTROL_" + std::to_string(number);
+}
+
+struct Dialog {
+    HWND window = CreateWindowExA(0, "#32770", "", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    std::vector<HWND> controls;
+    std::vector<std::string> references;
+
+    Dialog() {
+        for (int i = 0; i < Control_Count; ++i) {
+            references.push_back("^" + Identifier(i));
+            controls.push_back(CreateWindowExA(0, "Static", "", WS_CHILD | WS_VISIBLE, 0, 0, 9, 9, window,
+                                               nullptr, nullptr, nullptr));
+        }
+    }
+    void Write_References() const {
+        for (int i = 0; i < Control_Count; ++i) SetWindowTextA(controls[i], references[i].c_str());
+    }
+};
+
+void Load(CWorldBeat &beat) {
+    CStringTable table(true);
+    CKMFile file;
+    if (table.New_Table() != 0 || file.Open("c:\\texts.ltx", true, true) != 0) std::abort();
+    for (int i = 0; i < Control_Count; ++i)
+        table.Import_String(("A control's text\t" + Identifier(i) + "\t0\t ").c_str());
+    if (table.Save_Changes(&file) != 0) std::abort();
+    file.Close();
+    if (beat.Load_Localization("c:\\texts.ltx", true) != 0) std::abort();
+}
+
+void Measure_Dialog() {
+    const Dialog dialog;
+    CWorldBeat beat;
+    Load(beat);
+    std::vector<double> times;
+    for (int round = 0; round < measure::Rounds; ++round) {
+        dialog.Write_References();
+        auto translate = [&] { beat.Localize_Dialog(dialog.window); };
+        times.push_back(measure::Time(translate, 1));
+    }
+    std::sort(times.begin(), times.end());
+    const double median = times[times.size() / 2];
+    std::printf("translate a dialog of %d controls: %.0f ns, wanted %.0f%s\n", Control_Count, median, Wanted,
+                median <= Wanted ? "" : "  missed");
+    measure::Compare(
+        "write references and translate them (peer: texts)",
+        [&] {
+            dialog.Write_References();
+            beat.Localize_Dialog(dialog.window);
+        },
+        [&] {
+            char text[512];
+            dialog.Write_References();
+            for (const HWND control : dialog.controls) GetWindowTextA(control, text, sizeof text);
+            dialog.Write_References();
+        },
+        1.5);
+    DestroyWindow(dialog.window);
+}
+
+void Measure_Record() {
+    const Dialog dialog;
+    void *const record = InsertWindowUserData(dialog.window, 0, nullptr);
+    measure::Compare(
+        "a slot of a window's record (peer: its word)",
+        MEASURED { measure::Keep(GetWindowUserData(dialog.window, 0)); },
+        MEASURED { measure::Keep(GetWindowLongA(dialog.window, GWL_USERDATA)); }, 1.5);
+    DeleteWindowUserData(record);
+    DestroyWindow(dialog.window);
+}
+
+} // namespace
+
+int main() {
+    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
+    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    std::filesystem::create_directories(folder + "/drive_c");
+    measure::Use_Plain_Memory();
+    measure::Heading("dialogs (peer: the machine's calls)");
+    Measure_Dialog();
+    Measure_Record();
+    Remove_Machine(folder.c_str());
+    return 0;
+}

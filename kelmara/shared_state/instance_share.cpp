@@ -1,0 +1,115 @@
+#include <kelmara/shared_state/instance_share.h>
+
+#include <kelmara/shared_state/instance_records.h>
+
+#include <platform/errors.h>
+#include <platform/kernel.h>
+#include <platform/machine.h>
+
+namespace {
+
+constinit HANDLE g_Mapping = nullptr;
+constinit HANDLE g_Mutex = nullptr;
+constinit InstanceTable *g_Table = nullptr;
+constinit std::atomic<bool> g_Is_Set_Up{false};
+
+constinit std::atomic<unsigned long> Machine_Tried{0}; // whose share was asked for last; 0 for none
+constinit std::atomic<bool> Turn_Is_Taken{false};
+constinit CallsUnderWay Calls;
+
+/// One thread at a time sets up or lets go. Nothing that it does waits for another process.
+class Turn {
+  public:
+    Turn() {
+        while (Turn_Is_Taken.exchange(true)) Sleep(0);
+    }
+    ~Turn() { Turn_Is_Taken = false; }
+    Turn(const Turn &) = delete;
+    Turn &operator=(const Turn &) = delete;
+};
+
+void Close_All() {
+    if (g_Mapping) CloseHandle(g_Mapping);
+    if (g_Table) UnmapViewOfFile(g_Table);
+    if (g_Mutex) CloseHandle(g_Mutex);
+}
+
+// `others_use_it`: then it stays open, for good.
+void Let_Go(bool others_use_it) {
+    g_Is_Set_Up = false;
+    if (!others_use_it) Close_All();
+    g_Mapping = g_Mutex = nullptr;
+    g_Table = nullptr;
+}
+
+bool Open_Block(bool is_first) {
+    g_Mapping = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(InstanceTable),
+                                   "INSTANCESHARE");
+    // The size is asked for, so that a smaller block is refused.
+    if (g_Mapping)
+        g_Table = static_cast<InstanceTable *>(
+            MapViewOfFile(g_Mapping, FILE_MAP_ALL_ACCESS, 0, 0, sizeof(InstanceTable)));
+    if (g_Table && is_first) g_Table->Count = 0;
+    return g_Table != nullptr;
+}
+
+// Whoever finds the lock there needs it not: a fresh block is empty as it is, and made in one step.
+long Init_Instance_Share() {
+    if (g_Is_Set_Up) return NO_ERROR;
+    g_Mutex = CreateMutexA(nullptr, TRUE, "InstanceMasterMutex");
+    if (!g_Mutex) return E_UNEXPECTED;
+    const bool is_first = GetLastError() != ERROR_ALREADY_EXISTS;
+    const bool opened = Open_Block(is_first);
+    if (is_first) ReleaseMutex(g_Mutex);
+    if (!opened) {
+        Let_Go(false);
+        return E_OUTOFMEMORY;
+    }
+    g_Is_Set_Up = true;
+    return NO_ERROR;
+}
+
+bool Is_Ready_On(unsigned long machine) {
+    return g_Is_Set_Up && Machine_Tried == machine;
+}
+
+InstanceShareState Make_Ready() {
+    const unsigned long machine = Machine_In_Force();
+    if (Is_Ready_On(machine)) return InstanceShareState::Ready;
+    const Turn turn;
+    if (Is_Ready_On(machine)) return InstanceShareState::Ready;
+    const bool tried_before = machine != 0 && machine == Machine_Tried;
+    if (!tried_before) Let_Go(!Calls.Is_Only_One());
+    const bool done = Init_Instance_Share() == NO_ERROR;
+    Machine_Tried = Machine_In_Force();
+    if (!done) return InstanceShareState::Failed;
+    return tried_before ? InstanceShareState::Set_Up_Late : InstanceShareState::Ready;
+}
+
+} // namespace
+
+void Init_Instance_Share_At_Load() {
+    const unsigned long machine = Machine_In_Force();
+    if (machine == 0) return;
+    const DWORD last_error = GetLastError();
+    Init_Instance_Share();
+    Machine_Tried = machine;
+    SetLastError(last_error);
+}
+
+void Release_Instance_Share() {
+    const Turn turn;
+    g_Is_Set_Up = false; // first: who begins a call from here on waits for the turn
+    Let_Go(!Calls.Are_Over(0));
+}
+
+InstanceShareUse::InstanceShareUse() : m_Call(Calls), m_State(Make_Ready()) {}
+
+InstanceTable *InstanceShareUse::Lock(CMutexHolder &lock) const {
+    InstanceTable *table = g_Table;
+    if (!table) return nullptr;
+    lock.Acquire(g_Mutex, -1);
+    if (!lock.Is_Held()) return nullptr;
+    Put_In_Order(*table);
+    return table;
+}

@@ -1,0 +1,1 @@
+#include <tests/modules/wait_companion_parts.h>
