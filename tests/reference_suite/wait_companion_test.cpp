@@ -39,16 +39,16 @@ class WaitCompanion {
 
   private:
     template <class Routine>
-    Routine *Find(Routine &, const char *name) const {
-        return reinterpret_cast<Routine *>(GetProcAddress(module_, name));
+    Routine Find(const char *name) const {
+        return reinterpret_cast<Routine>(GetProcAddress(module_, name));
     }
 
     const HMODULE module_ = LoadLibraryA(("z:" + Suite_Module("kmwait.so")).c_str());
 
   public:
-    decltype(&Startup) const startup = Find(Startup, "Startup");
-    decltype(&Finished) const finished = Find(Finished, "Finished");
-    decltype(&Show) const show = Find(Show, "Show");
+    decltype(&Startup) const startup = Find<decltype(&Startup)>("Startup");
+    decltype(&Finished) const finished = Find<decltype(&Finished)>("Finished");
+    decltype(&Show) const show = Find<decltype(&Show)>("Show");
 };
 
 class WaitCompanions : public WindowTest {};
