@@ -139,9 +139,10 @@ PLATFORM_API int GetClassNameA(HWND window, LPSTR name, int size);
 /// Makes a window: WM_NCCREATE, WM_CREATE, WM_SIZE, WM_MOVE, and what ShowWindow sends with WS_VISIBLE. Null
 /// on failure, with nothing left: a procedure said no, ERROR_CANNOT_FIND_WND_CLASS,
 /// ERROR_TLW_WITH_WSCHILD for a child without a parent, ERROR_INVALID_WINDOW_HANDLE for the parent,
-/// ERROR_NOT_ENOUGH_MEMORY, ERROR_NOT_ENOUGH_QUOTA beyond 512 windows without a parent on the machine. For a
-/// child, `menu` is its identifier; otherwise the window's bar or null (ERROR_INVALID_MENU_HANDLE), and the
-/// window is owned by `parent`'s topmost one.
+/// ERROR_NOT_ENOUGH_MEMORY, ERROR_NOT_ENOUGH_QUOTA beyond 512 windows without a parent on the machine, or
+/// when a process that is stopped keeps the others from their table for 5 seconds. For a child, `menu` is its
+/// identifier; otherwise the window's bar or null (ERROR_INVALID_MENU_HANDLE), and the window is owned by
+/// `parent`'s topmost one.
 PLATFORM_API HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR text, DWORD style, int x,
                                   int y, int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
                                   LPVOID parameter);
@@ -176,8 +177,8 @@ PLATFORM_API int GetDlgCtrlID(HWND window);
 /// Whether `window` is a descendant of `parent`.
 PLATFORM_API BOOL IsChild(HWND parent, HWND window);
 /// All descendants as they are at the call, each before its own children, from the front; those that are
-/// destroyed meanwhile are left out. Ends when `procedure` gives FALSE, which is then the result. A null
-/// parent is the desktop, with the windows of this process.
+/// destroyed meanwhile are left out. Ends when `procedure` gives FALSE, which is then the result. With a null
+/// parent, the windows of this process that have none, without their descendants.
 PLATFORM_API BOOL EnumChildWindows(HWND parent, WNDENUMPROC procedure, LPARAM lparam);
 PLATFORM_API HWND GetDesktopWindow();
 
@@ -247,7 +248,9 @@ PLATFORM_API BOOL ScreenToClient(HWND window, POINT *point);
 PLATFORM_API BOOL ClientToScreen(HWND window, POINT *point);
 /// Moves, sizes, restacks, shows and hides: WM_WINDOWPOSCHANGING, whose receiver may change what is wanted,
 /// and WM_WINDOWPOSCHANGED if anything changed, from which DefWindowProcA sends WM_MOVE and WM_SIZE. Sizes
-/// below 0 count as 0. `after`: HWND_TOP, HWND_BOTTOM, or a sibling, which it then stands behind.
+/// below 0 count as 0, coordinates and sizes beyond 32,767 either way as that, here and wherever windows are
+/// made or placed. `after`: HWND_TOP, HWND_BOTTOM, or a sibling, which it then stands behind; FALSE for what
+/// is no window.
 PLATFORM_API BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
 PLATFORM_API BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
 /// FALSE and ERROR_INVALID_PARAMETER unless `length` is 44.
@@ -261,8 +264,8 @@ PLATFORM_API BOOL InvalidateRect(HWND window, const RECT *rectangle, BOOL erase)
 // --- focus and foreground ---------------------------------------------------------------------------------
 
 /// The window of this thread that keys go to; null takes it away. WM_KILLFOCUS, WM_SETFOCUS, and what makes
-/// its topmost window the active one. What had it before; null on failure, for a window that is disabled or
-/// iconic or stands in one.
+/// its topmost window the active one; not the foreground's, unless the thread has that or nobody. What had it
+/// before; null on failure, for a window that is disabled or iconic or stands in one.
 PLATFORM_API HWND SetFocus(HWND window);
 PLATFORM_API HWND GetFocus();
 /// The active window of the calling thread.

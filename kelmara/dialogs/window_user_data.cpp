@@ -58,9 +58,12 @@ unsigned long Word_Of(HWND window) {
     return static_cast<unsigned long>(GetWindowLongA(window, GWL_USERDATA));
 }
 
+// Looked at while nobody can free it: a stale word may be the address of another thread's record.
 WindowUserData *Record_Of(HWND window, unsigned long word) {
-    WindowUserData *const record = word != 0 ? Live_Record(word) : nullptr;
-    return record && record->Window == window ? record : nullptr;
+    if (word == 0) return nullptr;
+    const ChainTurn turn;
+    WindowUserData *const record = *Link_To(word);
+    return record && record->Magic == Alive && record->Window == window ? record : nullptr;
 }
 
 bool Hang_On_Window(WindowUserData *record) {

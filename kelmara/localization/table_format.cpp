@@ -9,7 +9,8 @@
 
 namespace {
 
-constexpr long Widest = 2047; // of a width or precision
+constexpr long Widest = 2047;  // of a width or precision
+constexpr int Most_Words = 64; // of arguments
 
 /// What stands between a percent sign and the letter that ends a conversion.
 struct Conversion {
@@ -39,7 +40,7 @@ class Formatter {
             const std::size_t plain = std::strcspn(format, "%");
             Put_Text(format, plain);
             format += plain;
-            if (!*format) return;
+            if (!*format || m_Left == 0) return;
             const char *const behind = Put_Conversion(format);
             if (!behind) return Put_Text(format, std::strlen(format));
             format = behind;
@@ -59,11 +60,17 @@ class Formatter {
         *m_Out = 0;
     }
 
+    // False when the format has asked for more words than anybody gives: it is not followed any further.
+    bool Take(int words) {
+        m_Words += words;
+        return m_Words <= Most_Words;
+    }
+
     // A number in the format, or an argument for an asterisk.
     long Take_Number(const char *&at) {
         if (*at == '*') {
             ++at;
-            return va_arg(m_Arguments, int);
+            return Take(1) ? va_arg(m_Arguments, int) : 0;
         }
         char *end = const_cast<char *>(at);
         const bool is_number = *at >= '0' && *at <= '9';
@@ -84,9 +91,15 @@ class Formatter {
         for (; *at == 'l' && parsed.size < 2; ++at) ++parsed.size;
         for (; *at == 'h' && parsed.size <= 0 && parsed.size > -2; ++at) --parsed.size;
         const bool is_known =
-            *at && (std::strchr("diouxX", *at) || (parsed.size == 0 && std::strchr("cspeEfgG%", *at)));
-        if (is_known) parsed.letter = *at++;
+            *at && (std::strchr("diouxX", *at) || (parsed.size == 0 && std::strchr("csp%", *at)) ||
+                    ((parsed.size == 0 || parsed.size == 1) && std::strchr("eEfFgG", *at)));
+        if (is_known && Take(Words_Of(parsed.size, *at))) parsed.letter = *at++;
         return parsed;
+    }
+
+    static int Words_Of(int size, char letter) {
+        if (letter == '%') return 0;
+        return size == 2 || std::strchr("eEfFgG", letter) ? 2 : 1;
     }
 
     // What is behind it; null when it is none that is known, and nothing is put.
@@ -160,6 +173,7 @@ class Formatter {
 
     char *m_Out; // where the next character goes
     std::size_t m_Left;
+    int m_Words = 0; // of arguments, taken so far
     va_list m_Arguments;
 };
 

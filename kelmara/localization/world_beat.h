@@ -10,7 +10,8 @@
 // table. Nothing is reported to the user: a file that cannot be opened leaves the table as it was, and
 // without a table no string is found. Operations that fill a CSafeStr throw what a CSafeStr throws, `long`
 // E_OUTOFMEMORY, for strings of more than 511 characters; for all others a string that finds no memory is one
-// that is not there, but a control or menu item then keeps its reference.
+// that is not there, but a control or menu item then keeps its reference, and Get_String to a buffer answers
+// 0x8007000E.
 //
 // One thread at a time, and one thread of the process for Get_Temp_String. Identifiers may be null, which no
 // string has. A copy shares the table: of the two only one may be loaded anew or destroyed.

@@ -8,9 +8,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <sys/random.h>
@@ -116,9 +118,10 @@ std::string Read_Or_Make_Number(const std::string &folder) {
 
 // A folder that holds anything else is somebody's own.
 bool May_Become_A_Machine(const std::string &folder) {
-    std::error_code error;
-    const bool empty = std::filesystem::is_empty(folder, error);
-    return error || empty || access((folder + "/machine.id").c_str(), F_OK) == 0;
+    const std::unique_ptr<DIR, decltype([](DIR *open) { closedir(open); })> opened(opendir(folder.c_str()));
+    int entries = 0;
+    while (opened && entries <= 2 && readdir(opened.get())) ++entries; // "." and ".." are always there
+    return entries <= 2 || access((folder + "/machine.id").c_str(), F_OK) == 0;
 }
 
 // Empty when the folder has no number, or the number cannot be read.

@@ -8,8 +8,9 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
-#include <filesystem>
+#include <memory>
 #include <mutex>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -145,12 +146,13 @@ bool Somebody_Holds(int descriptor) {
 
 // The caller holds the lock of names.
 void Throw_Away_What_Nobody_Holds(const std::string &folder) {
-    std::error_code error;
-    std::filesystem::directory_iterator entry(folder, error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        const char *path = entry->path().c_str();
-        const FileDescriptor file(open(path, O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-        if (file && !Somebody_Holds(file.Get())) unlink(path);
+    const std::unique_ptr<DIR, decltype([](DIR *open) { closedir(open); })> opened(opendir(folder.c_str()));
+    if (!opened) return;
+    while (const dirent *entry = readdir(opened.get())) {
+        if (entry->d_type == DT_DIR) continue;
+        const std::string path = folder + "/" + entry->d_name;
+        const FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        if (file && !Somebody_Holds(file.Get())) unlink(path.c_str());
     }
 }
 

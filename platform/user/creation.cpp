@@ -32,15 +32,15 @@ RECT Place_Of(const Wanted &wanted) {
     const bool overlapped = !(wanted.style & (WS_CHILD | WS_POPUP));
     const bool free_place = wanted.x == CW_USEDEFAULT, free_size = wanted.width == CW_USEDEFAULT;
     RECT place;
-    place.left = !free_place ? wanted.x : 0;
-    place.top = !free_place ? wanted.y : 0;
+    place.left = !free_place ? Within_Reach(wanted.x) : 0;
+    place.top = !free_place ? Within_Reach(wanted.y) : 0;
     LONG width = wanted.width, height = wanted.height;
     if (free_size) {
         width = overlapped ? GetSystemMetrics(SM_CXSCREEN) * 3 / 4 : 0;
         height = overlapped ? GetSystemMetrics(SM_CYSCREEN) * 3 / 4 : 0;
     }
-    place.right = place.left + std::max(width, 0L);
-    place.bottom = place.top + std::max(height, 0L);
+    place.right = place.left + std::max(Within_Reach(width), 0L);
+    place.bottom = place.top + std::max(Within_Reach(height), 0L);
     return place;
 }
 
@@ -51,7 +51,9 @@ long Find_Family(const Wanted &wanted, Window *&parent, Window *&owner) {
     if (!wanted.parent) return (wanted.style & WS_CHILD) ? ERROR_TLW_WITH_WSCHILD : NO_ERROR;
     const WindowPointer given = Find_Window_Or_Tell(wanted.parent);
     if (!given) return static_cast<long>(GetLastError());
-    if (given->in_destruction) return ERROR_INVALID_WINDOW_HANDLE;
+    for (const Window *each = given.get(); each; each = each->parent) {
+        if (each->in_destruction) return ERROR_INVALID_WINDOW_HANDLE;
+    }
     const bool is_desktop = given.get() == parent;
     if (wanted.style & WS_CHILD)
         parent = given.get();
@@ -77,6 +79,17 @@ long Take_Handle(Window &window) {
     }
 }
 
+long Enter_In_Family(const WindowPointer &window, const Wanted &wanted) {
+    const TreeLock lock;
+    Window *parent;
+    if (const long error = Find_Family(wanted, parent, window->owner)) return error;
+    parent->children.reserve(parent->children.size() + 1);
+    Enter_In_Table(window);
+    Link(*window, *parent);
+    if (wanted.style & WS_CHILD) Restack(*window, parent->children.back());
+    return NO_ERROR;
+}
+
 long Make_Window(const Wanted &wanted, WindowPointer &made) {
     auto window = std::make_shared<Window>();
     window->window_class = WindowClasses::Find(wanted.class_name);
@@ -95,21 +108,13 @@ long Make_Window(const Wanted &wanted, WindowPointer &made) {
     if (window->menu && !Is_Menu(window->menu)) return ERROR_INVALID_MENU_HANDLE;
     window->menu_height = window->menu ? static_cast<int>(Menu_Height) : 0;
 
-    const TreeLock lock;
-    Window *parent;
-    if (const long error = Find_Family(wanted, parent, window->owner)) return error;
-    parent->children.reserve(parent->children.size() + 1);
     if (const long error = Take_Handle(*window)) return error;
-    try {
-        Enter_In_Table(window);
-    } catch (...) {
-        if (window->row) SharedWindows::Give_Back(*window->row);
-        throw;
-    }
-    Link(*window, *parent);
-    if (wanted.style & WS_CHILD) Restack(*window, parent->children.back());
-    made = std::move(window);
-    return NO_ERROR;
+    const long error = Code_Of([&] { return Enter_In_Family(window, wanted); });
+    if (error == NO_ERROR)
+        made = std::move(window);
+    else if (window->row)
+        SharedWindows::Give_Back(*window->row);
+    return error;
 }
 
 // Takes the window away again unless its making comes to its end; also when a procedure throws.

@@ -13,11 +13,19 @@ namespace {
 // What is held while a window is being destroyed. Disarmed by the window's end; when a procedure throws, the
 // window stays and may be destroyed again.
 class InDestruction {
+    static void Forget_What_Was_Told(Window &window) {
+        for (Window *child : window.children) {
+            child->told_of_destruction = false;
+            Forget_What_Was_Told(*child);
+        }
+    }
+
   public:
     explicit InDestruction(Window &window) : window_(window) { window_.in_destruction = true; }
     ~InDestruction() {
         const TreeLock lock;
         window_.in_destruction = false;
+        Forget_What_Was_Told(window_);
     }
     InDestruction(const InDestruction &) = delete;
     InDestruction &operator=(const InDestruction &) = delete;
@@ -107,10 +115,11 @@ void Take_Out(Window &window) {
         if (each->owner == &window) each->owner = nullptr;
     }
     Unlink(window);
+    window.owner = nullptr;
     if (window.queue->focus == &window) window.queue->focus = nullptr;
     if (window.queue->active == &window) window.queue->active = nullptr;
     window.queue->Forget_Window(window.handle);
-    if (window.row) SharedWindows::Give_Back(*window.row);
+    if (WindowRow *row = std::exchange(window.row, nullptr)) SharedWindows::Give_Back(*row);
     Remove_From_Table(window.handle);
 }
 
@@ -132,7 +141,7 @@ BOOL DestroyWindow(HWND handle) {
     if (!window->queue || !window->queue->Is_Own()) return Succeed_Or_Tell(ERROR_ACCESS_DENIED);
     {
         const TreeLock lock;
-        if (window->in_destruction) return TRUE;
+        if (window->in_destruction || window->told_of_destruction) return TRUE;
     }
     Destroy(window);
     return TRUE;

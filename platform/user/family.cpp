@@ -48,9 +48,13 @@ HWND Look_At(HWND handle, Look look) {
 
 bool Collect(HWND parent, std::vector<HWND> &found) {
     return Within_Memory(false, [&] {
-        const WindowPointer window = Find_Window_Or_Tell(parent ? parent : GetDesktopWindow());
-        if (!window) return false;
         const TreeLock lock;
+        if (!parent) {
+            for (const Window *each : Desktop().children) found.push_back(each->handle);
+            return true;
+        }
+        const WindowPointer window = Find_Window_Or_Tell(parent);
+        if (!window) return false;
         Collect_Descendants(*window, found);
         return true;
     });

@@ -49,7 +49,7 @@ void Remember_Popup(const Window &window) {
 
 } // namespace
 
-void Activate(ThreadQueue &queue, const WindowPointer &window) {
+void Activate(ThreadQueue &queue, const WindowPointer &window, Foreground foreground) {
     WindowPointer before;
     {
         const TreeLock lock;
@@ -58,8 +58,11 @@ void Activate(ThreadQueue &queue, const WindowPointer &window) {
         before = Pointer_To(queue.active);
         queue.active = window.get();
         if (window) Restack(*window, nullptr);
-        const bool had_foreground = before && queue.Shared()->Foreground() == before->handle;
-        if (window || had_foreground) queue.Shared()->Set_Foreground(Handle_Of(window.get()));
+        const HWND in_front = queue.Shared()->Foreground();
+        const bool had_it = before && in_front == before->handle;
+        const bool takes_it = window && (foreground == Foreground::Take || !in_front);
+        if (takes_it || had_it) queue.Shared()->Set_Foreground(Handle_Of(window.get()));
+        queue.in_foreground = window && (takes_it || had_it);
     }
     if (before == window) return;
     const auto handle = [](const WindowPointer &of) { return As_Parameter(Handle_Of(of.get())); };
@@ -76,9 +79,12 @@ void Activate(ThreadQueue &queue, const WindowPointer &window) {
 }
 
 void Bring_To_Front(const WindowPointer &window) {
-    if (!window->row) return;
+    {
+        const TreeLock lock;
+        if (!window->row) return;
+    }
     if (window->queue->Is_Own())
-        Activate(*window->queue, window);
+        Activate(*window->queue, window, Foreground::Take);
     else
         window->shared->Set_Foreground(window->handle);
 }
@@ -102,7 +108,7 @@ HWND SetFocus(HWND handle) {
             if (queue->active == root.get()) root.reset();
         }
     }
-    if (root) Activate(*queue, root);
+    if (root) Activate(*queue, root, Foreground::Leave);
     Move_Focus(*queue, window);
     return before;
 }

@@ -2,6 +2,16 @@
 
 #include <algorithm>
 
+LONG Within_Reach(LONG coordinate) {
+    return std::clamp(coordinate, -Farthest, Farthest);
+}
+
+RECT Within_Reach(const RECT &rectangle) {
+    const LONG left = Within_Reach(rectangle.left), top = Within_Reach(rectangle.top);
+    return {left, top, std::min(Within_Reach(rectangle.right), left + Farthest),
+            std::min(Within_Reach(rectangle.bottom), top + Farthest)};
+}
+
 LONG Frame_Size(DWORD style, DWORD extended_style) {
     LONG size = 0;
     if (style & WS_THICKFRAME)

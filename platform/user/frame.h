@@ -7,6 +7,12 @@ inline constexpr LONG Border_Size = 1, Dialog_Frame_Size = 3, Sizing_Frame_Size 
 inline constexpr LONG Caption_Height = 19, Menu_Height = 19, Scroll_Bar_Size = 16;
 inline constexpr LONG Iconic_Width = 160, Iconic_Height = 24, Iconic_Place = -32000;
 
+/// No coordinate and no size goes beyond this, so that sums of them fit a LONG.
+inline constexpr LONG Farthest = 32767;
+LONG Within_Reach(LONG coordinate);
+/// All four sides, and right and bottom no farther from left and top.
+RECT Within_Reach(const RECT &rectangle);
+
 /// Pixels that the frame takes on each of the four sides, without caption, menu and scroll bars.
 LONG Frame_Size(DWORD style, DWORD extended_style);
 

@@ -15,6 +15,13 @@ constinit void *installed_context = nullptr;
 
 constinit thread_local bool in_handler = false;
 
+struct InHandler {
+    InHandler() { in_handler = true; }
+    ~InHandler() { in_handler = false; } // also when the handler throws
+    InHandler(const InHandler &) = delete;
+    InHandler &operator=(const InHandler &) = delete;
+};
+
 struct ButtonSet {
     UINT style;
     int buttons[3]; // in their order on the screen; the first is the default
@@ -66,10 +73,8 @@ int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style) {
     }
     if (in_handler || Process_Is_Ending()) return answer;
     if (handler) {
-        in_handler = true;
-        const int chosen = handler(owner, text, caption, style, context);
-        in_handler = false;
-        return chosen;
+        const InHandler mark;
+        return handler(owner, text, caption, style, context);
     }
     std::fprintf(stderr, "[%s] %s\n", caption, text);
     return answer;

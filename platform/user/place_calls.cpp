@@ -85,7 +85,7 @@ BOOL ClientToScreen(HWND handle, POINT *point) {
 BOOL GetWindowPlacement(HWND handle, WINDOWPLACEMENT *placement) {
     if (!placement || placement->length != sizeof *placement) return Succeed_Or_Tell(ERROR_INVALID_PARAMETER);
     return Look_At(handle, [placement](const Window &window) {
-        const UINT flags = window.zoomed_before_iconic ? WPF_RESTORETOMAXIMIZED : 0;
+        const UINT flags = (window.State() & Zoomed_Before_Iconic) ? WPF_RESTORETOMAXIMIZED : 0;
         *placement = {sizeof *placement, flags,    Show_Command(window.Style()),
                       {-1, -1},          {-1, -1}, window.normal};
         return TRUE;
@@ -95,7 +95,7 @@ BOOL GetWindowPlacement(HWND handle, WINDOWPLACEMENT *placement) {
 BOOL SetWindowPlacement(HWND handle, const WINDOWPLACEMENT *placement) {
     if (!placement || placement->length != sizeof *placement) return Succeed_Or_Tell(ERROR_INVALID_PARAMETER);
     const WINDOWPLACEMENT wanted = *placement;
-    const RECT &normal = wanted.rcNormalPosition;
+    const RECT normal = Within_Reach(wanted.rcNormalPosition);
     bool stands_there = false;
     const BOOL found = Look_At(handle, [&](Window &window) {
         window.normal = normal;
@@ -111,7 +111,7 @@ BOOL SetWindowPlacement(HWND handle, const WINDOWPLACEMENT *placement) {
     ShowWindow(handle, static_cast<int>(wanted.showCmd));
     if (wanted.showCmd == SW_SHOWMINIMIZED) {
         Look_At(handle, [&](Window &window) {
-            window.zoomed_before_iconic = wanted.flags & WPF_RESTORETOMAXIMIZED;
+            window.Set_Zoomed_Before_Iconic(wanted.flags & WPF_RESTORETOMAXIMIZED);
             return TRUE;
         });
     }

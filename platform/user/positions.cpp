@@ -25,19 +25,15 @@ RECT Wanted_Rectangle(const Window &window, const WINDOWPOS &wanted) {
     RECT r = window.rectangle;
     LONG width = r.right - r.left, height = r.bottom - r.top;
     if (!(wanted.flags & SWP_NOMOVE)) {
-        r.left = wanted.x;
-        r.top = wanted.y;
+        r.left = Within_Reach(wanted.x);
+        r.top = Within_Reach(wanted.y);
     }
     if (!(wanted.flags & SWP_NOSIZE)) {
-        width = std::max(wanted.cx, 0);
-        height = std::max(wanted.cy, 0);
+        width = std::max(Within_Reach(wanted.cx), 0L);
+        height = std::max(Within_Reach(wanted.cy), 0L);
     }
-    const auto edge = [](LONG from, LONG size) {
-        LONG to;
-        return __builtin_add_overflow(from, size, &to) ? LONG{0x7FFFFFFF} : to;
-    };
-    r.right = edge(r.left, width);
-    r.bottom = edge(r.top, height);
+    r.right = r.left + width;
+    r.bottom = r.top + height;
     return r;
 }
 
@@ -90,19 +86,23 @@ void Apply(Window &window, WINDOWPOS &wanted) {
 
 // SWP_SHOWWINDOW and SWP_HIDEWINDOW: taken away where they change nothing.
 void Apply_Visibility(Window &window, WINDOWPOS &wanted) {
-    const DWORD state = window.Style() & State_Bits;
-    const UINT without_effect = (state & WS_VISIBLE) ? SWP_SHOWWINDOW : SWP_HIDEWINDOW;
+    const UINT without_effect = window.Is(WS_VISIBLE) ? SWP_SHOWWINDOW : SWP_HIDEWINDOW;
     wanted.flags &= ~without_effect;
-    DWORD fresh = state;
-    if (wanted.flags & SWP_SHOWWINDOW) fresh |= WS_VISIBLE;
-    if (wanted.flags & SWP_HIDEWINDOW) fresh &= ~WS_VISIBLE;
-    window.style = (window.style & ~State_Bits) | fresh;
-    if (window.row && fresh != state) window.row->state.store(fresh, std::memory_order_release);
+    if (!(wanted.flags & (SWP_SHOWWINDOW | SWP_HIDEWINDOW))) return;
+    const DWORD visible = (wanted.flags & SWP_SHOWWINDOW) ? WS_VISIBLE : 0;
+    const auto with_it = [visible](DWORD bits) { return (bits & State_Bits & ~WS_VISIBLE) | visible; };
+    if (window.row) SharedWindows::Change_State(*window.row, with_it);
+    window.style = (window.style & ~State_Bits) | with_it(window.style);
 }
 
 bool Needs_Activation(const Window &window, UINT flags, bool restacks) {
     if (flags & (SWP_NOACTIVATE | SWP_HIDEWINDOW)) return false;
     return (restacks || (flags & SWP_SHOWWINDOW)) && window.Is(WS_VISIBLE);
+}
+
+// Tells the last error for what is no window.
+bool Is_Place_In_Order(HWND after) {
+    return after == HWND_TOP || after == HWND_BOTTOM || IsWindow(after);
 }
 
 } // namespace
@@ -131,6 +131,7 @@ BOOL SetWindowPos(HWND handle, HWND after, int x, int y, int width, int height, 
     const WindowPointer window = Within_Memory(WindowPointer(), [&] { return Find_Window_Or_Tell(handle); });
     if (!window) return FALSE;
     if (!window->queue) return Succeed_Or_Tell(ERROR_ACCESS_DENIED);
+    if (!(flags & SWP_NOZORDER) && !Is_Place_In_Order(after)) return FALSE;
     constexpr UINT Given_By_Callers = 0x7FF;
     Reposition(window, {handle, after, x, y, width, height, flags & Given_By_Callers});
     return TRUE;

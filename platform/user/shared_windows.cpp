@@ -33,6 +33,16 @@ void Make_Lock(pthread_mutex_t &lock) {
     pthread_mutexattr_destroy(&attributes);
 }
 
+constexpr int Patience = 5; // seconds
+
+// A holder that is stopped is waited for within limits.
+int Lock_In_Time(pthread_mutex_t &lock) {
+    timespec limit;
+    clock_gettime(CLOCK_MONOTONIC, &limit);
+    limit.tv_sec += Patience;
+    return pthread_mutex_clocklock(&lock, CLOCK_MONOTONIC, &limit);
+}
+
 // True when the caller has the lock now, after a holder that ended as well.
 bool Owns_After(int locked, pthread_mutex_t &lock) {
     if (locked == EOWNERDEAD) return pthread_mutex_consistent(&lock) == 0;
@@ -45,22 +55,39 @@ struct Opened {
     unsigned machine = 0;
 };
 
+constinit std::atomic<Opened *> the_opened{nullptr};
+
+// A forked child opens the table for itself: what it inherited is its parent's, the lock perhaps held for
+// ever.
+void Begin_Anew_In_Child() {
+    the_opened.store(nullptr, std::memory_order_relaxed);
+}
+
 Opened &The_Opened() {
-    static Opened *opened = new Opened;
-    return *opened;
+    if (Opened *opened = the_opened.load(std::memory_order_acquire)) return *opened;
+    [[maybe_unused]] static const int told = pthread_atfork(nullptr, nullptr, Begin_Anew_In_Child);
+    auto fresh = std::make_unique<Opened>();
+    Opened *made = nullptr;
+    if (the_opened.compare_exchange_strong(made, fresh.get(), std::memory_order_acq_rel))
+        return *fresh.release();
+    return *made;
 }
 
 } // namespace
 
 class SharedWindows::TableLock {
   public:
-    explicit TableLock(Table &table) : lock_(table.lock) { Owns_After(pthread_mutex_lock(&lock_), lock_); }
-    ~TableLock() { pthread_mutex_unlock(&lock_); }
+    explicit TableLock(Table &table) : lock_(table.lock), held_(Owns_After(Lock_In_Time(lock_), lock_)) {}
+    ~TableLock() {
+        if (held_) pthread_mutex_unlock(&lock_);
+    }
+    bool Held() const { return held_; }
     TableLock(const TableLock &) = delete;
     TableLock &operator=(const TableLock &) = delete;
 
   private:
     pthread_mutex_t &lock_;
+    const bool held_;
 };
 
 void SharedWindows::Prepare(void *contents) {
@@ -95,9 +122,10 @@ std::shared_ptr<SharedWindows> SharedWindows::Current() {
 }
 
 void Let_Shared_Windows_Go() {
-    Opened &opened = The_Opened();
-    std::unique_lock guard(opened.lock, std::try_to_lock);
-    if (guard && opened.table) opened.table->block_->Let_Name_Go_If_Last(SharedBlock::Patience::Give_Up);
+    Opened *opened = the_opened.load(std::memory_order_acquire);
+    if (!opened) return;
+    std::unique_lock guard(opened->lock, std::try_to_lock);
+    if (guard && opened->table) opened->table->block_->Let_Name_Go_If_Last(SharedBlock::Patience::Give_Up);
 }
 
 [[gnu::destructor]] static void At_The_End() {
@@ -106,6 +134,7 @@ void Let_Shared_Windows_Go() {
 
 ThreadRow *SharedWindows::Take_Thread() {
     const TableLock guard(table_);
+    if (!guard.Held()) return nullptr;
     for (ThreadRow &row : table_.threads) {
         if (row.Lives()) continue;
         // What a dead thread left goes before the row lives again.
@@ -138,6 +167,7 @@ ThreadRow &SharedWindows::Thread_Of(const WindowRow &row) {
 
 WindowRow *SharedWindows::Take_Window(const ThreadRow &owner) {
     const TableLock guard(table_);
+    if (!guard.Held()) return nullptr;
     for (std::uint32_t i = 0; i < Most_Windows; ++i) {
         const std::uint32_t place = (table_.next_window + i) % Most_Windows;
         WindowRow &row = table_.windows[place];
@@ -145,7 +175,7 @@ WindowRow *SharedWindows::Take_Window(const ThreadRow &owner) {
         Give_Back(row);
         table_.next_window = (place + 1) % Most_Windows;
         std::uint32_t &generation = table_.generations[place];
-        generation = generation + 1 < Most_Generations ? generation + 1 : 1;
+        generation = generation < Most_Generations - 1 ? generation + 1 : 1;
         row.state.store(0, std::memory_order_relaxed);
         row.last_popup.store(0, std::memory_order_relaxed);
         row.title_version.store(0, std::memory_order_relaxed);
@@ -173,6 +203,11 @@ WindowRow *SharedWindows::Find(HWND window) {
     WindowRow &row = table_.windows[place];
     if (row.handle.load(std::memory_order_acquire) != handle || !Thread_Of(row).Lives()) return nullptr;
     return &row;
+}
+
+DWORD Following_State(DWORD before, DWORD bits) {
+    const DWORD was_zoomed = before & ((before & WS_MINIMIZE) ? Zoomed_Before_Iconic : WS_MAXIMIZE);
+    return bits | ((bits & WS_MINIMIZE) && was_zoomed ? Zoomed_Before_Iconic : 0);
 }
 
 void SharedWindows::Set_Title(WindowRow &row, std::string_view title) {

@@ -20,6 +20,10 @@
 
 /// What a window is at present; the bits of its style.
 inline constexpr DWORD State_Bits = WS_VISIBLE | WS_MINIMIZE | WS_MAXIMIZE;
+/// Beside them: an iconic window was zoomed before, and is again when it is restored.
+inline constexpr DWORD Zoomed_Before_Iconic = 1;
+/// What a window's state is when these State_Bits follow on `before`.
+DWORD Following_State(DWORD before, DWORD bits);
 
 struct ThreadRow {
     pthread_mutex_t life; // held by the thread
@@ -41,7 +45,7 @@ struct WindowRow {
 
     std::atomic<std::uint32_t> handle; // 0: free
     std::atomic<std::uint32_t> thread; // index of its thread's row
-    std::atomic<std::uint32_t> state;  // State_Bits
+    std::atomic<std::uint32_t> state;  // State_Bits, Zoomed_Before_Iconic
     std::atomic<std::uint32_t> last_popup;
     std::atomic<std::uint32_t> title_version; // odd while the title is being written
     char title[Title_Size];                   // terminated
@@ -54,12 +58,14 @@ class SharedWindows {
     /// The table of the machine that this process is on. Null, with the last error, when it cannot be had.
     static std::shared_ptr<SharedWindows> Current();
 
-    /// A row for the calling thread, which alone gives it back. Null when all are taken.
+    /// A row for the calling thread, which alone gives it back. Null when all are taken, or the table's lock
+    /// is not to be had in 5 seconds.
     ThreadRow *Take_Thread();
     void Give_Back(ThreadRow &row);
     std::uint32_t Index_Of(const ThreadRow &row) const;
 
-    /// A row and a handle for a window of that thread. Null when all are taken.
+    /// A row and a handle for a window of that thread. Null as before. Nobody waits for it under another
+    /// lock.
     WindowRow *Take_Window(const ThreadRow &owner);
     static void Give_Back(WindowRow &row) { row.handle.store(0, std::memory_order_release); }
     /// A handle for a window that has a parent, which no other process is told of.
@@ -71,6 +77,11 @@ class SharedWindows {
     /// For the threads of a process that live: false ends the walk.
     template <class Visit>
     void For_Each_Thread_Of(std::uint32_t process_id, Visit visit);
+
+    /// Gives the row the State_Bits that `bits_after` makes of its state, again when somebody else changes it
+    /// meanwhile. What it was.
+    template <class BitsAfter>
+    static DWORD Change_State(WindowRow &row, BitsAfter bits_after);
 
     static void Set_Title(WindowRow &row, std::string_view title);
     static std::string Title(const WindowRow &row);
@@ -100,6 +111,15 @@ struct SharedWindows::Table {
     ThreadRow threads[Most_Threads];
     WindowRow windows[Most_Windows];
 };
+
+template <class BitsAfter>
+DWORD SharedWindows::Change_State(WindowRow &row, BitsAfter bits_after) {
+    std::uint32_t before = row.state.load(std::memory_order_acquire);
+    while (!row.state.compare_exchange_weak(before, Following_State(before, bits_after(before)),
+                                            std::memory_order_acq_rel, std::memory_order_acquire)) {
+    }
+    return before;
+}
 
 template <class Visit>
 void SharedWindows::For_Each_Thread_Of(std::uint32_t process_id, Visit visit) {

@@ -11,10 +11,10 @@ struct Command {
     Activation activation;
 };
 
-// `was_zoomed`: before it became iconic. An unknown command changes nothing.
-Command State_After(int command, DWORD state, bool was_zoomed) {
+// An unknown command changes nothing.
+Command State_After(int command, DWORD state) {
     const DWORD size = state & (WS_MINIMIZE | WS_MAXIMIZE);
-    const DWORD restored = (size & WS_MINIMIZE) && was_zoomed ? WS_MAXIMIZE : 0;
+    const DWORD restored = (size & WS_MINIMIZE) && (state & Zoomed_Before_Iconic) ? WS_MAXIMIZE : 0;
     switch (command) {
     case SW_HIDE:
         return {size, Activation::No};
@@ -36,18 +36,37 @@ Command State_After(int command, DWORD state, bool was_zoomed) {
     case SW_SHOWNA:
         return {WS_VISIBLE | size, Activation::No};
     default:
-        return {state, Activation::No};
+        return {state & State_Bits, Activation::No};
     }
 }
 
 BOOL Show_Another_Process_s(const MachineWindow &found, int command) {
-    const DWORD state = found.row->state.load(std::memory_order_acquire);
-    const Command after = State_After(command, state, false);
-    found.row->state.store(after.state, std::memory_order_release);
+    Command after;
+    const DWORD before = SharedWindows::Change_State(*found.row, [&](DWORD state) {
+        after = State_After(command, state);
+        return after.state;
+    });
     if (after.activation == Activation::Yes)
         found.shared->Set_Foreground(reinterpret_cast<HWND>(found.row->handle.load()));
     found.shared->Thread_Of(*found.row).Wake();
-    return (state & WS_VISIBLE) != 0;
+    return (before & WS_VISIBLE) != 0;
+}
+
+// The next of the thread's that can be worked with. The caller holds the lock.
+Window *Next_Behind(const Window &window) {
+    for (Window *each : Desktop().children) {
+        const bool may_be_active = !each->in_destruction && each->Is(WS_VISIBLE) && !each->Is(WS_MINIMIZE) &&
+                                   !(each->style & WS_DISABLED);
+        if (each != &window && each->queue == window.queue && may_be_active) return each;
+    }
+    return nullptr;
+}
+
+// Its parent, or its owner if that can be seen. The caller holds the lock.
+Window *Heir_Of(const Window &window) {
+    if (!window.row) return window.parent;
+    const bool owner_shows = window.owner && window.owner->Is(WS_VISIBLE);
+    return owner_shows ? window.owner : Next_Behind(window);
 }
 
 // A window that goes out of sight leaves the focus and the foreground to what stands behind it.
@@ -56,17 +75,15 @@ void Leave_Focus(const WindowPointer &window) {
     bool was_active, had_focus;
     {
         const TreeLock lock;
+        if (window->gone) return;
         ThreadQueue &queue = *window->queue;
         Window *focus = queue.focus;
         was_active = queue.active == window.get();
         had_focus = focus && (focus == window.get() || Is_Descendant(*focus, *window));
-        if (!window->row && window->parent)
-            heir = Find_Window(window->parent->handle);
-        else if (window->owner)
-            heir = Find_Window(window->owner->handle);
+        heir = Find_Window(Handle_Of(Heir_Of(*window)));
     }
     if (was_active)
-        Activate(*window->queue, heir && IsWindowVisible(heir->handle) ? heir : nullptr);
+        Activate(*window->queue, heir, Foreground::Leave);
     else if (had_focus && heir)
         SetFocus(heir->handle);
 }
@@ -96,13 +113,16 @@ BOOL ShowWindow(HWND handle, int command) {
     if (on_machine) return Show_Another_Process_s(on_machine, command);
     if (!window || !window->queue) return FALSE;
     DWORD before;
+    bool changes;
     Command after;
     {
         const TreeLock lock;
-        before = window->Style() & State_Bits;
-        after = State_After(command, before, window->zoomed_before_iconic);
+        before = window->State();
+        after = State_After(command, before);
+        const DWORD told = window->style & State_Bits;
+        changes = after.state != told || after.state != (before & State_Bits);
     }
-    if (before != after.state) {
+    if (changes) {
         Change_State(window, after.state, after.activation);
         const bool sinks = !(after.state & WS_VISIBLE) || (after.state & WS_MINIMIZE);
         if (sinks && after.activation == Activation::No && window->queue->Is_Own()) Leave_Focus(window);

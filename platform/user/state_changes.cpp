@@ -39,14 +39,9 @@ WINDOWPOS Move_To(const Window &window, const RECT &place) {
 }
 
 // The caller holds the lock.
-WINDOWPOS Change_For(Window &window, DWORD before, DWORD state) {
+WINDOWPOS Change_For(const Window &window, DWORD before, DWORD state) {
     const bool resizes = (before ^ state) & (WS_MINIMIZE | WS_MAXIMIZE);
     WINDOWPOS change = resizes ? Move_To(window, Rectangle_In(window, state)) : Same_Place(window);
-    if (resizes) {
-        const bool was_zoomed =
-            (before & WS_MINIMIZE) ? window.zoomed_before_iconic : (before & WS_MAXIMIZE) != 0;
-        window.zoomed_before_iconic = (state & WS_MINIMIZE) && was_zoomed;
-    }
     if ((before ^ state) & WS_VISIBLE) change.flags |= (state & WS_VISIBLE) ? SWP_SHOWWINDOW : SWP_HIDEWINDOW;
     return change;
 }
@@ -71,44 +66,48 @@ void Change_State(const WindowPointer &window, DWORD state, Activation activatio
     DWORD before;
     {
         const TreeLock lock;
-        before = window->Style() & State_Bits;
+        before = window->style & State_Bits; // what it has been told
     }
-    Go_From_To(window, before, state, [&] {
-        window->style = (window->style & ~State_Bits) | state;
-        if (window->row) window->row->state.store(state, std::memory_order_release);
-    });
+    Go_From_To(window, before, state, [&] { window->Set_State_Bits(state); });
     if (activation == Activation::Yes) Bring_To_Front(window);
 }
 
+static void Tell_State(const WindowPointer &window) {
+    DWORD before, now;
+    {
+        const TreeLock lock;
+        before = window->style & State_Bits;
+        now = window->Style() & State_Bits;
+        window->style = window->Style(); // so that it is told once
+    }
+    if (before != now) Go_From_To(window, before, now, [] {});
+}
+
 void Catch_Up_With_The_Machine(ThreadQueue &queue) {
-    struct Behind {
-        WindowPointer window;
-        DWORD before, state;
-    };
-    std::vector<Behind> changed;
+    std::vector<WindowPointer> changed;
     WindowPointer to_activate;
     bool lost = false;
     Code_Of([&]() -> long {
         const TreeLock lock;
         for (Window *each : Desktop().children) {
-            if (each->queue.get() != &queue) continue;
-            const DWORD before = each->style & State_Bits, now = each->Style() & State_Bits;
-            if (now == before) continue;
-            changed.push_back({Find_Window(each->handle), before, now});
-            each->style = (each->style & ~State_Bits) | now; // so that it is told once
+            if (each->queue.get() == &queue && each->style != each->Style())
+                changed.push_back(Find_Window(each->handle));
         }
         const HWND foreground = queue.Shared()->Foreground();
-        if (foreground == Handle_Of(queue.active)) return NO_ERROR;
+        if (foreground == Handle_Of(queue.active)) {
+            queue.in_foreground = foreground != nullptr;
+            return NO_ERROR;
+        }
         const WindowPointer in_front = Find_Window(foreground);
         if (in_front && in_front->queue.get() == &queue)
             to_activate = in_front;
         else
-            lost = queue.active && foreground;
+            lost = queue.active && queue.in_foreground && foreground;
         return NO_ERROR;
     });
-    for (const Behind &each : changed) Go_From_To(each.window, each.before, each.state, [] {});
+    for (const WindowPointer &each : changed) Tell_State(each);
     if (to_activate)
-        Activate(queue, to_activate);
+        Activate(queue, to_activate, Foreground::Take);
     else if (lost)
-        Activate(queue, nullptr);
+        Activate(queue, nullptr, Foreground::Leave);
 }

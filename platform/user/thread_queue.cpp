@@ -17,10 +17,7 @@ struct Queues {
     std::unordered_map<DWORD, std::shared_ptr<ThreadQueue>> by_thread;
 };
 
-Queues &The_Queues() {
-    static Queues *queues = new Queues;
-    return *queues;
-}
+constinit std::atomic<Queues *> the_queues{nullptr};
 
 // The calling thread's hold of its queue. What runs after its end in the same thread finds none. The first
 // thread keeps its queue and windows through the exit routines; they end with the process.
@@ -32,6 +29,23 @@ struct ThreadEnd {
     ~ThreadEnd();
 };
 thread_local ThreadEnd thread_end;
+
+// A forked child has none of the threads, and their rows are not its own. What it inherited stays lying: it
+// may have been in the middle of a change.
+void Begin_Anew_In_Child() {
+    own = nullptr;
+    the_queues.store(nullptr, std::memory_order_relaxed);
+}
+
+Queues &The_Queues() {
+    if (Queues *queues = the_queues.load(std::memory_order_acquire)) return *queues;
+    [[maybe_unused]] static const int told = pthread_atfork(nullptr, nullptr, Begin_Anew_In_Child);
+    auto fresh = std::make_unique<Queues>();
+    Queues *made = nullptr;
+    if (the_queues.compare_exchange_strong(made, fresh.get(), std::memory_order_acq_rel))
+        return *fresh.release();
+    return *made;
+}
 
 ThreadEnd::~ThreadEnd() {
     if (!own || gettid() == getpid()) return;
@@ -47,15 +61,34 @@ ThreadEnd::~ThreadEnd() {
     queue.Close();
 }
 
+// Given back unless a queue has it.
+struct TakenRow {
+    explicit TakenRow(SharedWindows &from) : shared(from), row(from.Take_Thread()) {}
+    ~TakenRow() {
+        if (row) shared.Give_Back(*row);
+    }
+    TakenRow(const TakenRow &) = delete;
+    TakenRow &operator=(const TakenRow &) = delete;
+
+    SharedWindows &shared;
+    ThreadRow *row;
+};
+
 std::unique_ptr<std::shared_ptr<ThreadQueue>> Make_Queue() {
     std::shared_ptr<SharedWindows> shared = SharedWindows::Current();
     if (!shared) return nullptr;
+    TakenRow taken(*shared);
+    if (!taken.row) {
+        SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+        return nullptr;
+    }
     const auto thread_id = static_cast<DWORD>(gettid());
     auto hold = std::make_unique<std::shared_ptr<ThreadQueue>>(
-        std::make_shared<ThreadQueue>(thread_id, shared, nullptr));
+        std::make_shared<ThreadQueue>(thread_id, shared, taken.row));
     Queues &queues = The_Queues();
     std::lock_guard guard(queues.lock);
     queues.by_thread[thread_id] = *hold;
+    taken.row = nullptr;
     return hold;
 }
 
@@ -75,9 +108,7 @@ std::shared_ptr<ThreadQueue> ThreadQueue::Own() {
     }
     if (!own) return nullptr;
     (*own)->Move_To_Current_Machine();
-    if ((*own)->row_) return *own;
-    SetLastError(ERROR_NOT_ENOUGH_QUOTA);
-    return nullptr;
+    return *own;
 }
 
 std::shared_ptr<ThreadQueue> ThreadQueue::Existing() {
@@ -98,30 +129,25 @@ bool ThreadQueue::Is_Own() const {
 // The rows of machines that it has left stay as long as the thread: windows there may be its own.
 void ThreadQueue::Move_To_Current_Machine() {
     std::shared_ptr<SharedWindows> current = SharedWindows::Current();
-    if (!current || (current == shared_ && row_.load())) return;
+    if (!current || current == shared_) return;
     earlier_.reserve(earlier_.size() + 1);
     ThreadRow *row = current->Take_Thread();
     if (!row) return;
     std::lock_guard guard(lock_);
-    if (row_) earlier_.emplace_back(std::move(shared_), row_.load());
+    earlier_.emplace_back(std::move(shared_), row_.load());
     shared_ = std::move(current);
     row_ = row;
 }
 
 void ThreadQueue::Close() {
-    std::deque<std::shared_ptr<SentMessage>> unanswered;
     {
         std::lock_guard guard(lock_);
         closed_ = true;
-        unanswered.swap(sent_);
         posted_.clear();
     }
-    for (const auto &sent : unanswered) {
-        sent->answered = true;
-        sent->sender->Row().Wake();
-    }
+    Refuse_Sent();
     std::lock_guard guard(lock_);
-    if (row_) shared_->Give_Back(Row());
+    shared_->Give_Back(Row());
     for (auto &[shared, row] : earlier_) shared->Give_Back(*row);
     earlier_.clear();
 }
@@ -156,16 +182,14 @@ LRESULT ThreadQueue::Send(const std::shared_ptr<SentMessage> &sent, ThreadQueue 
         const std::shared_ptr<SentMessage> &sent;
         ThreadQueue &receiver;
         ~Withdrawal() {
-            if (receiver.Withdraw(sent)) return;
-            while (!sent->answered.load(std::memory_order_acquire)) {
-                const std::uint32_t seen = sent->sender->Seen();
-                if (!sent->answered.load(std::memory_order_acquire)) sent->sender->Sleep(seen, 1000);
-            }
+            if (!receiver.Withdraw(sent)) receiver.Wait_For_Answer(*sent);
         }
     } withdrawal{sent, receiver};
     for (;;) {
         const std::uint32_t seen = sent->sender->Seen();
+        const bool may_answer = receiver.Lives();
         if (sent->answered.load(std::memory_order_acquire)) return sent->result;
+        if (!may_answer) return Succeed_Or_Tell(ERROR_INVALID_WINDOW_HANDLE);
         sent->sender->Answer_Sent();
         sent->sender->Sleep(seen, 1000);
     }
@@ -177,15 +201,38 @@ bool ThreadQueue::Withdraw(const std::shared_ptr<SentMessage> &sent) {
     return std::erase(sent_, sent) != 0;
 }
 
-void ThreadQueue::Answer_Sent() {
+// Without running procedures; the receiver's may wait for an answer in its turn, and gets none.
+void ThreadQueue::Wait_For_Answer(const SentMessage &sent) {
     for (;;) {
-        std::shared_ptr<SentMessage> sent;
-        {
-            std::lock_guard guard(lock_);
-            if (sent_.empty()) break;
-            sent = std::move(sent_.front());
-            sent_.pop_front();
-        }
+        const std::uint32_t seen = sent.sender->Seen();
+        if (sent.answered.load(std::memory_order_acquire) || !Lives()) return;
+        sent.sender->Refuse_Sent();
+        sent.sender->Sleep(seen, 1000);
+    }
+}
+
+std::shared_ptr<SentMessage> ThreadQueue::Next_Sent() {
+    std::lock_guard guard(lock_);
+    if (sent_.empty()) return nullptr;
+    std::shared_ptr<SentMessage> sent = std::move(sent_.front());
+    sent_.pop_front();
+    return sent;
+}
+
+void ThreadQueue::Refuse_Sent() {
+    while (const std::shared_ptr<SentMessage> sent = Next_Sent()) {
+        sent->answered.store(true, std::memory_order_release);
+        sent->sender->Row().Wake();
+    }
+}
+
+bool ThreadQueue::Lives() const {
+    const ThreadRow &row = Row();
+    return row.Lives() && row.thread_id.load(std::memory_order_relaxed) == thread_id_;
+}
+
+void ThreadQueue::Answer_Sent() {
+    while (const std::shared_ptr<SentMessage> sent = Next_Sent()) {
         struct Answer {
             SentMessage &sent;
             ~Answer() {

@@ -35,6 +35,8 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
 
     /// The row on the machine that the thread is on at present.
     ThreadRow &Row() const { return *row_.load(std::memory_order_acquire); }
+    /// False for a thread that ended without a word, as the first one may.
+    bool Lives() const;
     const std::shared_ptr<SharedWindows> &Shared() const { return shared_; }
 
     // From any thread.
@@ -58,7 +60,8 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
     void Sleep(std::uint32_t seen, DWORD milliseconds) { Row().Sleep(seen, milliseconds); }
 
     Window *focus = nullptr;
-    Window *active = nullptr; // without a parent
+    Window *active = nullptr;   // without a parent
+    bool in_foreground = false; // `active` is the machine's, or was when the thread looked last
 
     ThreadQueue(DWORD thread_id, std::shared_ptr<SharedWindows> shared, ThreadRow *row);
     /// At the thread's end.
@@ -67,6 +70,9 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
   private:
     void Move_To_Current_Machine();
     bool Withdraw(const std::shared_ptr<SentMessage> &sent);
+    std::shared_ptr<SentMessage> Next_Sent();
+    void Refuse_Sent();
+    void Wait_For_Answer(const SentMessage &sent);
     bool Matches(const Filter &filter, const MSG &message) const;
 
     const DWORD thread_id_;

@@ -67,8 +67,29 @@ POINT Client_Origin(const Window &window) {
 }
 
 DWORD Window::Style() const {
-    if (!row) return style;
-    return (style & ~State_Bits) | (row->state.load(std::memory_order_acquire) & State_Bits);
+    return (style & ~State_Bits) | (State() & State_Bits);
+}
+
+DWORD Window::State() const {
+    if (row) return row->state.load(std::memory_order_acquire);
+    return (style & State_Bits) | (zoomed_before_iconic ? Zoomed_Before_Iconic : 0);
+}
+
+void Window::Set_State_Bits(DWORD bits) {
+    if (row)
+        SharedWindows::Change_State(*row, [bits](DWORD) { return bits; });
+    else
+        zoomed_before_iconic = Following_State(State(), bits) & Zoomed_Before_Iconic;
+    style = (style & ~State_Bits) | bits;
+}
+
+void Window::Set_Zoomed_Before_Iconic(bool zoomed) {
+    if (!row)
+        zoomed_before_iconic = zoomed;
+    else if (zoomed)
+        row->state.fetch_or(Zoomed_Before_Iconic, std::memory_order_acq_rel);
+    else
+        row->state.fetch_and(~Zoomed_Before_Iconic, std::memory_order_acq_rel);
 }
 
 bool Window::Is_Visible_In_All() const {

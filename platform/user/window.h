@@ -46,9 +46,9 @@ struct Window {
     HMENU menu = nullptr;
     int menu_height = 0; // of the bar, between caption and client area
 
-    RECT rectangle = {}; // in the parent's client coordinates, or the screen's
-    RECT normal = {};    // the same when it is neither iconic nor zoomed
-    bool zoomed_before_iconic = false;
+    RECT rectangle = {};               // in the parent's client coordinates, or the screen's
+    RECT normal = {};                  // the same when it is neither iconic nor zoomed
+    bool zoomed_before_iconic = false; // of a window with a parent; others have it in their row
     RECT invalid = {};
 
     Window *parent = nullptr; // the desktop for a window without one
@@ -66,6 +66,11 @@ struct Window {
 
     /// With the state bits as they are, whoever set them last.
     DWORD Style() const;
+    /// State_Bits and Zoomed_Before_Iconic, likewise.
+    DWORD State() const;
+    /// For the procedure and for all others.
+    void Set_State_Bits(DWORD bits);
+    void Set_Zoomed_Before_Iconic(bool zoomed);
     bool Is(DWORD style_bit) const { return (Style() & style_bit) != 0; }
     bool Is_Top_Level() const { return row != nullptr; }
     bool Is_Visible_In_All() const;

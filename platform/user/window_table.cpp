@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <new>
+#include <pthread.h>
 #include <unordered_map>
 
 namespace {
@@ -14,10 +16,12 @@ namespace {
 constinit std::recursive_mutex tree_lock;
 constinit thread_local unsigned tree_lock_depth = 0;
 
-std::unordered_map<HWND, WindowPointer> &Table() {
-    static auto *table = new std::unordered_map<HWND, WindowPointer>;
-    return *table;
-}
+struct Windows {
+    std::unordered_map<HWND, WindowPointer> by_handle;
+    WindowPointer desktop;
+};
+
+constinit Windows *the_windows = nullptr; // under the lock
 
 const HWND Desktop_Handle = reinterpret_cast<HWND>(16); // generation 0: no other window has it
 
@@ -31,6 +35,28 @@ WindowPointer Make_Desktop() {
     desktop->window_class = std::move(desktop_class);
     desktop->style = WS_POPUP | WS_VISIBLE;
     return desktop;
+}
+
+// A forked child has none of the windows; the lock may be another thread's of the parent for ever.
+void Begin_Anew_In_Child() {
+    new (&tree_lock) std::recursive_mutex;
+    tree_lock_depth = 0;
+    the_windows = nullptr;
+}
+
+Windows &The_Windows() {
+    [[maybe_unused]] static const int told = pthread_atfork(nullptr, nullptr, Begin_Anew_In_Child);
+    const TreeLock lock;
+    if (!the_windows) {
+        auto fresh = std::make_unique<Windows>();
+        fresh->desktop = Make_Desktop();
+        the_windows = fresh.release();
+    }
+    return *the_windows;
+}
+
+std::unordered_map<HWND, WindowPointer> &Table() {
+    return The_Windows().by_handle;
 }
 
 } // namespace
@@ -49,13 +75,8 @@ bool TreeLock::Held_By_This_Thread() {
     return tree_lock_depth != 0;
 }
 
-static const WindowPointer &Desktop_Pointer() {
-    static const auto *desktop = new WindowPointer(Make_Desktop());
-    return *desktop;
-}
-
 Window &Desktop() {
-    return *Desktop_Pointer();
+    return *The_Windows().desktop;
 }
 
 Window &Desktop_Of_The_Screen() {
@@ -83,7 +104,7 @@ WindowPointer Find_Window(HWND handle) {
     const TreeLock lock;
     if (handle == Desktop_Handle) {
         Desktop_Of_The_Screen();
-        return Desktop_Pointer();
+        return The_Windows().desktop;
     }
     const auto found = Table().find(handle);
     return found == Table().end() ? nullptr : found->second;

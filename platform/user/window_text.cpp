@@ -32,7 +32,9 @@ int GetWindowTextA(HWND handle, LPSTR text, int size) {
     std::string title;
     if (Within_Memory(false, [&] { return Find_Title(handle, title); })) return Give(title, text, size);
     *text = 0;
-    return static_cast<int>(SendMessageA(handle, WM_GETTEXT, static_cast<WPARAM>(size), As_Parameter(text)));
+    const LRESULT told = SendMessageA(handle, WM_GETTEXT, static_cast<WPARAM>(size), As_Parameter(text));
+    text[size - 1] = 0; // whatever the procedure has done
+    return static_cast<int>(std::clamp<LRESULT>(told, 0, size - 1));
 }
 
 int GetWindowTextLengthA(HWND handle) {

@@ -277,6 +277,7 @@ const Logged entries[] = {
     {"%s %s.", "(null) (unreadable).",
      [](CWorldBeat &b, const char *id) { b.Std_Log_Entry(id, nullptr, Nowhere); }},
     {"%d %n %d %s", "1 %n %d %s", [](CWorldBeat &b, const char *id) { b.Std_Log_Entry(id, 1, Nowhere, 2); }},
+    {"%.1lf", "1.5", [](CWorldBeat &b, const char *id) { b.Std_Log_Entry(id, 1.5); }},
     {"%ls %s", "%ls %s", [](CWorldBeat &b, const char *id) { b.Std_Log_Entry(id, L"x", "y"); }},
     {"%+-0# +-0#d", "%+-0# +-0#d", [](CWorldBeat &b, const char *id) { b.Std_Log_Entry(id, 1); }},
     {"end %", "end %", [](CWorldBeat &b, const char *id) { b.Std_Log_Entry(id, 1); }},
@@ -299,6 +300,7 @@ SECOND_PROCESS(localizer) {
     beat.Std_Log_Entry("UNKNOWN", "x");
     beat.Std_Log_Entry(nullptr, "x");
     beat.Std_Log_Entry("WIDE", 1, 1.0, "x");
+    beat.Std_Log_Entry("HUNGRY");
     return beat.Get_Temp_String("LONG").Length() / 100; // on the heap when the process ends
 }
 
@@ -310,7 +312,9 @@ TEST_F(CompanionTest, Files_Are_Found_And_Entries_Written_By_Strings_That_Are_No
     Write_Value("Root", "c:\\suite\\");
     machine.Write("drive_c/suite/logVars.txt", "");
     Install("log_companion_whole", "Log", "c:\\suite\\log.dll");
-    Strings strings = {{"WIDE", Wide}, {"LONG", std::string(700, 'l')}};
+    std::string hungry; // asks for more arguments than the stack has
+    for (int i = 0; i < 8000; ++i) hungry += "%.0s";
+    Strings strings = {{"WIDE", Wide}, {"LONG", std::string(700, 'l')}, {"HUNGRY", hungry}};
     std::string expected;
     for (const Logged &entry : entries) {
         strings.emplace_back(entry.format, entry.format);
@@ -333,7 +337,8 @@ TEST_F(CompanionTest, Files_Are_Found_And_Entries_Written_By_Strings_That_Are_No
                          missing + "c:\\a.ltx\n2\n" + looking + too_long.substr(0, 255) + "\n" + missing +
                          too_long + "\n2\n" + looking + "c:\\suite\\a.ltx\n0\n");
     EXPECT_EQ(written.substr(0, expected.size()), expected) << said;
-    EXPECT_EQ(written.substr(expected.size()), "Queue_Entry ... " + std::string(1024, ' ') + "\n");
+    EXPECT_EQ(written.substr(expected.size()), "Queue_Entry ... " + std::string(1024, ' ') +
+                                                   "\nQueue_Entry ... " + hungry.substr(0, 1024) + "\n");
 }
 
 } // namespace

@@ -43,6 +43,11 @@ TEST_F(MessageBoxes, GoToTheirHandler) {
         &shown);
     EXPECT_EQ(MessageBoxA(nullptr, nullptr, nullptr, MB_OKCANCEL), IDCANCEL);
     EXPECT_EQ(shown, "Error||1");
+    Set_Message_Box_Handler([](HWND, LPCSTR, LPCSTR, UINT, void *) -> int { throw 7; }, nullptr);
+    EXPECT_THROW(MessageBoxA(nullptr, "", "", MB_OK), int);
+    Set_Message_Box_Handler([](HWND, LPCSTR, LPCSTR, UINT, void *) { return IDNO; }, nullptr);
+    EXPECT_EQ(MessageBoxA(nullptr, "", "", MB_YESNO), IDNO); // no longer within a handler
+    Set_Message_Box_Handler(nullptr, nullptr);
 }
 
 TEST_F(DebugOutput, IsSilentUnlessSomebodyListens) {

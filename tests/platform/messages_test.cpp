@@ -7,7 +7,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <fstream>
+#include <pthread.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -118,6 +121,51 @@ TEST_F(WindowTest, Messages_To_Another_Thread_S_Window_Run_There_And_May_Call_Ba
     EXPECT_EQ(Error_Of(SetFocus(other.window)), ERROR_ACCESS_DENIED);
     EXPECT_FALSE(ShowWindow(other.window, SW_SHOWNA));
     EXPECT_TRUE(IsWindowVisible(other.window));
+}
+
+TEST_F(WindowTest, A_Throw_To_A_Sender_Leaves_Nobody_Waiting) {
+    TestWindow mine(WS_POPUP, Anywhere, nullptr, 0, [](HWND, UINT message, WPARAM, LPARAM) {
+        if (message == WM_USER) throw 7;
+        return message == WM_USER + 1 ? std::optional<LRESULT>(3) : std::nullopt;
+    });
+    const HWND back = mine;
+    std::atomic<LRESULT> second_answer{-1};
+    OtherThread other([&second_answer, back](HWND, UINT message, WPARAM, LPARAM) {
+        if (message != WM_USER) return std::optional<LRESULT>();
+        SendMessageA(back, WM_USER, 0, 0);
+        second_answer = SendMessageA(back, WM_USER + 1, 0, 0);
+        return std::optional<LRESULT>(1);
+    });
+    EXPECT_THROW(SendMessageA(other.window, WM_USER, 0, 0), int);
+    EXPECT_EQ(second_answer, 0); // not run any more
+}
+
+// Where the table of the machine's windows lies in this process. It begins with its lock.
+pthread_mutex_t *Lock_Of_The_Table() {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        if (line.ends_with("/block-windows"))
+            return reinterpret_cast<pthread_mutex_t *>(std::stoul(line, nullptr, 16));
+    }
+    return nullptr;
+}
+
+TEST_F(WindowTest, A_Table_That_Somebody_Keeps_Locked_Refuses_After_A_While) {
+    TestWindow mine(WS_POPUP, Anywhere);
+    pthread_mutex_t *const lock = Lock_Of_The_Table();
+    ASSERT_NE(lock, nullptr);
+    ASSERT_EQ(pthread_mutex_lock(lock), 0);
+    std::thread([] {
+        EXPECT_EQ(Error_Of(CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr,
+                                           nullptr, nullptr)),
+                  ERROR_NOT_ENOUGH_QUOTA);
+        // It has got no queue.
+        EXPECT_EQ(Error_Of(PostThreadMessageA(static_cast<DWORD>(gettid()), WM_USER, 0, 0)),
+                  ERROR_INVALID_THREAD_ID);
+    }).join();
+    pthread_mutex_unlock(lock);
+    TestWindow again(WS_POPUP, Anywhere);
+    EXPECT_TRUE(IsWindow(again));
 }
 
 TEST_F(WindowTest, A_Sender_Does_Not_Wait_For_A_Thread_That_Ends) {

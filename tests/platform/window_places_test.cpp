@@ -29,6 +29,8 @@ TEST_F(WindowTest, Siblings_Stand_In_The_Order_In_Which_They_Came_Until_Restacke
         EXPECT_TRUE(SetWindowPos(step.window, step.after, 0, 0, 0, 0, only_order));
         EXPECT_EQ(Order_In(main), step.order);
     }
+    EXPECT_EQ(Error_Of(SetWindowPos(a, reinterpret_cast<HWND>(0x7FFFFFF0), 0, 0, 0, 0, only_order)),
+              ERROR_INVALID_WINDOW_HANDLE);
     EXPECT_EQ(GetWindow(b, GW_HWNDFIRST), a);
     EXPECT_EQ(GetWindow(a, GW_HWNDLAST), b);
     EXPECT_EQ(GetWindow(b, GW_HWNDPREV), c);
@@ -117,6 +119,17 @@ TEST_F(WindowTest, The_Procedure_May_Change_Where_A_Window_Goes) {
     });
     MoveWindow(window, 5, 5, 20, 20, TRUE);
     EXPECT_EQ(Place_Of(window), "5 5 82 25");
+}
+
+TEST_F(WindowTest, Places_Beyond_Reach_Are_Brought_Within) {
+    constexpr int Most = 0x7FFFFFFF;
+    TestWindow window(WS_OVERLAPPEDWINDOW, {Most - 5, 5, Most, 10});
+    EXPECT_EQ(Place_Of(window), "32767 5 32772 10");
+    MoveWindow(window, -Most, Most, Most, Most, TRUE);
+    EXPECT_EQ(Place_Of(window), "-32767 32767 0 65534");
+    const WINDOWPLACEMENT stored = {sizeof stored, 0, SW_SHOW, {}, {}, {0, -Most - 1, 400, 700}};
+    EXPECT_TRUE(SetWindowPlacement(window, &stored));
+    EXPECT_EQ(Place_Of(window), "0 -32767 400 0");
 }
 
 std::string Normal_Of(HWND window) {

@@ -11,6 +11,7 @@
 #include <signal.h>
 #include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -43,6 +44,9 @@ SECOND_PROCESS(window_owner) {
             process.Tell(main.Heard());
         }
         if (command == "minimise") ShowWindow(main, SW_MINIMIZE);
+        if (command == "zoom") ShowWindow(main, SW_SHOWMAXIMIZED);
+        if (command == "hide") ShowWindow(main, SW_HIDE);
+        if (command == "show") ShowWindow(main, SW_SHOW);
         if (command == "popup") ShowWindow(popup, SW_SHOW);
         if (command == "name") SetWindowTextA(main, "Another title");
         if (command == "place") process.Tell(Place_Of(main));
@@ -105,6 +109,44 @@ TEST_F(WindowTest, Another_Process_S_Windows_Are_Seen_And_Brought_Forward) {
     EXPECT_EQ(Error_Of(GetWindowRect(other.main, &r)), ERROR_ACCESS_DENIED);
     EXPECT_EQ(Error_Of(PostMessageA(other.main, WM_USER, 0, 0)), ERROR_ACCESS_DENIED);
     EXPECT_EQ(Error_Of(DestroyWindow(other.main)), ERROR_ACCESS_DENIED);
+}
+
+TEST_F(WindowTest, A_Window_Restored_From_Outside_Gets_Where_It_Belongs) {
+    Owner other;
+    other.Do("minimise");
+    ShowWindow(other.main, SW_RESTORE);
+    other.Do("hide"); // its thread has not looked yet
+    other.Do("show");
+    other.Do("look");
+    EXPECT_FALSE(IsIconic(other.main));
+    EXPECT_EQ(other.Do("place"), "10 20 300 200");
+    other.Do("zoom");
+    other.Do("minimise");
+    ShowWindow(other.main, SW_RESTORE);
+    EXPECT_TRUE(IsZoomed(other.main));
+    other.Do("look");
+    EXPECT_EQ(other.Do("place"), "-4 -4 1028 772");
+}
+
+// In a forked child: true when it has windows of its own and leaves its parent's alone.
+bool Works_On_Its_Own(HWND parent_s) {
+    if (Window_Count() != 0 || DestroyWindow(parent_s) || !IsWindow(parent_s)) return false;
+    const HWND own =
+        CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    DWORD process_id = 0;
+    GetWindowThreadProcessId(own, &process_id);
+    return process_id == static_cast<DWORD>(getpid()) && DestroyWindow(own);
+}
+
+TEST_F(WindowTest, A_Fork_Has_None_Of_Its_Parent_S_Windows) {
+    TestWindow mine(WS_POPUP | WS_VISIBLE, {0, 0, 9, 9});
+    const pid_t child = fork();
+    if (child == 0) _exit(Works_On_Its_Own(mine) ? 0 : 1);
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(IsWindow(mine));
+    EXPECT_TRUE(IsWindowVisible(mine));
 }
 
 TEST_F(WindowTest, A_Hung_Process_Holds_Nobody_Up) {

@@ -151,6 +151,33 @@ TEST_F(WindowTest, Windows_May_Go_At_Awkward_Moments) {
         EXPECT_FALSE(IsWindow(main)) << moment;
         EXPECT_EQ(SendMessageA(child, WM_USER, 0, 0), 0);
     }
+    TestWindow owner(Dialog | WS_VISIBLE, Somewhere);
+    const HWND above = owner;
+    TestWindow popup(Dialog | WS_VISIBLE, Somewhere, owner, 0,
+                     [=](HWND, UINT message, WPARAM shows, LPARAM) -> std::optional<LRESULT> {
+                         if (message == WM_SHOWWINDOW && !shows) DestroyWindow(above);
+                         return std::nullopt;
+                     });
+    ShowWindow(popup, SW_HIDE);
+    EXPECT_FALSE(IsWindow(popup));
+}
+
+TEST_F(WindowTest, What_Is_Being_Destroyed_Is_Told_Once_And_Gets_No_Further_Family) {
+    TestWindow main(Dialog, Somewhere);
+    int told = 0;
+    TestWindow child(WS_CHILD, Somewhere, main, 1, [&told](HWND window, UINT message, WPARAM, LPARAM) {
+        if (message != WM_DESTROY) return std::optional<LRESULT>();
+        ++told;
+        for (const DWORD style : {WS_CHILD, WS_POPUP}) {
+            EXPECT_EQ(Error_Of(CreateWindowExA(0, TestWindow::Class(), "", style, 0, 0, 1, 1, window, nullptr,
+                                               nullptr, nullptr)),
+                      ERROR_INVALID_WINDOW_HANDLE);
+        }
+        DestroyWindow(window);
+        return std::optional<LRESULT>();
+    });
+    DestroyWindow(main);
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(WindowTest, A_Throw_During_Destruction_Leaves_A_Whole_Window) {
@@ -189,6 +216,9 @@ TEST_F(WindowTest, An_Enumeration_Stands_What_Is_Destroyed_Under_It) {
     to_destroy = a;
     EXPECT_TRUE(EnumChildWindows(main, visit, -1));
     EXPECT_EQ(seen, "14");
+    seen.clear();
+    EXPECT_TRUE(EnumChildWindows(nullptr, visit, -1));
+    EXPECT_EQ(seen, "0"); // the topmost one alone
 }
 
 TEST_F(WindowTest, Showing_And_Enabling_Tell_What_Was_And_Send_What_Changes) {
@@ -241,6 +271,25 @@ TEST_F(WindowTest, Focus_Activation_And_The_Last_Popup_Go_Together) {
     EXPECT_EQ(GetActiveWindow(), main);
 }
 
+TEST_F(WindowTest, What_Stands_Behind_Comes_Forward_And_Nobody_Steals_The_Foreground) {
+    TestWindow first(Dialog | WS_VISIBLE, Somewhere), hidden(Dialog, Somewhere);
+    TestWindow second(Dialog | WS_VISIBLE, Somewhere), third(Dialog | WS_VISIBLE, Somewhere);
+    DestroyWindow(third);
+    EXPECT_EQ(GetForegroundWindow(), second);
+    ShowWindow(second, SW_HIDE);
+    EXPECT_EQ(GetForegroundWindow(), first);
+    EXPECT_EQ(GetFocus(), first);
+    std::thread([] {
+        TestWindow behind(Dialog, Somewhere);
+        const HWND foreground = GetForegroundWindow();
+        SetFocus(behind);
+        EXPECT_EQ(GetForegroundWindow(), foreground);
+        MSG message;
+        PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE);
+        EXPECT_EQ(GetFocus(), behind);
+    }).join();
+}
+
 TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
     const HWND dialog = CreateWindowExA(0, "#32770", "", Dialog | WS_VISIBLE, 0, 0, 90, 90, nullptr, nullptr,
                                         nullptr, nullptr);
@@ -260,16 +309,6 @@ TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
     }
     EXPECT_EQ(GetFocus(), plain);
     DestroyWindow(dialog);
-}
-
-TEST_F(WindowTest, A_Thread_Takes_Its_Windows_Along) {
-    HWND window = nullptr;
-    std::thread([&window] {
-        window = CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr,
-                                 nullptr);
-        EXPECT_TRUE(IsWindow(window));
-    }).join();
-    EXPECT_FALSE(IsWindow(window));
 }
 
 } // namespace
