@@ -216,6 +216,10 @@ PLATFORM_API DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE *handles,
 /// By WM_GETTEXT: at most `size` bytes with the terminator, cut to fit; the length. 0 and an empty text when
 /// there is none. The title of another process's window comes from what the machine knows of it.
 PLATFORM_API int GetWindowTextA(HWND window, LPSTR text, int size);
+/// The same from what the machine knows of the window, whoever's it is: no procedure is asked and no thread
+/// waited for. 0 and an empty text on failure, with the last error: ERROR_INVALID_WINDOW_HANDLE when there
+/// surely is no such window. A text that is merely empty leaves the last error alone.
+PLATFORM_API int InternalGetWindowTextA(HWND window, LPSTR text, int size);
 /// By WM_GETTEXTLENGTH.
 PLATFORM_API int GetWindowTextLengthA(HWND window);
 /// By WM_SETTEXT; null is empty.

@@ -28,10 +28,10 @@ class CallsUnderWay {
 
     /// For a call itself: whether there is no other.
     bool Is_Only_One() const { return m_Count == 1; }
-    /// Whether there is none any more, within `milliseconds`.
-    bool Are_Over(DWORD milliseconds) const {
+    /// Whether there is none any more besides `own` ones, within `milliseconds`.
+    bool Are_Over(DWORD milliseconds, long own = 0) const {
         const DWORD start = GetTickCount();
-        while (m_Count != 0) {
+        while (m_Count != own) {
             if (GetTickCount() - start >= milliseconds) return false;
             Sleep(1);
         }

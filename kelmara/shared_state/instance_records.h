@@ -4,7 +4,8 @@
 // A process may be killed between any two instructions of a change. A record's window is taken away before
 // its texts change and set when they are whole, and Count takes a record in when it is whole, or leaves it
 // out once those behind it have moved down. So what a kill can leave is a record without a window, which
-// the next owner of the lock removes, or one that stands there twice.
+// the next owner of the lock removes, or one that stands there twice. Set_Title alone leaves the window where
+// it is, and may leave a torn title with it: the process that was killed is the window's own, as a rule.
 
 #include <kelmara/shared_state/instances.h>
 

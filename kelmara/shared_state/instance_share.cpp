@@ -14,16 +14,22 @@ constinit InstanceTable *g_Table = nullptr;
 constinit std::atomic<bool> g_Is_Set_Up{false};
 
 constinit std::atomic<unsigned long> Machine_Tried{0}; // whose share was asked for last; 0 for none
-constinit std::atomic<bool> Turn_Is_Taken{false};
+constinit std::atomic<DWORD> Turn_Of{0};               // the process whose thread has the turn
 constinit CallsUnderWay Calls;
 
-/// One thread at a time sets up or lets go. Nothing that it does waits for another process.
+/// One thread at a time sets up or lets go. It waits for other processes only as long as the machine does for
+/// the names of the block and the lock. A forked process takes over the turn of a thread that it has not.
 class Turn {
   public:
     Turn() {
-        while (Turn_Is_Taken.exchange(true)) Sleep(0);
+        const DWORD own = GetCurrentProcessId();
+        for (DWORD before = 0; !Turn_Of.compare_exchange_strong(before, own);) {
+            if (before != own) continue;
+            Sleep(0);
+            before = 0;
+        }
     }
-    ~Turn() { Turn_Is_Taken = false; }
+    ~Turn() { Turn_Of = 0; }
     Turn(const Turn &) = delete;
     Turn &operator=(const Turn &) = delete;
 };

@@ -2,8 +2,9 @@
 // Inside the library: the block and the lock of the instance registry.
 //
 // They are set up when the library is loaded, if the process is on a machine then, and otherwise by the first
-// call; a process that enters another machine gets that one's with its next call. Setting up waits for
-// nobody: who makes the lock owns it from the start, and empties the table.
+// call; a process that enters another machine gets that one's with its next call. Setting up does not
+// wait for the lock: who makes it owns it from the start, and empties the table. It waits up to 5 seconds for
+// the machine's lock of names, for the block and for the mutex each, when another process is stopped in it.
 
 #include <kelmara/shared_state/calls_under_way.h>
 #include <kelmara/shared_state/instances.h>

@@ -13,9 +13,12 @@
 //
 // Keys are compared with case and by their first 255 characters; null counts as empty. Any thread of any
 // process may call, and waits for the one that is in the table as long as it takes: up to 3 seconds for each
-// window of a program that does not answer. A window of this process is asked for its title by a message, so
-// its thread must look for messages. Nothing throws. A process killed in the middle of a change leaves at
-// most a record that does not count.
+// window of a program that does not answer. Titles come from what the machine knows of the windows, those of
+// this process included, so that no window procedure runs under the lock. What brings a window of this
+// process to the front does run them, or waits for the window's thread: that is done once the lock is
+// released. Nothing throws, whatever a procedure throws. Where a window cannot be looked at, for want of
+// memory say, its record stays as it is. A process killed in the middle of a change leaves at most a record
+// that does not count.
 
 #include <kelmara/api.h>
 
@@ -45,7 +48,7 @@ static_assert(sizeof(InstanceTable) == 0x96CC);
 /// Registers `window`, to be called once the program has its main window. True when no other instance lives,
 /// also when the table is full and the program runs on unregistered. False when one does, which is then
 /// restored if it is iconic and its last active popup brought to the front if that is visible; and when the
-/// table or its lock cannot be had.
+/// table or its lock cannot be had, or it cannot be told whether a window is there.
 KELMARA_API bool First_Instance(const char *key, const char *subkey, HWND window);
 
 /// Whether an instance lives; nothing is brought to the front. A null `subkey` is any. False also when the
@@ -53,5 +56,6 @@ KELMARA_API bool First_Instance(const char *key, const char *subkey, HWND window
 KELMARA_API bool Instance_Available(const char *key, const char *subkey);
 
 /// Takes the title of a registered window anew, so that it goes on to count. To be called whenever the
-/// window's title has changed. `name` is not read. A window that is not registered changes nothing.
+/// window's title has changed. `name` is not read. A window that is not registered changes nothing, nor
+/// does one whose title cannot be read.
 KELMARA_API void Update_Instance(const char *name, HWND window);

@@ -15,12 +15,27 @@ constexpr DWORD Wait_For_Calls = 2000; // milliseconds
 
 constinit std::atomic<HMODULE> g_hWaitLibrary{nullptr};
 constinit std::atomic<bool> Is_Over{false}; // the exit routine has run
+constinit std::atomic<DWORD> Loading_Process{0};
 constinit CallsUnderWay Calls;
+[[gnu::tls_model("initial-exec")]] constinit thread_local long Calls_Of_This_Thread = 0;
+
+/// Stands in each call: while there is one the companion is not unloaded.
+class CallUnderWay {
+  public:
+    CallUnderWay() : m_Call(Calls) { ++Calls_Of_This_Thread; }
+    ~CallUnderWay() { --Calls_Of_This_Thread; }
+    CallUnderWay(const CallUnderWay &) = delete;
+    CallUnderWay &operator=(const CallUnderWay &) = delete;
+
+  private:
+    const CallsUnderWay::Call m_Call;
+};
 
 bool Load_Wait_Library() {
     if (g_hWaitLibrary) return true;
     char path[Companion_Path_Size] = {};
     if (Is_Over || !Read_Companion_Path("Wait", path)) return false;
+    Loading_Process = GetCurrentProcessId();
     const HMODULE companion = LoadLibraryA(path);
     HMODULE before = nullptr;
     if (companion && !g_hWaitLibrary.compare_exchange_strong(before, companion)) FreeLibrary(companion);
@@ -38,26 +53,29 @@ void Call_Export(const char *name, Arguments... arguments) try {
 } // namespace
 
 void Open_Kelmara_Wait_Window() {
-    const CallsUnderWay::Call call(Calls);
+    const CallUnderWay call;
     if (Load_Wait_Library()) Call_Export<CommandProc>("Startup");
 }
 
 void Close_Kelmara_Wait_Window() {
-    const CallsUnderWay::Call call(Calls);
+    const CallUnderWay call;
     if (Load_Wait_Library()) Call_Export<CommandProc>("Finished");
 }
 
 void Show_Kelmara_Wait_Window(bool show) {
-    const CallsUnderWay::Call call(Calls);
+    const CallUnderWay call;
     Call_Export<ShowProc>("Show", show ? 1L : 0L);
 }
 
-// A call that has begun to load goes on to do so: its companion is taken in here all the same.
+// A call that has begun to load goes on to do so: its companion is taken in here all the same. This thread is
+// in a call itself where the process was ended from the companion. A forked process has neither the threads
+// nor the window.
 void Release_Wait_Library() {
     Is_Over = true;
-    const bool quiet = Calls.Are_Over(Wait_For_Calls);
-    if (!g_hWaitLibrary) return;
+    if (Loading_Process != GetCurrentProcessId()) return;
+    const bool quiet = Calls.Are_Over(Wait_For_Calls, Calls_Of_This_Thread) && Calls_Of_This_Thread == 0;
+    if (!g_hWaitLibrary || !quiet) return;
     Close_Kelmara_Wait_Window();
     const HMODULE companion = g_hWaitLibrary.exchange(nullptr);
-    if (quiet && Calls.Are_Over(0)) FreeLibrary(companion);
+    if (Calls.Are_Over(0)) FreeLibrary(companion);
 }

@@ -5,8 +5,10 @@
 // The companion is loaded by the first call that opens or closes the window, with the current directory left
 // alone. Where it is missing or has no such export the calls do nothing, silently, and each later one tries
 // again; nothing that the companion throws gets out. All calls may be made from any thread; two that load it
-// at once load it once. The library's exit routine closes the window and gives the companion back, unless a
-// thread is in it for two seconds more (then it stays loaded); from then on nothing is loaded any more.
+// at once load it once. The library's exit routine closes the window and gives the companion back, unless
+// another thread is in it for two seconds more, or the process was ended from within it: then nobody asks it
+// again and it stays loaded, its window going with the process. From then on nothing is loaded any more. A
+// forked process leaves the window and the companion to the one that loaded it.
 
 #include <kelmara/api.h>
 

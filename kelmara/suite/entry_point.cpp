@@ -1,7 +1,9 @@
 // All that happens when the library is loaded, in this order and nowhere else: what a part of the library
 // sets up, and the exit routine that takes it back. Exit routines run in the reverse order, so the memory
-// binding goes first; a later release binds it anew. Nothing here takes the library's memory, prints, waits
-// or can fail: what cannot be set up now is set up by the first call that needs it.
+// binding goes first; a later release binds it anew. Nothing here takes the library's memory, prints or
+// can fail: what cannot be set up now is set up by the first call that needs it. Nothing waits, but for the
+// instance registry's names, up to 5 seconds each when another process is stopped in the machine's lock of
+// names.
 
 #include <kelmara/containers/list_item_pool.h>
 #include <kelmara/foundation/memory_binding.h>

@@ -1,9 +1,11 @@
 // The registry of running instances, with copies of a program in processes of their own.
 
 #include <tests/shared_state/instance_copy.h>
+#include <tests/support/failing_new.h>
 #include <tests/support/handles.h>
 #include <tests/support/window_verbs.h>
 
+#include <atomic>
 #include <climits>
 #include <filesystem>
 #include <optional>
@@ -136,6 +138,64 @@ TEST_F(Instances, ComeToTheFrontWhenAnotherIsStarted) {
     SetForegroundWindow(other.window);
     EXPECT_EQ(other.First("H"), 0);
     EXPECT_EQ(GetForegroundWindow(), other.window) << "what is not visible stays behind";
+}
+
+// The window's thread looks for no message, as one that waits for the lock itself.
+TEST_F(Instances, OfTheOwnProcessAreAskedNothingUnderTheLock) {
+    TestWindow window(WS_OVERLAPPEDWINDOW | WS_VISIBLE, {0, 0, 100, 50}, nullptr, 0, {}, "Own");
+    EXPECT_TRUE(First_Instance("K", "S", window));
+    ShowWindow(window, SW_MINIMIZE);
+    std::thread([] { EXPECT_TRUE(Instance_Available("K", "S")); }).join();
+    std::atomic<bool> answered{false};
+    std::jthread asker([&] {
+        EXPECT_FALSE(First_Instance("K", "S", nullptr));
+        answered = true;
+    });
+    for (const DWORD start = GetTickCount(); GetTickCount() - start < 100;) {
+        Update_Instance(nullptr, window);
+        EXPECT_EQ(copy->Available(), 1) << "the lock is free";
+    }
+    EXPECT_FALSE(answered) << "it waits for this thread to look at its messages";
+    while (!answered) Look_At_Messages();
+    EXPECT_FALSE(IsIconic(window));
+}
+
+TEST_F(Instances, LetNothingOutThatAWindowThrows) {
+    bool throws = false;
+    TestWindow window(
+        WS_OVERLAPPEDWINDOW | WS_VISIBLE, {0, 0, 100, 50}, nullptr, 0,
+        [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+            if (throws && message != WM_NULL) throw 5;
+            return std::nullopt;
+        },
+        "Own");
+    EXPECT_TRUE(First_Instance("K", "S", window));
+    ShowWindow(window, SW_MINIMIZE);
+    throws = true;
+    EXPECT_NO_THROW(EXPECT_TRUE(Instance_Available("K", "S")));
+    EXPECT_NO_THROW(Update_Instance(nullptr, window));
+    EXPECT_NO_THROW(EXPECT_FALSE(First_Instance("K", "S", window)));
+    throws = false;
+    EXPECT_EQ(copy->Available(), 1) << "the lock is free";
+}
+
+TEST_F(Instances, KeepTheRecordsOfTheLivingWhateverMemoryFails) {
+    copy->First();
+    unsigned long at = 1;
+    for (bool reached = true; reached && at < 200; ++at) {
+        for (int call = 0; call < 3; ++call) {
+            bool first = false;
+            allocations_until_failure = at;
+            if (call == 0) first = First_Instance("K", "S", nullptr);
+            if (call == 1) Instance_Available("K", "S");
+            if (call == 2) Update_Instance(nullptr, copy->window);
+            reached = allocations_until_failure == 0;
+            allocations_until_failure = 0;
+            EXPECT_FALSE(first) << at;
+            ASSERT_EQ(raw->Text(), "K/S=Title") << "allocation " << at << " of call " << call;
+        }
+    }
+    EXPECT_GT(at, 3u);
 }
 
 TEST_F(Instances, RemoveAllStaleRecordsOfTheKeysAndNoOthers) {

@@ -18,6 +18,11 @@ void Within(Step step) try {
 } catch (...) {
 }
 
+// While the module is loaded, so that a forked process finds it made.
+[[gnu::constructor]] void Begin() {
+    Within([] { The_Window(); });
+}
+
 // Where the process ends and nobody has unloaded the module.
 [[gnu::destructor]] void End() {
     Within([] { The_Window().Close(); });

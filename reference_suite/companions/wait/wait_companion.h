@@ -4,7 +4,7 @@
 // The window has a thread of its own, so that it answers the machine while the program's threads are busy,
 // and whichever thread calls. Each routine returns when what it does is done; it waits for that thread alone,
 // which calls nobody back. None lets an exception out. The process's end and the unloading of the module
-// close the window and end the thread. A process forked from one with a window has none.
+// close the window and end the thread. In a process forked from the one that loaded it nothing happens.
 
 extern "C" {
 

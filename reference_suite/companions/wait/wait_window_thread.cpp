@@ -69,16 +69,19 @@ void Serve(HWND &window) {
 
 } // namespace
 
+WaitWindowThread::WaitWindowThread() : process_(GetCurrentProcessId()) {}
+
 void WaitWindowThread::Open() {
+    if (Is_Forked()) return;
     const std::lock_guard guard(lock_);
     if (Is_Open()) return;
     thread_ = std::thread([this] { Serve(window_); });
-    process_ = GetCurrentProcessId();
     Answer.acquire();
     if (!window_) thread_.join();
 }
 
 void WaitWindowThread::Close() {
+    if (Is_Forked()) return;
     const std::lock_guard guard(lock_);
     if (!Is_Open()) return;
     while (!PostMessageA(window_, Close_Message, 0, 0) && IsWindow(window_)) Sleep(1); // a full queue
@@ -86,13 +89,16 @@ void WaitWindowThread::Close() {
 }
 
 void WaitWindowThread::Show(bool show) {
+    if (Is_Forked()) return;
     const std::lock_guard guard(lock_);
     if (!Is_Open()) return;
     if (PostMessageA(window_, Show_Message, show, 0)) Answer.acquire();
 }
 
-// A fork has the object, but not the thread.
-bool WaitWindowThread::Is_Open() {
-    if (thread_.joinable() && process_ != GetCurrentProcessId()) thread_.detach();
+bool WaitWindowThread::Is_Open() const {
     return thread_.joinable();
+}
+
+bool WaitWindowThread::Is_Forked() const {
+    return process_ != GetCurrentProcessId();
 }
