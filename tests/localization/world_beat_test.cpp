@@ -300,7 +300,9 @@ SECOND_PROCESS(localizer) {
     beat.Std_Log_Entry("UNKNOWN", "x");
     beat.Std_Log_Entry(nullptr, "x");
     beat.Std_Log_Entry("WIDE", 1, 1.0, "x");
-    beat.Std_Log_Entry("HUNGRY");
+#define EIGHT nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr
+    beat.Std_Log_Entry("HUNGRY", EIGHT, EIGHT, EIGHT, EIGHT, EIGHT, EIGHT, EIGHT, EIGHT);
+#undef EIGHT
     return beat.Get_Temp_String("LONG").Length() / 100; // on the heap when the process ends
 }
 
@@ -312,7 +314,7 @@ TEST_F(CompanionTest, Files_Are_Found_And_Entries_Written_By_Strings_That_Are_No
     Write_Value("Root", "c:\\suite\\");
     machine.Write("drive_c/suite/logVars.txt", "");
     Install("log_companion_whole", "Log", "c:\\suite\\log.dll");
-    std::string hungry; // asks for more arguments than the stack has
+    std::string hungry; // asks for more than the 64 words that it is given
     for (int i = 0; i < 8000; ++i) hungry += "%.0s";
     Strings strings = {{"WIDE", Wide}, {"LONG", std::string(700, 'l')}, {"HUNGRY", hungry}};
     std::string expected;

@@ -2,13 +2,16 @@
 
 #include <reference_suite/companions/wait/wait_window_thread.h>
 
+#include <new>
+
 #define COMPANION_EXPORT [[gnu::visibility("default")]]
 
 namespace {
 
 // Never destroyed: a thread of the program may still call while the process ends.
 WaitWindowThread &The_Window() {
-    static auto *window = new WaitWindowThread;
+    alignas(WaitWindowThread) static unsigned char place[sizeof(WaitWindowThread)];
+    static auto *window = new (place) WaitWindowThread;
     return *window;
 }
 
