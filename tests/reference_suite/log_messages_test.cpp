@@ -312,9 +312,16 @@ SECOND_PROCESS(forking_client) {
     client.Heard(1); // its thread no longer starts, with locks of the host's that a fork would keep
     const DWORD start = GetTickCount();
     const pid_t forked = fork();
-    if (forked == 0) std::exit(0);
-    waitpid(forked, nullptr, 0);
-    process.Tell(GetTickCount() - start < 1500 ? "at once" : "late");
+    if (forked == 0) {
+        companion.stop_messages(client.handle); // waits for no thread that is not here
+        void *fresh = nullptr;
+        const auto nothing = [](unsigned long, long, char *, long, long, void *) {};
+        const long refused = companion.get_messages(0, nothing, nullptr, true, &fresh);
+        std::exit(refused == ERROR_INVALID_FUNCTION ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(forked, &status, 0);
+    process.Tell(status == 0 && GetTickCount() - start < 1500 ? "at once" : "late");
     companion.Send(2, "two");
     client.Heard(2);
     return 0;

@@ -51,10 +51,17 @@ long Code_Of(Step step) {
     }
 }
 
+// A forked process has neither the clients' threads nor the places on the board: it takes no part in
+// messages.
+bool Is_Forked() {
+    return opening_process != 0 && opening_process != GetCurrentProcessId();
+}
+
 long Open_All() {
     Companion &companion = The_Companion();
     const std::lock_guard guard(companion.lock);
-    if (companion.board) return NO_ERROR;
+    if (Is_Forked()) return ERROR_INVALID_FUNCTION;
+    if (companion.board) return companion.clients.Open(), NO_ERROR;
     std::shared_ptr<LogFile> file;
     std::shared_ptr<MessageBoard> board;
     if (const long error = LogFile::Open(file); error != NO_ERROR) return error;
@@ -81,10 +88,9 @@ long Post_Message(const char *data, long size, long code) {
     return NO_ERROR;
 }
 
-// A forked process has neither the threads nor the places on the board. The clients go last: their callbacks
-// find nothing left to register with.
+// The clients go last: their callbacks find nothing left to register with.
 void Close_All() {
-    if (opening_process != GetCurrentProcessId()) return;
+    if (Is_Forked()) return;
     Companion &companion = The_Companion();
     {
         const std::lock_guard guard(companion.lock);
@@ -116,16 +122,18 @@ COMPANION_EXPORT long Get_Messages(long code, LogMessageCallback callback, void 
     if (!callback || !client) return ERROR_INVALID_PARAMETER;
     return Code_Of([&]() -> long {
         const std::shared_ptr<MessageBoard> board = The_Board();
-        if (!board) return ERROR_INVALID_FUNCTION; // not initialised
+        if (!board || Is_Forked()) return ERROR_INVALID_FUNCTION; // not initialised here
         return The_Companion().clients.Add(board, code, callback, context, own_too, client);
     });
 }
 
 COMPANION_EXPORT void Stop_Messages(void *client) {
+    if (Is_Forked()) return;
     Code_Of([&] { return The_Companion().clients.Remove(client), NO_ERROR; });
 }
 
 COMPANION_EXPORT void Run_Cleanup_Thread() {
+    if (Is_Forked()) return;
     Code_Of([] {
         The_Companion().clients.Take_In_Ended();
         if (const std::shared_ptr<MessageBoard> board = The_Board()) board->Clear_Away_Dead();

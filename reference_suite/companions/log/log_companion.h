@@ -5,7 +5,8 @@
 // process, in the order in which they came. Messages go to the clients that are registered in any process of
 // the machine. Both are shared by name; a process that is killed at any moment leaves nothing torn and holds
 // up nobody. Unloading the module, or the end of the process, ends all registrations and their threads.
-// All routines may be called from any thread; none lets an exception out.
+// All routines may be called from any thread; none lets an exception out. A forked process takes no part in
+// messages: it gets no client there, and stops none.
 
 extern "C" {
 

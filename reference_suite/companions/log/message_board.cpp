@@ -117,8 +117,16 @@ void MessageBoard::Post(std::uint32_t sender, std::int32_t code, const char *dat
     Wake(readers);
 }
 
-// An event that cannot be opened although it is there is a sign that the others cannot either, each after a
-// wait for the machine's names: those readers look for themselves.
+// Whether the machine's names cannot be had at all, each after a wait for them, or it is this one name alone.
+bool Concerns_All_Names(DWORD error) {
+    for (const long all :
+         {ERROR_ACCESS_DENIED, ERROR_TOO_MANY_OPEN_FILES, ERROR_NOT_ENOUGH_QUOTA, ERROR_NOT_ENOUGH_MEMORY}) {
+        if (error == static_cast<DWORD>(all)) return true;
+    }
+    return false;
+}
+
+// Readers that are not woken look for themselves, a little later.
 void MessageBoard::Wake(const std::uint32_t (&readers)[Most_Readers]) {
     for (const std::uint32_t reader : readers) {
         if (reader == 0) continue;
@@ -127,7 +135,9 @@ void MessageBoard::Wake(const std::uint32_t (&readers)[Most_Readers]) {
             SetEvent(wake.get());
             continue;
         }
-        if (GetLastError() != static_cast<DWORD>(ERROR_FILE_NOT_FOUND)) return;
+        const DWORD error = GetLastError();
+        if (Concerns_All_Names(error)) return;
+        if (error != static_cast<DWORD>(ERROR_FILE_NOT_FOUND)) continue;
         const MutexLock lock(lock_, Longest_Wait);
         if (lock) Free_Place(reader);
     }
