@@ -36,12 +36,11 @@ bool KeyIndex::Is_Full() const {
     return Count > Last / 2;
 }
 
-// The cell of the key's entry, or the empty one where it would be; how far that is from its place by hash.
-KeyIndex::Cell *KeyIndex::Find_Cell(unsigned long hash, const char *key, std::size_t length,
-                                    unsigned long &way) const {
+// The cell of the key's entry, or the empty one where it would be.
+KeyIndex::Cell *KeyIndex::Find_Cell(unsigned long hash, const char *key, std::size_t length) const {
     Cell *const cells = Cells();
-    for (way = 0;; ++way) {
-        Cell &cell = cells[(hash + way) & Last];
+    for (unsigned long at = hash & Last;; at = (at + 1) & Last) {
+        Cell &cell = cells[at];
         if (!cell.Entry) return &cell;
         if (cell.Hash != hash) continue;
         __builtin_prefetch(&cell.Entry->Data);
@@ -50,16 +49,15 @@ KeyIndex::Cell *KeyIndex::Find_Cell(unsigned long hash, const char *key, std::si
 }
 
 HashTableEntry *KeyIndex::Find(const char *key, std::size_t length) const {
-    unsigned long way;
-    return Find_Cell(Hash_Of_Key(key, length), key, length, way)->Entry;
+    return Find_Cell(Hash_Of_Key(key, length), key, length)->Entry;
 }
 
 void KeyIndex::Add(KeyIndex *&index, HashTableEntry *entry, std::size_t length) {
     if (!index) return;
     const unsigned long hash = Hash_Of_Key(entry->Key, length);
-    unsigned long way;
-    Cell *const cell = index->Find_Cell(hash, entry->Key, length, way);
+    Cell *const cell = index->Find_Cell(hash, entry->Key, length);
     if (cell->Entry) return;
+    const unsigned long way = (static_cast<unsigned long>(cell - index->Cells()) - hash) & index->Last;
     if (way > Longest_Way_To_A_Cell) {
         Drop(index);
         index = nullptr;

@@ -37,7 +37,7 @@ class KeyIndex {
     static KeyIndex *Make_With_Cells(unsigned long count);
     Cell *Cells() const;
     bool Is_Full() const;
-    Cell *Find_Cell(unsigned long hash, const char *key, std::size_t length, unsigned long &way) const;
+    Cell *Find_Cell(unsigned long hash, const char *key, std::size_t length) const;
     void Take_Over(const KeyIndex &smaller);
 
     unsigned long Last;  // the number of cells, a power of 2, minus 1
