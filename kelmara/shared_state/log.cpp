@@ -5,6 +5,7 @@
 #include <kelmara/shared_state/log_library.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/file.h>
+#include <kelmara/system/remembered_directory.h>
 
 #include <platform/files.h>
 #include <platform/kernel.h>
@@ -92,24 +93,23 @@ class LoadTurn {
 class DirectoryVisit {
   public:
     explicit DirectoryVisit(const char *file) {
-        const DWORD length = GetCurrentDirectoryA(sizeof m_Before, m_Before);
-        m_Leads_Back = length != 0 && length < sizeof m_Before && SetCurrentDirectoryA(m_Before);
-        if (!m_Leads_Back) return;
+        if (!m_Before.Is_Known()) return;
         char folder[Companion_Path_Size + 1];
-        std::strcpy(folder, file);
+        std::snprintf(folder, sizeof folder - 1, "%s", file);
         Tail_String(folder, '\\', false);
-        std::strcat(folder, "\\");
-        SetCurrentDirectoryA(folder);
+        const std::size_t length = std::strlen(folder);
+        folder[length] = '\\';
+        folder[length + 1] = 0;
+        Machine_Change_Directory(folder);
     }
     ~DirectoryVisit() {
-        if (m_Leads_Back) SetCurrentDirectoryA(m_Before);
+        if (m_Before.Is_Known()) m_Before.Go_Back();
     }
     DirectoryVisit(const DirectoryVisit &) = delete;
     DirectoryVisit &operator=(const DirectoryVisit &) = delete;
 
   private:
-    char m_Before[MAX_PATH + 1] = {};
-    bool m_Leads_Back = false;
+    const RememberedDirectory m_Before;
 };
 
 bool Is_Debug_Switch_There() {

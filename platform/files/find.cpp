@@ -5,20 +5,18 @@
 #include <platform/files/paths.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/handle_table.h>
+#include <platform/kernel/open_folder.h>
 #include <platform/kernel/outcome.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <mutex>
 #include <vector>
 
 namespace {
-
-using Folder = std::unique_ptr<DIR, decltype([](DIR *folder) { closedir(folder); })>;
 
 struct Entry {
     std::string windows_name, host_name;
@@ -113,7 +111,7 @@ struct Search {
 };
 
 long Read_Folder(const HostPlace &place, const NamePattern &pattern, Search &search) {
-    const Folder folder(opendir(place.host_path.c_str()));
+    const OpenFolder folder = Open_Folder(place.host_path);
     if (!folder) return errno == ENOENT ? ERROR_PATH_NOT_FOUND : Error_Of_Errno(errno);
     for (;;) {
         errno = 0;

@@ -3,11 +3,11 @@
 #include <platform/kernel.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/machine_state.h>
+#include <platform/kernel/open_folder.h>
 #include <platform/kernel/outcome.h>
 
 #include <algorithm>
 #include <cstring>
-#include <dirent.h>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -19,7 +19,6 @@ namespace {
 constexpr char Host_Drive = 'z';
 
 using Names = std::vector<std::string>;
-using Folder = std::unique_ptr<DIR, decltype([](DIR *folder) { closedir(folder); })>;
 
 // A place of the host, told from a drive's root.
 struct DrivePlace {
@@ -292,7 +291,7 @@ std::string Find_In_Folder(const std::string &host_folder, std::string_view wind
     if (kept.empty() || kept.size() != windows_name.size()) return {};
     std::string exact = Joined(host_folder, Utf8_Of_Ansi(windows_name));
     if (Exists(exact)) return exact;
-    const Folder folder(opendir(host_folder.c_str()));
+    const OpenFolder folder = Open_Folder(host_folder);
     std::string found;
     while (const dirent *entry = folder ? readdir(folder.get()) : nullptr) {
         const std::string_view name = entry->d_name;

@@ -12,6 +12,7 @@
 // one: sleepers look again every second.
 
 #include <platform/kernel/named_objects.h>
+#include <platform/kernel/robust_lock.h>
 #include <platform/kernel/waiting.h>
 
 #include <atomic>
@@ -44,28 +45,13 @@ struct EventState {
 };
 static_assert(sizeof(EventState) <= 4096);
 
-void Make_Lock(pthread_mutex_t &lock) {
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
-    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-    pthread_mutex_init(&lock, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-}
-
 template <bool Manual, bool Set>
 void Prepare(void *contents) {
     auto &state = *static_cast<EventState *>(contents);
-    Make_Lock(state.lock);
-    for (Place &place : state.places) Make_Lock(place.presence);
+    Make_Robust_Lock(state.lock);
+    for (Place &place : state.places) Make_Robust_Lock(place.presence);
     state.manual = Manual;
     state.set = Set;
-}
-
-// True when the caller has the lock now, after a holder that ended as well.
-bool Owns_After(int locked, pthread_mutex_t &lock) {
-    if (locked == EOWNERDEAD) return pthread_mutex_consistent(&lock) == 0;
-    return locked == 0;
 }
 
 class StateLock {

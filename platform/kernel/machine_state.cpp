@@ -2,13 +2,13 @@
 
 #include <platform/kernel.h>
 #include <platform/kernel/file_descriptor.h>
+#include <platform/kernel/open_folder.h>
 
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <list>
@@ -118,7 +118,7 @@ std::string Read_Or_Make_Number(const std::string &folder) {
 
 // A folder that holds anything else is somebody's own.
 bool May_Become_A_Machine(const std::string &folder) {
-    const std::unique_ptr<DIR, decltype([](DIR *open) { closedir(open); })> opened(opendir(folder.c_str()));
+    const OpenFolder opened = Open_Folder(folder);
     int entries = 0;
     while (opened && entries <= 2 && readdir(opened.get())) ++entries; // "." and ".." are always there
     return entries <= 2 || access((folder + "/machine.id").c_str(), F_OK) == 0;

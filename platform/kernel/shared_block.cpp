@@ -3,12 +3,12 @@
 #include <platform/errors.h>
 #include <platform/kernel/file_descriptor.h>
 #include <platform/kernel/machine_state.h>
+#include <platform/kernel/open_folder.h>
 
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <mutex>
@@ -146,7 +146,7 @@ bool Somebody_Holds(int descriptor) {
 
 // The caller holds the lock of names.
 void Throw_Away_What_Nobody_Holds(const std::string &folder) {
-    const std::unique_ptr<DIR, decltype([](DIR *open) { closedir(open); })> opened(opendir(folder.c_str()));
+    const OpenFolder opened = Open_Folder(folder);
     if (!opened) return;
     while (const dirent *entry = readdir(opened.get())) {
         if (entry->d_type == DT_DIR) continue;

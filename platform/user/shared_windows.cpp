@@ -2,6 +2,7 @@
 
 #include <platform/kernel.h>
 #include <platform/kernel/machine_state.h>
+#include <platform/kernel/robust_lock.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -24,15 +25,6 @@ std::uint32_t First_Generation() {
     return 1 + static_cast<std::uint32_t>(now.tv_sec) % 4096;
 }
 
-void Make_Lock(pthread_mutex_t &lock) {
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
-    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-    pthread_mutex_init(&lock, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-}
-
 constexpr int Patience = 5; // seconds
 
 // A holder that is stopped is waited for within limits.
@@ -41,12 +33,6 @@ int Lock_In_Time(pthread_mutex_t &lock) {
     clock_gettime(CLOCK_MONOTONIC, &limit);
     limit.tv_sec += Patience;
     return pthread_mutex_clocklock(&lock, CLOCK_MONOTONIC, &limit);
-}
-
-// True when the caller has the lock now, after a holder that ended as well.
-bool Owns_After(int locked, pthread_mutex_t &lock) {
-    if (locked == EOWNERDEAD) return pthread_mutex_consistent(&lock) == 0;
-    return locked == 0;
 }
 
 struct Opened {
@@ -92,8 +78,8 @@ class SharedWindows::TableLock {
 
 void SharedWindows::Prepare(void *contents) {
     auto &table = *static_cast<Table *>(contents);
-    Make_Lock(table.lock);
-    for (ThreadRow &row : table.threads) Make_Lock(row.life);
+    Make_Robust_Lock(table.lock);
+    for (ThreadRow &row : table.threads) Make_Robust_Lock(row.life);
     const std::uint32_t first = First_Generation();
     std::fill(std::begin(table.generations), std::end(table.generations), first);
     table.last_child.store(first * Most_Windows, std::memory_order_relaxed);

@@ -6,6 +6,7 @@
 
 #include <platform/files.h>
 #include <platform/kernel.h>
+#include <platform/runtime.h>
 
 #include <tests/support/companion_test.h>
 #include <tests/support/replaced_import.h>
@@ -265,16 +266,16 @@ HMODULE Count_Load(LPCSTR path) {
     ++other_calls;
     return LoadLibraryA(path);
 }
-BOOL Count_Directory(LPCSTR path) {
+int Count_Directory(const char *path) {
     ++other_calls;
-    return SetCurrentDirectoryA(path);
+    return Machine_Change_Directory(path);
 }
 
 TEST_F(Log, CostsOneRegistryReadWhenNoCompanionIsNamed) {
     const ReplacedImport open("libkelmara.so", "RegOpenKeyExA", reinterpret_cast<void *>(Count_Open));
     const ReplacedImport query("libkelmara.so", "RegQueryValueExA", reinterpret_cast<void *>(Count_Query));
     const ReplacedImport load("libkelmara.so", "LoadLibraryA", reinterpret_cast<void *>(Count_Load));
-    const ReplacedImport directory("libkelmara.so", "SetCurrentDirectoryA",
+    const ReplacedImport directory("libkelmara.so", "Machine_Change_Directory",
                                    reinterpret_cast<void *>(Count_Directory));
     Std_Log_Entry("entry");
     Debug_Log_Entry("entry");
