@@ -25,6 +25,7 @@ TEST_F(AutoPosition, Each_Neighbour_Flag_Measures_And_Places_In_Its_Own_Order) {
         {APM_MATCH_NEIGHBOUR_WIDTH, 0, narrow, "50 20 90 40"},
         {APM_GROW_TO_NEIGHBOUR_WIDTH, 0, narrow, "100 20 150 40"},
         {APM_GROW_TO_NEIGHBOUR_WIDTH, 0, after, "50 20 130 40"},
+        {APM_RIGHT_OF_NEIGHBOUR | APM_GROW_TO_NEIGHBOUR_WIDTH, 0, after, "150 20 230 40"},
         {APM_LEFT_OF_NEIGHBOUR | APM_RIGHT_OF_NEIGHBOUR, 0, after, "150 20 200 40"},
         {APM_ALIGN_NEIGHBOUR_LEFT | APM_STRETCH_TO_NEIGHBOUR, 0, after, "-80 20 -30 40"},
         {APM_ALIGN_NEIGHBOUR_RIGHT | APM_STRETCH_FROM_NEIGHBOUR, 0, after, "100 20 150 40"},
@@ -95,6 +96,7 @@ TEST_F(AutoPosition, Controls_Are_Fitted_To_Their_Texts) {
         {APM_NO_PADDING | APM_KEEP_MIN_WIDTH, "&One", "I", 100, 80},
         {APM_NO_PADDING, "&One", long_text.c_str(), 100, text(cut.c_str())},
         {APM_NO_PADDING | APM_CENTER_ON_FIT, "&One", "I", 140 - text("I") / 2, text("I")},
+        {APM_NO_PADDING | APM_KEEP_RIGHT, "&One", "I", 180 - text("I"), text("I")},
         {APM_TEXT_FIXED, "&One", "&Another", 100, 80},
     };
     for (const auto &row : rows) {
@@ -120,6 +122,7 @@ TEST_F(AutoPosition, Controls_Are_Fitted_To_Their_Texts) {
         layout.Update_Controls();
         EXPECT_EQ(Width(control), text("The widest"));
         EXPECT_EQ(Width(empty), 20);
+        EXPECT_TRUE(layout.Find_Entry(control)->m_Flags & APM_TEXT_FIXED);
     }
 }
 
@@ -133,11 +136,13 @@ TEST_F(AutoPosition, What_Has_Not_Changed_Is_Left_Alone_And_What_Has_Is_Painted)
         RECT area = {};
         return Invalid_Rectangle(dialog, &area, true) ? Text_Of(area) : "none";
     };
+    const auto is_left_alone = [&] {
+        control.Heard();
+        layout.Update_Controls();
+        return control.Heard() == "WM_GETTEXT" && painted() == "none";
+    };
     painted();
-    control.Heard();
-    layout.Update_Controls();
-    EXPECT_EQ(control.Heard(), "WM_GETTEXT");
-    EXPECT_EQ(painted(), "none");
+    EXPECT_TRUE(is_left_alone());
     dialog.Resize(440, 300);
     painted();
     layout.Update_Controls();
@@ -146,6 +151,7 @@ TEST_F(AutoPosition, What_Has_Not_Changed_Is_Left_Alone_And_What_Has_Is_Painted)
     layout.Update_Controls();
     EXPECT_EQ(At(control), "70 20 100 40");
     EXPECT_EQ(painted(), "70 20 100 40");
+    EXPECT_TRUE(is_left_alone());
 }
 
 // --- group boxes and centring -----------------------------------------------------------------------------
