@@ -6,7 +6,6 @@
 #include <kelmara/dialogs/placements.h>
 #include <kelmara/dialogs/walked_records.h>
 #include <kelmara/dialogs/window_helpers.h>
-#include <kelmara/foundation/memory.h>
 
 #include <algorithm>
 
@@ -46,13 +45,6 @@ CAutoPositionManager::CAutoPositionManager() = default;
 CAutoPositionManager::CAutoPositionManager(const CAutoPositionManager &other) = default;
 
 CAutoPositionManager &CAutoPositionManager::operator=(const CAutoPositionManager &other) = default;
-
-CAutoPositionManager::~CAutoPositionManager() {
-    while (void *const entry = m_GroupBoxes.Pop(0)) {
-        static_cast<GroupBoxsListEntry *>(entry)->~GroupBoxsListEntry();
-        ds_free(entry);
-    }
-}
 
 long CAutoPositionManager::Initialize(HWND parent) {
     m_Parent = parent;

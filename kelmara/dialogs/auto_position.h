@@ -121,7 +121,7 @@ class KELMARA_API CAutoPositionManager {
     long Update_Controls();
 
     /// Moves all direct children sideways, together, so that they stand in the middle of the window, and
-    /// measures every control anew. What is left of the middle to one side only does not move it off.
+    /// measures every control anew. What is centred reaches to that middle in any case.
     long Center_Child_Controls();
 
   protected:

@@ -6,29 +6,38 @@
 #include <kelmara/dialogs/placements.h>
 #include <kelmara/foundation/owned_block.h>
 
-#include <memory>
 #include <new>
 
 namespace {
 
 constexpr int Most_Member_Ids = 31;
 
-struct GroupRelease {
-    void operator()(GroupBoxsListEntry *group) const {
-        group->~GroupBoxsListEntry();
-        ds_free(group);
-    }
-};
-using OwnedGroup = std::unique_ptr<GroupBoxsListEntry, GroupRelease>;
-
-// Empty where there is no memory for it. Throws what a list throws.
-OwnedGroup New_Group() {
-    OwnedBlock block(ds_malloc(sizeof(GroupBoxsListEntry)));
-    if (!block.Get()) return nullptr;
-    OwnedGroup group(::new (static_cast<void *>(block.Get())) GroupBoxsListEntry());
-    block.Hand_Over();
-    return group;
+void Destroy_Group(GroupBoxsListEntry *group) {
+    group->~GroupBoxsListEntry();
+    ds_free(group);
 }
+
+// A record until a list has it; null where there is no memory for it. Throws what a list throws.
+class NewGroup {
+  public:
+    NewGroup() {
+        OwnedBlock block(ds_malloc(sizeof(GroupBoxsListEntry)));
+        if (!block.Get()) return;
+        m_Group = ::new (static_cast<void *>(block.Get())) GroupBoxsListEntry();
+        block.Hand_Over();
+    }
+    ~NewGroup() {
+        if (m_Group) Destroy_Group(m_Group);
+    }
+    NewGroup(const NewGroup &) = delete;
+    NewGroup &operator=(const NewGroup &) = delete;
+
+    GroupBoxsListEntry *Get() const { return m_Group; }
+    void Hand_Over() { m_Group = nullptr; }
+
+  private:
+    GroupBoxsListEntry *m_Group = nullptr;
+};
 
 template <class Use>
 void For_Each_Member(GroupBoxsListEntry &group, Use use) {
@@ -39,18 +48,23 @@ void For_Each_Member(GroupBoxsListEntry &group, Use use) {
 
 } // namespace
 
+CAutoPositionManager::~CAutoPositionManager() {
+    while (void *const group = m_GroupBoxes.Pop(0)) Destroy_Group(static_cast<GroupBoxsListEntry *>(group));
+}
+
 long CAutoPositionManager::Manage_GroupBox(HWND box, long flags, const HWND *members, HWND neighbour) try {
     if (!m_Parent) return E_UNEXPECTED;
     if (!box || !members || !*members) return E_INVALIDARG;
-    OwnedGroup group = New_Group();
+    NewGroup record;
+    GroupBoxsListEntry *const group = record.Get();
     if (!group) return E_OUTOFMEMORY;
     group->m_Box = box;
     group->m_Neighbour = neighbour;
     group->m_Flags = flags;
     for (; *members; ++members) group->m_Members.Add(*members, 0);
     Measure_Group(*group);
-    m_GroupBoxes.Add(group.get(), 0);
-    (void)group.release();
+    m_GroupBoxes.Add(group, 0);
+    record.Hand_Over();
     return 0;
 } catch (...) { // the pool's: no memory for an item
     return E_OUTOFMEMORY;
