@@ -65,7 +65,7 @@ class Dialog {
 template <class Work>
 double Median_Of(Work work) {
     double times[measure::Rounds];
-    for (double &time : times) time = measure::Time(work, 4);
+    for (double &time : times) time = measure::Time(work, 1);
     return measure::Median(times);
 }
 
