@@ -22,18 +22,18 @@ struct BoundRadioLayout {
 
 namespace {
 
-/// The buttons' notifiers and their values, pair by pair, as far as both go.
+/// The buttons' notifiers with their values.
 class Buttons {
   public:
     Buttons(CDSList *notifiers, CDSList *values)
         : m_Notifier(m_Notifiers.Iterate(notifiers)), m_Value(m_Values.Iterate(values)) {}
 
-    bool More() { return m_Notifiers.More() && m_Values.More(); }
+    bool More() { return m_Notifiers.More(); }
     void Next() {
         m_Notifier = m_Notifiers.Next();
         m_Value = m_Values.Next();
     }
-    /// Null for a button without one.
+    /// Each null for a button without one.
     CBoundRadioButtonControl *Notifier() const { return static_cast<CBoundRadioButtonControl *>(m_Notifier); }
     const char *Value() const { return static_cast<const char *>(m_Value); }
 

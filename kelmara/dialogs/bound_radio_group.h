@@ -8,7 +8,7 @@
 //
 // A group has no window: its buttons have notifiers, which only serve their windows. They stay enabled while
 // the value is invalid. A button that is checked by anybody but the binding writes its text; one that is
-// unchecked writes nothing. Values are of at most 255 characters.
+// unchecked writes nothing, nor does one without a text. Values are of at most 255 characters.
 
 #include <kelmara/containers/list.h>
 #include <kelmara/dialogs/bound_control.h>

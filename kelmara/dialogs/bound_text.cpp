@@ -88,17 +88,25 @@ void CBoundTextControl::Write_Binding() {
     if (watch.Is_There() && m_Client) m_Client->Write_Value(buffer.Get());
 }
 
+// After a call that may have changed everything. A text that was blanked in it is no value.
+bool CBoundTextControl::Still_Writes(HWND window, bool was_valid) const {
+    return m_Hwnd == window && (m_Valid || !was_valid);
+}
+
 void CBoundTextControl::Write_If_Asked(HWND window, unsigned int message) {
     if (!m_Client || m_Hwnd != window || m_Going_Invalid) return;
     const ObjectWatch watch(this);
+    const bool was_valid = m_Valid;
     const bool on_key = m_Client->Write_On_Key();
-    if (watch.Is_There() && m_Hwnd == window && on_key == (message == WM_KEYUP)) Write_Binding();
+    if (on_key != (message == WM_KEYUP)) return;
+    if (watch.Is_There() && Still_Writes(window, was_valid)) Write_Binding();
 }
 
 long CBoundTextControl::Set_By_Others(HWND window, unsigned int wparam, long lparam) {
     const ObjectWatch watch(this);
+    const bool was_valid = m_Valid;
     const long result = Forward(window, WM_SETTEXT, wparam, lparam);
-    if (watch.Is_There() && m_Hwnd == window) Write_Binding();
+    if (watch.Is_There() && Still_Writes(window, was_valid)) Write_Binding();
     return result;
 }
 

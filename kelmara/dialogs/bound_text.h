@@ -41,6 +41,7 @@ class KELMARA_API CBoundTextControl : public CBoundControlNotifier {
 
     KELMARA_INTERNAL void Show(const char *text);
     KELMARA_INTERNAL void Limit_Input();
+    KELMARA_INTERNAL bool Still_Writes(HWND window, bool was_valid) const;
     KELMARA_INTERNAL void Write_If_Asked(HWND window, unsigned int message);
     KELMARA_INTERNAL long Set_By_Others(HWND window, unsigned int wparam, long lparam);
 

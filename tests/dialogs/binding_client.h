@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-class BindingClient : public IBindingClientInterface {
+class BindingClient final : public IBindingClientInterface {
   public:
     explicit BindingClient(std::string initial = "") : value(std::move(initial)) {}
 
@@ -16,10 +16,10 @@ class BindingClient : public IBindingClientInterface {
     unsigned long AddRef() override { return 1; }
     unsigned long Release() override { return 1; }
     /// As much as there is room for, without a terminator when it does not fit.
-    void Read_Value(long *size, char *buffer) override {
-        room = *size;
+    void Read_Value(long *in_out, char *buffer) override {
+        room = *in_out;
         std::memcpy(buffer, value.c_str(), std::min(value.size() + 1, static_cast<std::size_t>(room)));
-        *size = 1 << 30;
+        *in_out = 1 << 30;
         if (on_read) on_read();
     }
     void Reserved() override { ADD_FAILURE() << "never called"; }
@@ -69,6 +69,11 @@ inline void Work_Off_Queue() {
 
 class BindingTest : public WindowTest {
   protected:
+    void TearDown() override {
+        while (const HWND control = GetWindow(dialog, GW_CHILD)) DestroyWindow(control);
+        WindowTest::TearDown();
+    }
+
     CDSList warm_up; // the items' pool is not what a test counts
     NoLeak no_leak;
     TestDialog dialog;

@@ -124,8 +124,9 @@ TEST_F(BoundControls, Give_Their_Windows_Back_In_Every_Order_Of_Ends) {
             }
             delete dying_cache;
             if (order != 4 || Is_Radio(kind)) bound.give_back();
-            if (order != 1) EXPECT_EQ(Procedure_Of(window), native) << kind.window_class << order;
+            EXPECT_EQ(Procedure_Of(window), order != 1 ? native : 0) << kind.window_class << order;
             EXPECT_EQ(GetWindowUserData(window, 0), -1) << "its record has gone";
+            client.Written(); // a combo box whose place changes writes
             kind.write(window);
             EXPECT_EQ(client.Written(), "");
             DestroyWindow(window);
