@@ -111,12 +111,12 @@ long CBoundControlNotifier::To_Native(unsigned int message, unsigned int wparam,
 }
 
 bool CBoundControlNotifier::Read_Binding(long size, char *buffer) {
-    if (!m_Valid || !m_Client) return false;
-    const ObjectWatch watch(this);
+    if (!m_Valid || !m_Client || m_Reading) return false;
+    const WatchedFlag reading(this, m_Reading);
     long room = size;
     m_Client->Read_Value(&room, buffer);
     buffer[size - 1] = 0;
-    return watch.Is_There() && m_Valid;
+    return reading.Is_Object_There() && m_Valid;
 }
 
 void CBoundControlNotifier::Write_To_Client(const char *text) {

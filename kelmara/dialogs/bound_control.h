@@ -47,7 +47,7 @@ class KELMARA_API CBoundControlNotifier : public IBindingNotifierInterface {
     unsigned long AddRef() override;
     /// The last reference destroys the control, which must have been made with `new`.
     unsigned long Release() override;
-    /// Does nothing here.
+    /// Does nothing here. In no control while its client is being asked for the value.
     void Binding_Changed() override;
     /// Does nothing in any control.
     void Binding_Destroyed() override;
@@ -75,6 +75,7 @@ class KELMARA_API CBoundControlNotifier : public IBindingNotifierInterface {
     BoundProcedure m_OldWndProc = nullptr;       // offset 12, what messages are passed on to
     HWND m_Hwnd = nullptr;                       // offset 16, null when detached
     bool m_Valid = true;                         // offset 20
+    bool m_Reading = false;                      // the library's own: the client is being asked
     void *m_UserData = nullptr;                  // offset 24, the window's record
     unsigned long m_RefCount = 0;                // offset 28
 

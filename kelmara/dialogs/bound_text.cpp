@@ -35,13 +35,20 @@ void CBoundTextControl::Show(const char *text) {
 }
 
 void CBoundTextControl::Binding_Changed() {
-    if (!Can_Show()) return;
+    if (!Can_Show() || m_Reading) return;
     const ObjectWatch watch(this);
-    long size = m_Client->Get_Value_Size();
+    long size = -1;
+    {
+        const WatchedFlag reading(this, m_Reading);
+        size = m_Client->Get_Value_Size();
+    }
     if (size < 0 || !watch.Is_There() || !Can_Show()) return;
     TransferBuffer buffer(size);
     if (!buffer.Get()) return;
-    m_Client->Read_Value(&size, buffer.Get());
+    {
+        const WatchedFlag reading(this, m_Reading);
+        m_Client->Read_Value(&size, buffer.Get());
+    }
     buffer.Terminate();
     if (watch.Is_There() && Can_Show()) Show(buffer.Get());
 }

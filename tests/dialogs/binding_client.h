@@ -8,8 +8,7 @@
 
 #include <cstring>
 
-class BindingClient final : public IBindingClientInterface {
-  public:
+struct BindingClient final : IBindingClientInterface {
     explicit BindingClient(std::string initial = "") : value(std::move(initial)) {}
 
     long QueryInterface(GUID const &, void **) override { return E_NOINTERFACE; }
@@ -27,7 +26,7 @@ class BindingClient final : public IBindingClientInterface {
         value = text;
         written += "[" + value + "]";
         if (on_write) on_write();
-        EXPECT_EQ(value.substr(0, 3), std::string(text).substr(0, 3)) << "the text outlives what we do";
+        EXPECT_STREQ(text, value.c_str()) << "the text outlives what we do";
     }
     long Get_Value_Size() override {
         if (on_size) on_size();
@@ -48,23 +47,20 @@ class BindingClient final : public IBindingClientInterface {
     std::function<void()> on_read, on_write, on_size, on_ask;
 };
 
-inline std::string Text_Of_Window(HWND window) {
-    std::string text(static_cast<std::size_t>(GetWindowTextLengthA(window)) + 1, 0);
-    GetWindowTextA(window, text.data(), static_cast<int>(text.size()));
-    text.pop_back();
-    return text;
+inline LRESULT Tell(HWND window, UINT message, WPARAM wparam = 0, const void *lparam = nullptr) {
+    return SendMessageA(window, message, wparam, reinterpret_cast<LPARAM>(lparam));
 }
 
-inline LRESULT Tell(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
-    return SendMessageA(window, message, wparam, lparam);
+inline CDSList *New_List(std::initializer_list<int> numbers) {
+    auto *const list = new CDSList;
+    for (const int number : numbers) list->Add(number, 0);
+    return list;
 }
 
-inline LPARAM As_Parameter(const char *text) {
-    return reinterpret_cast<LPARAM>(text);
-}
-
-inline void Work_Off_Queue() {
-    for (MSG message; PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE);) DispatchMessageA(&message);
+inline CDSList *New_List(std::initializer_list<const char *> texts) {
+    auto *const list = new CDSList;
+    for (const char *text : texts) list->AddCString(const_cast<char *>(text), 0);
+    return list;
 }
 
 class BindingTest : public WindowTest {
@@ -77,5 +73,6 @@ class BindingTest : public WindowTest {
     CDSList warm_up; // the items' pool is not what a test counts
     NoLeak no_leak;
     TestDialog dialog;
+    BindingClient client;
     CBoundControlCache cache;
 };
