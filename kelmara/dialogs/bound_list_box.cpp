@@ -49,7 +49,9 @@ CBoundListboxControl::~CBoundListboxControl() {
 
 bool CBoundListboxControl::AttachTo(HWND window) {
     if (m_Hwnd && m_Hwnd != window) Detach();
-    m_OldWndProc = BoundWindow::Current(window, ExternWndProc);
+    const bool has_it =
+        m_Hwnd && BoundWindow::List_Box_Of(window) == this; // perhaps below others, who call it
+    if (!has_it) m_OldWndProc = BoundWindow::Current(window, ExternWndProc);
     BoundWindow::Displace(window, this);
     if (BoundWindow::Enter(window, this, m_UserData))
         SetWindowLongA(window, GWL_WNDPROC, reinterpret_cast<LONG>(ExternWndProc));

@@ -52,7 +52,7 @@ class KELMARA_API CBoundListboxControl {
     /// Destroys the entries; a window that is still attached gets its procedure back.
     virtual ~CBoundListboxControl();
 
-    /// As a notifier's, but messages are passed on to the procedure that the window has, each time.
+    /// As a notifier's, but messages are passed on to the procedure that the window has then.
     virtual bool AttachTo(HWND window);
     void Detach();
 

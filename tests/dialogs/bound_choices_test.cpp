@@ -172,6 +172,16 @@ TEST_F(BoundListBox, Shows_Each_Value_In_Its_Line) {
     for (const int line : {-1, 9}) list_box->SetEntry(line, "lost");
     list_box->SetEntry(0, nullptr);
     EXPECT_EQ(Lines_Of(window) + Written(), "B " + std::string(255, 'x') + " C");
+    list_box->Detach();
+    static WNDPROC native;
+    const WNDPROC full = [](HWND of, UINT message, WPARAM wparam, LPARAM lparam) {
+        return message == LB_INSERTSTRING ? LB_ERRSPACE
+                                          : CallWindowProcA(native, of, message, wparam, lparam);
+    };
+    native = reinterpret_cast<WNDPROC>(SetWindowLongA(window, GWL_WNDPROC, reinterpret_cast<LONG>(full)));
+    list_box->AttachTo(window);
+    Show(1, "no memory for it");
+    EXPECT_EQ(Line_Of(window, 2), "C") << "the line behind stays";
     RECT changed;
     EXPECT_TRUE(Invalid_Rectangle(window, &changed, false)) << "it is drawn again";
 }
