@@ -8,6 +8,7 @@ namespace {
 struct Bound {
     std::function<void(HWND)> attach;
     std::function<void()> detach, change, give_back;
+    CBoundControlNotifier *notifier;
 };
 
 struct Kind {
@@ -22,7 +23,8 @@ Bound As_Bound(CBoundControlCache &cache, BindingClient &client, Control *contro
                CBoundControlNotifier *notifier) {
     notifier->Install_Client_Interface(&client);
     return {[control](HWND window) { control->AttachTo(window); }, [control] { control->Detach(); },
-            [notifier] { notifier->Binding_Changed(); }, [&cache, control] { (cache.*Give_Back)(control); }};
+            [notifier] { notifier->Binding_Changed(); }, [&cache, control] { (cache.*Give_Back)(control); },
+            notifier};
 }
 
 template <auto Get, auto Give_Back>
@@ -48,7 +50,11 @@ Bound Make_Group(CBoundControlCache &cache, BindingClient &client) {
 using Cache = CBoundControlCache;
 const Kind Kinds[] = {
     {"Edit", 0, Make<&Cache::GetTextControl, &Cache::ReturnTextControl>,
-     [](HWND window) { Tell(window, WM_KEYUP, 'A'); }},
+     [](HWND window) {
+         Tell(window, WM_KEYUP, 'A');
+         SetWindowTextA(window, "set");
+         Tell(window, WM_KILLFOCUS);
+     }},
     {"Button", BS_AUTOCHECKBOX, Make<&Cache::GetCheckboxControl, &Cache::ReturnCheckboxControl>,
      [](HWND window) { Tell(window, BM_CLICK); }},
     {"ComboBox", CBS_DROPDOWN, Make<&Cache::GetComboboxControl, &Cache::ReturnComboboxControl>,
@@ -105,28 +111,47 @@ TEST_F(BoundControls, Give_Their_Windows_Back_In_Every_Order_Of_Ends) {
     }
 }
 
-TEST_F(BoundControls, Stand_Calls_Back_From_Their_Clients) {
+TEST_F(BoundControls, Stand_Calls_Back_From_Their_Clients_And_Windows) {
+    Bound bound;
+    HWND window;
+    bool there;
+    const std::function<void()> deeds[] = {
+        [&] { bound.change(); },
+        [&] { bound.detach(); },
+        [&] { bound.notifier->Binding_Invalid(); },
+        [&] { bound.notifier->Install_Client_Interface(nullptr); },
+        [&] { DestroyWindow(window); },
+        [&] { bound.give_back(), there = false; },
+    };
+    std::function<void()> on_notice;
+    dialog.on_notice = [&](int, UINT) {
+        if (on_notice) on_notice();
+    };
     for (const Kind &kind : Kinds) {
-        for (int deed = 0; deed < 4; ++deed) {
-            for (auto *const place : {&client.on_read, &client.on_write}) {
-                Bound bound = kind.make(cache, client);
-                const HWND window = Window_For(kind);
-                bound.attach(window);
-                int calls = 0;
-                bool there = true;
-                *place = [&] {
-                    if (++calls > 1 && deed) return;
-                    if (deed == 0) bound.change();
-                    if (deed == 1) bound.detach();
-                    if (deed == 2) DestroyWindow(window);
-                    if (deed == 3) there = false, bound.give_back();
-                };
-                bound.change();
-                kind.write(window);
-                if (there) bound.change(), bound.give_back();
-                EXPECT_GE(calls, 1) << kind.window_class;
-                *place = nullptr;
-                DestroyWindow(window);
+        for (const auto &deed : deeds) {
+            for (auto *const place :
+                 {&client.on_read, &client.on_write, &client.on_size, &client.on_ask, &on_notice}) {
+                for (const bool on_key : {true, false}) {
+                    client.value = std::string(299, 'v');
+                    client.on_key = on_key;
+                    bound = kind.make(cache, client);
+                    window = Window_For(kind);
+                    bound.attach(window);
+                    there = true;
+                    int depth = 0;
+                    *place = [&] {
+                        const bool endless = &deed == deeds && place != &on_notice;
+                        if (there && (++depth == 1 || endless)) deed();
+                    };
+                    kind.write(window);
+                    if (there) bound.change();
+                    if (there) bound.notifier->Binding_Invalid();
+                    *place = nullptr;
+                    if (there) bound.give_back();
+                    DestroyWindow(window);
+                    const bool was_lost = client.Written().find("[]") != std::string::npos;
+                    EXPECT_FALSE(was_lost && &deed != deeds + 2) << kind.window_class; // that blanks it
+                }
             }
         }
     }
