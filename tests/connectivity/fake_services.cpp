@@ -11,17 +11,11 @@ FakeServices services;
 namespace {
 
 std::string lacking_entry;
-int loads, searches;
-char service_module;
-
-HMODULE The_Service() {
-    return reinterpret_cast<HMODULE>(&service_module);
-}
+const HMODULE The_Service = reinterpret_cast<HMODULE>(&services);
 
 LONG Initialize(HLINEAPP *application, HINSTANCE, LINECALLBACK callback, LPCSTR name, DWORD *count) {
-    EXPECT_TRUE(callback && !name);
+    EXPECT_TRUE(callback && !name && *application == 0 && *count == 0);
     callback(1, 2, 3, 4, 5, 6);
-    EXPECT_EQ(*application + *count, 0u);
     *application = 7;
     *count = services.lines.size();
     return services.error;
@@ -44,29 +38,29 @@ LONG Get_Dev_Caps(HLINEAPP, DWORD device, DWORD version, DWORD extension, LINEDE
     return services.error;
 }
 
-LONG Tell_Locations(LINETRANSLATECAPS &caps) {
-    std::string whole(44 + 68 * services.locations.size(), '\0');
+void Tell_Locations(LINETRANSLATECAPS &caps) {
     std::vector<LINELOCATIONENTRY> entries(services.locations.size());
+    std::string names;
     for (std::size_t i = 0; i < entries.size(); ++i) {
         entries[i].dwPermanentLocationID = 100 + i;
-        entries[i].dwLocationNameOffset = whole.size();
-        whole += services.locations[i] + '\0';
+        entries[i].dwLocationNameOffset = 44 + 68 * entries.size() + names.size();
+        names += services.locations[i] + '\0';
     }
-    caps.dwNeededSize = whole.size();
-    if (caps.dwNeededSize > caps.dwTotalSize) return 0;
+    caps.dwNeededSize = 44 + 68 * entries.size() + names.size();
+    if (caps.dwNeededSize > caps.dwTotalSize) return;
     caps.dwNumLocations = entries.size();
     caps.dwLocationListOffset = 44;
-    std::memcpy(whole.data() + 44, entries.data(), 68 * entries.size());
-    std::memcpy(reinterpret_cast<char *>(&caps) + 44, whole.data() + 44, whole.size() - 44);
-    return 0;
+    auto *const list = reinterpret_cast<LINELOCATIONENTRY *>(&caps + 1);
+    std::memcpy(std::copy(entries.begin(), entries.end(), list), names.data(), names.size());
 }
 
-LONG Get_Translate_Caps(HLINEAPP application, DWORD version, LINETRANSLATECAPS *caps) {
-    EXPECT_TRUE(version == 0x10004 || application == 0);
+LONG Get_Translate_Caps(HLINEAPP, DWORD version, LINETRANSLATECAPS *caps) {
+    EXPECT_TRUE(version == 0x10004 || version == 0);
+    EXPECT_EQ(caps->dwNumLocations + caps->dwNeededSize, 0u) << "cleared";
     services.sizes.push_back(caps->dwTotalSize);
     if (services.error) return services.error;
-    EXPECT_EQ(caps->dwNumLocations + caps->dwNeededSize, 0u) << "cleared";
-    return services.caps ? services.caps(*caps) : Tell_Locations(*caps);
+    services.caps ? services.caps(*caps) : Tell_Locations(*caps);
+    return 0;
 }
 
 LONG Set_Current_Location(HLINEAPP, DWORD location) {
@@ -81,11 +75,11 @@ LONG Translate(HLINEAPP application, DWORD device, DWORD version, LPCSTR address
                   card, options, output->dwTotalSize);
     services.translated = text;
     if (services.error) return services.error;
-    if (services.output) return services.output(*output);
     output->dwDialableStringOffset = 40;
-    output->dwDisplayableStringOffset = 41 + services.translation.size();
-    const std::string texts = services.translation + '\0' + services.display;
-    std::memcpy(output + 1, texts.c_str(), std::min<std::size_t>(216, texts.size() + 1));
+    output->dwDisplayableStringOffset = 41 + services.dialable.size();
+    const std::string texts = services.dialable + '\0' + services.displayable;
+    std::memcpy(output + 1, texts.c_str(), texts.size() + 1);
+    if (services.output) services.output(*output);
     return 0;
 }
 
@@ -112,13 +106,13 @@ const std::map<std::string, FARPROC> Entries = {
 HMODULE Load(LPCSTR path) {
     if (std::strcmp(path, "TAPI32.DLL") != 0 && std::strcmp(path, "Rasapi32.DLL") != 0)
         return LoadLibraryA(path);
-    ++loads;
-    return lacking_entry == "*" ? nullptr : The_Service();
+    ++services.loads;
+    return lacking_entry == "*" ? nullptr : The_Service;
 }
 
 FARPROC Find(HMODULE module, LPCSTR name) {
-    if (module != The_Service()) return GetProcAddress(module, name);
-    ++searches;
+    if (module != The_Service) return GetProcAddress(module, name);
+    ++services.searches;
     return lacking_entry == name ? nullptr : Entries.at(name);
 }
 
@@ -128,12 +122,4 @@ ServicesInPlace::ServicesInPlace(const std::string &lacking)
     : load_("libkelmara.so", "LoadLibraryA", reinterpret_cast<void *>(Load)),
       find_("libkelmara.so", "GetProcAddress", reinterpret_cast<void *>(Find)) {
     lacking_entry = lacking;
-}
-
-int ServicesInPlace::Loads() {
-    return loads;
-}
-
-int ServicesInPlace::Searches() {
-    return searches;
 }

@@ -20,25 +20,23 @@ struct FakeServices {
     std::vector<std::string> locations; // their permanent ids are 100 and up
     std::vector<FakeLine> lines;
     std::vector<RASDEVINFOA> devices;
-    std::string translation, display; // of whatever address
-    LONG error = 0;                   // of every entry of telephony
-    std::function<LONG(LINETRANSLATECAPS &)> caps;
-    std::function<LONG(LINETRANSLATEOUTPUT &)> output;
+    std::string dialable, displayable; // for whatever address
+    LONG error = 0;                    // of every entry of telephony
+    std::function<void(LINETRANSLATECAPS &)> caps;
+    std::function<void(LINETRANSLATEOUTPUT &)> output;
     std::function<void(RASDEVINFOA *, DWORD &, DWORD &)> list;
 
     std::vector<DWORD> sizes, selected; // of records of locations; of locations made the current one
     std::string translated;             // arguments of the last translation
+    int loads = 0, searches = 0;        // of modules and entries of services
 };
 extern FakeServices services;
 
-/// Stands for both modules in whatever the library loads and looks up while it lives.
+/// Stands for both modules in whatever the library loads and looks up while it lives: without the entry
+/// `lacking`, or without modules for "*".
 class ServicesInPlace {
   public:
-    /// Without the entry `lacking`; without modules for "*".
     explicit ServicesInPlace(const std::string &lacking = "");
-    /// How often modules of services were loaded, and entries looked up.
-    static int Loads();
-    static int Searches();
 
   private:
     ReplacedImport load_, find_;
@@ -52,7 +50,6 @@ class ServicesTest : public MachineTest {
     }
     void TearDown() override {
         Override_Machine_Setting("windows", nullptr);
-        Override_Machine_Setting("windows_version", nullptr);
         MachineTest::TearDown();
     }
     ServicesInPlace in_place;

@@ -122,21 +122,19 @@ TEST_F(Services, SayWhatIsWrong) {
     EXPECT_EQ(translate(application, 0, 0x20000, "1", 0, 0, output), LINEERR_INCOMPATIBLEAPIVERSION);
     output->dwTotalSize = 39;
     EXPECT_EQ(translate(application, 0, Version, "1", 0, 0, output), LINEERR_STRUCTURETOOSMALL);
-    output->dwTotalSize = 45;
+    output->dwTotalSize = 48;
     EXPECT_EQ(translate(application, 0, Version, "123", 0, 0, output), 0);
     EXPECT_EQ(output->dwNeededSize * 1000 + output->dwUsedSize, 49040u) << "it does not fit";
     EXPECT_EQ(output->dwDialableStringOffset, 0u);
-    const auto select = Find<LineSetCurrentLocation>("tapi32.so", "lineSetCurrentLocation");
-    EXPECT_EQ(select(application, 4), LINEERR_INVALLOCATION);
-    EXPECT_EQ(select(application, 9), 0);
+    Make_Current(9);
     EXPECT_EQ(Translate("+1 555"), LINEERR_INVALCOUNTRYCODE);
     Make_Current(77);
     EXPECT_EQ(Translate("+1 555"), LINEERR_INIFILECORRUPT);
+    const auto select = Find<LineSetCurrentLocation>("tapi32.so", "lineSetCurrentLocation");
+    EXPECT_EQ(select(application, 77), LINEERR_INVALLOCATION);
     const auto negotiate = Find<LineNegotiateAPIVersion>("tapi32.so", "lineNegotiateAPIVersion");
     DWORD version = 0;
     LINEEXTENSIONID extension;
-    EXPECT_EQ(negotiate(application, 2, 0x10003, 0x30000, &version, &extension), 0);
-    EXPECT_EQ(version, Version);
     EXPECT_EQ(negotiate(application, 3, Version, Version, &version, &extension), LINEERR_BADDEVICEID);
     EXPECT_EQ(negotiate(application, 0, 0x20000, 0x30000, &version, &extension),
               LINEERR_INCOMPATIBLEAPIVERSION);
@@ -154,12 +152,8 @@ TEST_F(Services, ServeTheLibrary) {
     EXPECT_STREQ(name, "L399");
     Create_Dial_Number("+1 (206) 555-1212", "Home", dialable, nullptr);
     EXPECT_STREQ(dialable, "T*70,5551212");
-    Create_Dial_Number("nonsense", "Home", dialable, displayable);
-    EXPECT_STREQ(dialable, "");
     Create_Dial_Number(("+1 " + std::string(210, '5')).c_str(), "Home", dialable, displayable);
     EXPECT_STREQ(dialable, "") << "it does not fit into the record";
-    RegDeleteKeyA(HKEY_LOCAL_MACHINE, (Settings + "Telephony\\Lines\\One").c_str());
-    EXPECT_EQ(Get_Current_Device_ID(), 0u);
 }
 
 TEST_F(Services, ListTheDevicesOfRemoteAccess) {
@@ -179,7 +173,6 @@ TEST_F(Services, ListTheDevicesOfRemoteAccess) {
     EXPECT_EQ(list_devices(found, &size, &count), static_cast<DWORD>(ERROR_BUFFER_TOO_SMALL));
     EXPECT_EQ(list_devices(found, &size, &count), 0u);
     EXPECT_EQ(found[1].szDeviceName, std::string(128, 'n'));
-    EXPECT_EQ(list_devices(found, nullptr, &count), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
     char type[17];
     EXPECT_TRUE(Modem_Is_DSL("Adapter", type));
     EXPECT_STREQ(type, "isdn");
