@@ -1,6 +1,9 @@
 #pragma once
 // Everything that the library exports.
 
+#include <kelmara/connectivity/connection_kind.h>
+#include <kelmara/connectivity/phone_numbers.h>
+#include <kelmara/connectivity/tapi.h>
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 #include <kelmara/containers/list.h>
