@@ -59,6 +59,7 @@ namespace {
 class Instances : public WindowTest {
   protected:
     void SetUp() override {
+        Instance_Available("", ""); // takes the share, which stays with the process
         WindowTest::SetUp();
         raw.emplace();
         copy.emplace();
