@@ -1,6 +1,7 @@
 #include <reference_suite/installer/install_suite.h>
 
 #include <reference_suite/installer/string_tables.h>
+#include <reference_suite/installer/suite_icon.h>
 
 #include <platform/machine.h>
 #include <platform/registry.h>
@@ -164,6 +165,7 @@ std::string Install_Suite(const std::string &module_folder) {
     if (problem.empty()) problem = Copy_Content(module_folder + "/content");
     if (problem.empty())
         problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));
+    if (problem.empty()) problem = Write_Suite_Icon(On_Host(Below_Root("Content\\kelmara.ico")));
     if (problem.empty()) problem = Write_Keys();
     return problem;
 }
