@@ -5,6 +5,7 @@
 #include <platform/kernel.h>
 #include <platform/user.h>
 #include <reference_suite/installer/icon_file.h>
+#include <tests/foundation/guarded_text.h>
 #include <tests/support/registry_verbs.h>
 #include <tests/support/test_memory.h>
 #include <tests/support/window_verbs.h>
@@ -12,7 +13,6 @@
 #include <climits>
 #include <cstring>
 #include <filesystem>
-#include <sys/mman.h>
 
 namespace {
 
@@ -20,29 +20,6 @@ RGBQUAD Painter(int side, int x, int y) {
     if (x == y) return {};
     return y < side / 2 ? RGBQUAD{255, 0, 255, 255} : RGBQUAD{0, 255, 0, 255};
 }
-
-/// A block at the end of what can be read.
-class GuardedBlock {
-  public:
-    explicit GuardedBlock(const std::string &content) {
-        pages_ = static_cast<char *>(
-            mmap(nullptr, Room + Page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        EXPECT_NE(pages_, MAP_FAILED);
-        mprotect(pages_ + Room, Page, PROT_NONE);
-        Put(content);
-    }
-    ~GuardedBlock() { munmap(pages_, Room + Page); }
-    GuardedBlock(const GuardedBlock &) = delete;
-    GuardedBlock &operator=(const GuardedBlock &) = delete;
-    void *Put(const std::string &content) {
-        EXPECT_LE(content.size(), Room);
-        return std::memcpy(pages_ + Room - content.size(), content.data(), content.size());
-    }
-
-  private:
-    static constexpr std::size_t Page = 4096, Room = 4 * Page;
-    char *pages_;
-};
 
 class PackedIcons : public WindowTest {
   protected:
@@ -230,11 +207,10 @@ TEST_F(PackedIcons, What_Fails_Leaves_Nothing) {
     void *block = &size;
     EXPECT_EQ(Pack_Icon(icon, nullptr, &size), E_UNEXPECTED);
     EXPECT_EQ(Pack_Icon(icon, &block, nullptr), E_UNEXPECTED);
-    const HICON untouched = plain;
-    HICON out = untouched;
+    HICON out = plain;
     EXPECT_EQ(Unpack_Icon(&out, nullptr, 0, screen), E_UNEXPECTED);
     EXPECT_EQ(Unpack_Icon(&out, reinterpret_cast<void *>(16), 56, screen), E_UNEXPECTED);
-    EXPECT_EQ(out, untouched);
+    EXPECT_EQ(out, plain);
     EXPECT_EQ(Unpack_Icon(nullptr, Packed(icon).data(), 0, screen), E_UNEXPECTED);
     DestroyIcon(plain);
     DestroyIcon(icon);
@@ -242,10 +218,10 @@ TEST_F(PackedIcons, What_Fails_Leaves_Nothing) {
 }
 
 TEST_F(PackedIcons, Foreign_Blocks_Never_Harm) {
-    GuardedBlock guarded("");
     const auto unpack = [&](const std::string &block) {
+        const GuardedText guarded(block);
         HICON icon = nullptr;
-        const long result = Unpack_Icon(&icon, guarded.Put(block), static_cast<long>(block.size()), screen);
+        const long result = Unpack_Icon(&icon, guarded, static_cast<long>(block.size()), screen);
         EXPECT_TRUE(result == 0 || result == E_UNEXPECTED);
         if (icon) DestroyIcon(icon);
         return result;

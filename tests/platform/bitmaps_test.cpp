@@ -21,7 +21,7 @@ BITMAPINFO Form(LONG width, LONG height, WORD bits, DWORD size = 40) {
 
 struct FormWithColours {
     BITMAPINFO form;
-    RGBQUAD more_colours[255];
+    RGBQUAD more_colours[256]; // the header may be of 44 bytes
 };
 
 class Bitmaps : public WindowTest {
