@@ -1,5 +1,6 @@
 #include <kelmara/dialogs/active_help.h>
 
+#include <kelmara/dialogs/object_watch.h>
 #include <kelmara/dialogs/window_user_data.h>
 
 #include <cstdio>
@@ -65,42 +66,34 @@ void CActiveHelpManager::SetHelp(CActiveHelpControl *control, const char *text) 
 
 // --- a control --------------------------------------------------------------------------------------------
 
-/// A call of WndProc under way, in the stack of those on its control. In the outermost the window has its old
-/// procedure. Whatever way the call ends, the control is as it was, if it is still there.
+/// A call of WndProc under way. In the outermost one of a control its window has the old procedure. Whatever
+/// way the call ends, the control is as it was, if it is still there.
 class CActiveHelpControl::Call {
   public:
-    Call(CActiveHelpControl &control, HWND window)
-        : m_Control(&control), m_Outer(control.m_Innermost), m_Window(window) {
-        control.m_Innermost = this;
+    Call(CActiveHelpControl &control, HWND window) : m_Watch(&control), m_Control(control), m_Window(window) {
         if (++control.m_Depth == 1)
             SetWindowLongA(window, GWL_WNDPROC, reinterpret_cast<LONG>(control.m_OldWndProc));
     }
     ~Call() {
         Return_To_Window();
-        if (!m_Control) return;
-        --m_Control->m_Depth;
-        m_Control->m_Innermost = m_Outer;
+        if (Is_Control_There()) --m_Control.m_Depth;
     }
     Call(const Call &) = delete;
     Call &operator=(const Call &) = delete;
 
-    /// Null once it has been destroyed.
-    CActiveHelpControl *Control() const { return m_Control; }
+    bool Is_Control_There() const { return m_Watch.Is_There(); }
     /// The old procedure is through.
     void Return_To_Window() {
-        if (m_Returned || !m_Control) return;
+        if (m_Returned || !Is_Control_There()) return;
         m_Returned = true;
-        const bool is_its_window = Of(m_Window) == m_Control; // the handle may be another's by now
-        if (m_Control->m_Depth == 1 && is_its_window)
+        const bool is_its_window = Of(m_Window) == &m_Control; // the handle may be another's by now
+        if (m_Control.m_Depth == 1 && is_its_window)
             SetWindowLongA(m_Window, GWL_WNDPROC, reinterpret_cast<LONG>(WndProc));
-    }
-    static void Forget(Call *innermost) {
-        for (Call *each = innermost; each; each = each->m_Outer) each->m_Control = nullptr;
     }
 
   private:
-    CActiveHelpControl *m_Control;
-    Call *const m_Outer;
+    const ObjectWatch m_Watch;
+    CActiveHelpControl &m_Control;
     const HWND m_Window;
     bool m_Returned = false;
 };
@@ -109,8 +102,7 @@ CActiveHelpControl::CActiveHelpControl(CActiveHelpManager *manager, HWND window,
     : m_Manager(manager),
       m_Signature(Signature),
       m_Depth(0),
-      m_OldWndProc(reinterpret_cast<WNDPROC>(GetWindowLongA(window, GWL_WNDPROC))),
-      m_Innermost(nullptr) {
+      m_OldWndProc(reinterpret_cast<WNDPROC>(GetWindowLongA(window, GWL_WNDPROC))) {
     SetWindowLongA(window, GWL_WNDPROC, reinterpret_cast<LONG>(WndProc));
     m_UserData = InsertWindowUserData(window, Help_Slot, this);
     m_Hwnd = window;
@@ -121,7 +113,7 @@ CActiveHelpControl::CActiveHelpControl(const CActiveHelpControl &other) = defaul
 CActiveHelpControl &CActiveHelpControl::operator=(const CActiveHelpControl &other) = default;
 
 CActiveHelpControl::~CActiveHelpControl() {
-    Call::Forget(m_Innermost);
+    ObjectWatch::Tell_Of_End(this);
     if (!m_UserData) return;
     long &slot = static_cast<WindowUserData *>(m_UserData)->Slots[Help_Slot];
     if (slot == reinterpret_cast<long>(this)) slot = 0;
@@ -150,6 +142,7 @@ long CActiveHelpControl::WndProc(HWND window, unsigned int message, unsigned int
     Call call(*control, window);
     const long result = CallWindowProcA(control->m_OldWndProc, window, message, wparam, lparam);
     call.Return_To_Window();
-    if (message == WM_SETCURSOR && call.Control()) control->m_Manager->SetHelp(control, control->m_HelpText);
+    if (message == WM_SETCURSOR && call.Is_Control_There())
+        control->m_Manager->SetHelp(control, control->m_HelpText);
     return result;
 }

@@ -79,5 +79,5 @@ class KELMARA_API CActiveHelpControl {
     WNDPROC m_OldWndProc;          // offset 268
     HWND m_Hwnd;                   // offset 272
     void *m_UserData;              // offset 276
-    Call *m_Innermost;             // offset 280, of the calls under way
 };
+static_assert(sizeof(CActiveHelpControl) == 280);
