@@ -13,51 +13,52 @@ namespace {
 /// A block of anybody's, its header copied so that it stays as it was looked at.
 struct PackedIcon {
     PackedIconHeader header;
-    std::uint64_t address;
-
-    std::uint64_t Mask_At() const { return address + header.header_size; }
-    std::uint64_t Colours_At() const { return Mask_At() + header.mask_size; }
+    const char *block;
 };
 
 bool Read_Header(const void *block, PackedIcon &packed) {
     if (IsBadReadPtr(block, sizeof packed.header)) return false;
     std::memcpy(&packed.header, block, sizeof packed.header);
-    packed.address = reinterpret_cast<std::uintptr_t>(block);
+    packed.block = static_cast<const char *>(block);
     return true;
-}
-
-// Null unless the first `needed` bytes of an array of `stated` ones are in it and can be read.
-const void *Readable(std::uint64_t address, std::uint64_t needed, unsigned long stated) {
-    if (needed > stated || address + needed > Beyond_Memory || address >= Beyond_Memory) return nullptr;
-    const auto *const bytes = reinterpret_cast<const void *>(static_cast<std::uintptr_t>(address));
-    return IsBadReadPtr(bytes, static_cast<UINT>(needed)) ? nullptr : bytes;
 }
 
 struct StoredBitmap {
     long width, height;
     unsigned long planes, bits_per_pixel;
-    std::uint64_t address;
+    const char *block;
+    std::uint64_t offset; // of its array
     unsigned long size;
 };
 
+// Null unless the first `needed` bytes are in the array, and all of the block up to them can be read.
+const void *Readable(const StoredBitmap &stored, std::uint64_t needed) {
+    const std::uint64_t end = stored.offset + needed;
+    if (needed > stored.size || end >= Beyond_Memory) return nullptr;
+    if (IsBadReadPtr(stored.block, static_cast<UINT>(end))) return nullptr;
+    return stored.block + static_cast<std::size_t>(stored.offset);
+}
+
 StoredBitmap Mask_Of(const PackedIcon &packed) {
     const PackedIconHeader &header = packed.header;
-    return {header.mask_width,          header.mask_height, header.mask_planes,
-            header.mask_bits_per_pixel, packed.Mask_At(),   header.mask_size};
+    return {header.mask_width, header.mask_height, header.mask_planes, header.mask_bits_per_pixel,
+            packed.block,      header.header_size, header.mask_size};
 }
 
 StoredBitmap Colours_Of(const PackedIcon &packed) {
     const PackedIconHeader &header = packed.header;
-    return {header.colour_width,          header.colour_height, header.colour_planes,
-            header.colour_bits_per_pixel, packed.Colours_At(),  header.colour_size};
+    const std::uint64_t offset = std::uint64_t{header.header_size} + header.mask_size;
+    return {header.colour_width,  header.colour_height,
+            header.colour_planes, header.colour_bits_per_pixel,
+            packed.block,         offset,
+            header.colour_size};
 }
 
 HBITMAP As_Stored(const StoredBitmap &stored) {
     const std::uint64_t bits = std::uint64_t{stored.planes} * stored.bits_per_pixel;
     if (bits > 32 || stored.height < 0) return nullptr;
     const unsigned depth = Normalised_Depth(static_cast<unsigned>(bits));
-    const void *const rows =
-        Readable(stored.address, Bytes_Of_Rows(stored.width, stored.height, depth, Even_Rows), stored.size);
+    const void *const rows = Readable(stored, Bytes_Of_Rows(stored.width, stored.height, depth, Even_Rows));
     if (!rows) return nullptr;
     return CreateBitmap(static_cast<int>(stored.width), static_cast<int>(stored.height),
                         static_cast<UINT>(stored.planes), static_cast<UINT>(stored.bits_per_pixel), rows);
@@ -121,7 +122,7 @@ HBITMAP Colour_Bitmap(const StoredBitmap &stored, HDC dc, bool recent) {
     const DibInformation information = Dib_Information(stored);
     const std::uint64_t needed =
         Bytes_Of_Rows(stored.width, stored.height, information.header.bmiHeader.biBitCount, Dib_Rows);
-    const void *const rows = Readable(stored.address, needed, stored.size);
+    const void *const rows = Readable(stored, needed);
     if (!rows) return nullptr;
     return as_display ? For_Display(dc, stored, information.header, rows)
                       : As_Section(dc, information.header, rows, static_cast<std::size_t>(needed));
