@@ -13,6 +13,7 @@
 #include <kelmara/content/define_file.h>
 #include <kelmara/content/sections.h>
 #include <kelmara/content/tokenizer.h>
+#include <kelmara/dialogs/active_help.h>
 #include <kelmara/dialogs/auto_position.h>
 #include <kelmara/dialogs/binding_interfaces.h>
 #include <kelmara/dialogs/bound_checkbox.h>
@@ -22,6 +23,7 @@
 #include <kelmara/dialogs/bound_list_box.h>
 #include <kelmara/dialogs/bound_radio_group.h>
 #include <kelmara/dialogs/bound_text.h>
+#include <kelmara/dialogs/icons.h>
 #include <kelmara/dialogs/window_helpers.h>
 #include <kelmara/dialogs/window_user_data.h>
 #include <kelmara/foundation/auto_deleteable_object.h>

@@ -19,6 +19,7 @@
 
 #include <platform/controls.h>
 #include <platform/errors.h>
+#include <platform/icons.h>
 #include <platform/menus.h>
 #include <platform/types.h>
 #include <platform/window_constants.h>
@@ -287,4 +288,7 @@ PLATFORM_API BOOL MessageBeep(UINT type);
 /// One of the SM_ measures, 0 for others. The screen is 1024 by 768, or as the settings "screen_width" and
 /// "screen_height" say.
 PLATFORM_API int GetSystemMetrics(int index);
+/// Objects of a kind (GR_) that this process has: those of GDI, or windows, menus and icons. 0 on failure:
+/// ERROR_INVALID_HANDLE unless `process` is what GetCurrentProcess gives, ERROR_INVALID_PARAMETER.
+PLATFORM_API DWORD GetGuiResources(HANDLE process, DWORD kind);
 }

@@ -169,8 +169,15 @@ inline constexpr int SM_CXBORDER = 5;
 inline constexpr int SM_CYBORDER = 6;
 inline constexpr int SM_CXDLGFRAME = 7;
 inline constexpr int SM_CYDLGFRAME = 8;
+inline constexpr int SM_CXICON = 11;
+inline constexpr int SM_CYICON = 12;
 inline constexpr int SM_CYMENU = 15;
 inline constexpr int SM_CXFRAME = 32;
 inline constexpr int SM_CYFRAME = 33;
 inline constexpr int SM_CXEDGE = 45;
 inline constexpr int SM_CYEDGE = 46;
+inline constexpr int SM_CXSMICON = 49;
+inline constexpr int SM_CYSMICON = 50;
+
+inline constexpr DWORD GR_GDIOBJECTS = 0;
+inline constexpr DWORD GR_USEROBJECTS = 1;

@@ -2,6 +2,7 @@
 
 #include <reference_suite/installer/installed_key.h>
 #include <reference_suite/installer/string_tables.h>
+#include <reference_suite/installer/suite_icon.h>
 #include <reference_suite/installer/telephony_settings.h>
 
 #include <platform/files.h>
@@ -163,6 +164,7 @@ std::string Install_Suite(const std::string &module_folder) {
     if (problem.empty()) problem = Copy_Content(module_folder + "/content");
     if (problem.empty())
         problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));
+    if (problem.empty()) problem = Write_Suite_Icon(On_Host(Below_Root("Content\\kelmara.ico")));
     if (problem.empty()) problem = Copy_Services(module_folder);
     if (problem.empty()) problem = Write_Telephony_Settings();
     if (problem.empty()) problem = Write_Keys();
