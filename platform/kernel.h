@@ -114,7 +114,8 @@ PLATFORM_API HANDLE CreateEventA(const SECURITY_ATTRIBUTES *security, BOOL manua
 PLATFORM_API HANDLE OpenEventA(DWORD access, BOOL inherit_handle, LPCSTR name);
 
 /// Sets an event. A manual one stays set and ends every wait that is under way, even if it is reset at once;
-/// of more than 100 waits the later ones only look every 2 ms whether it is set. Another one ends the wait
+/// of more than 100 waits the later ones only look every 2 ms whether it is set, and a wait that answers a
+/// sent message is not under way meanwhile. Another one ends the wait
 /// that began first, of a thread that still lives, or stays set for the next. FALSE with
 /// ERROR_SERVICE_REQUEST_TIMEOUT, and nothing changed, when a process that is stopped in a call on this event
 /// keeps it for more than a second.
