@@ -15,6 +15,9 @@
 // none. Handles are multiples of 4, one window of the machine each, and come again after some hundred
 // thousand others.
 //
+// A forked child has none of these windows, and may make its own. Classes, menus and objects of GDI it has as
+// they were at the fork; a class that had windows then cannot be unregistered there.
+//
 // A handle that is no window: the call fails with ERROR_INVALID_WINDOW_HANDLE. Nothing is painted.
 
 #include <platform/controls.h>
@@ -150,6 +153,8 @@ PLATFORM_API HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCST
 /// and to it. May be called from the window's own procedure and in the middle of its destruction, which then
 /// goes on alone. FALSE and ERROR_ACCESS_DENIED for another thread's.
 PLATFORM_API BOOL DestroyWindow(HWND window);
+/// FALSE with ERROR_INVALID_WINDOW_HANDLE for what is none; with another last error when what the machine's
+/// processes know of each other's windows cannot be had, and it is none of this process's.
 PLATFORM_API BOOL IsWindow(HWND window);
 
 // --- procedures and words ---------------------------------------------------------------------------------
@@ -248,6 +253,7 @@ PLATFORM_API BOOL IsWindowEnabled(HWND window);
 PLATFORM_API BOOL GetWindowRect(HWND window, RECT *rectangle);
 /// From 0, 0: what the frame and scroll bars of its style leave; empty for an iconic one.
 PLATFORM_API BOOL GetClientRect(HWND window, RECT *rectangle);
+/// Both wrap around at the ends of what a LONG holds.
 PLATFORM_API BOOL ScreenToClient(HWND window, POINT *point);
 PLATFORM_API BOOL ClientToScreen(HWND window, POINT *point);
 /// Moves, sizes, restacks, shows and hides: WM_WINDOWPOSCHANGING, whose receiver may change what is wanted,

@@ -2,12 +2,12 @@
 
 #include <platform/gdi/fonts.h>
 #include <platform/kernel.h>
+#include <platform/kernel/fork_lock.h>
 #include <platform/kernel/outcome.h>
 #include <platform/machine.h>
 #include <platform/user.h>
 
 #include <algorithm>
-#include <mutex>
 #include <unordered_map>
 #include <utility>
 
@@ -30,7 +30,7 @@ constexpr StockFont Stock_Fonts[] = {
 constexpr std::uintptr_t First_Number = 0x1000; // handles below are the stock fonts', four times their number
 
 struct Objects {
-    std::mutex lock;
+    ForkLock lock;
     std::unordered_map<HGDIOBJ, Font> fonts;
     std::unordered_map<HGDIOBJ, DeviceContext> contexts;
     std::uintptr_t last_number = First_Number;

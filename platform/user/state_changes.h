@@ -15,5 +15,7 @@ void Catch_Up_With_The_Machine(ThreadQueue &queue);
 /// one that was active before, or when nobody has it.
 enum class Foreground { Take, Leave };
 void Activate(ThreadQueue &queue, const WindowPointer &window, Foreground foreground);
-/// The same for a window of any thread: another's comes to it when it looks for messages.
+/// WM_CANCELMODE to what the pointer is held for, if it is the window or stands in it.
+void Cancel_Pointer_In(const WindowPointer &window);
+/// Activate for a window of any thread: another's comes to it when it looks for messages.
 void Bring_To_Front(const WindowPointer &window);

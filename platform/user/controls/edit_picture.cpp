@@ -1,9 +1,17 @@
 #include <platform/user/controls/edit.h>
 
-#include <platform/user/snapshot/picture.h>
-
 std::string Edit::Shown() const {
     return (Style() & ES_PASSWORD) ? std::string(text_.size(), '*') : text_;
+}
+
+Across Edit::Side() const {
+    const DWORD side = Style() & (ES_CENTER | ES_RIGHT);
+    return side == ES_CENTER ? Across::Centre : side == ES_RIGHT ? Across::Right : Across::Left;
+}
+
+RECT Edit::Text_Place() const {
+    const RECT client = Client();
+    return {Margin, 0, client.right - Margin, client.bottom};
 }
 
 void Edit::Draw(Picture &picture) const {
@@ -15,10 +23,8 @@ void Edit::Draw(Picture &picture) const {
     look.font = Font();
     look.colour = Is_Enabled() ? Colour_Black : Colour_Shadow;
     look.wraps = Has_Lines();
-    const DWORD side = Style() & (ES_CENTER | ES_RIGHT);
-    look.across = side == ES_CENTER ? Across::Centre : side == ES_RIGHT ? Across::Right : Across::Left;
-    const RECT place = {Margin, 0, client.right - Margin, client.bottom};
-    picture.Text(place, shown, look);
+    look.across = Side();
+    picture.Text(Text_Place(), shown, look);
     const bool selected = Has_Focus() || (Style() & ES_NOHIDESEL);
     if (!selected || First() == Last() || Has_Lines() || look.across != Across::Left) return;
     const LONG left = Margin + Width_Of_Text(shown.data(), First());

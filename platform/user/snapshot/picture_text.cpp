@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <vector>
 
 namespace {
 
@@ -78,6 +77,15 @@ std::vector<std::string_view> Lines_Of(const Font &font, std::string_view text, 
 
 } // namespace
 
+std::vector<std::string_view> Lines_Of_Text(HFONT font, std::string_view text, LONG width, bool wraps) {
+    return Lines_Of(Font_Of_Handle(font), text, width, wraps);
+}
+
+LONG Shift_In(LONG place_width, LONG text_width, Across across) {
+    const LONG room = place_width - text_width;
+    return across == Across::Right ? room : across == Across::Centre ? room / 2 : 0;
+}
+
 LONG Text_Width(HFONT font, std::string_view text) {
     return Width(Font_Of_Handle(font), text);
 }
@@ -136,10 +144,8 @@ void Picture::Text(const RECT &place, std::string_view text, const TextLook &loo
     for (const std::string_view line : lines) {
         if (y >= place.bottom) return;
         std::size_t ignored;
-        const LONG room = place.right - place.left -
-                          Width(font, look.prefix ? Without_Prefix(line, ignored) : std::string(line));
-        const LONG shift = look.across == Across::Right ? room : look.across == Across::Centre ? room / 2 : 0;
-        const POINT at = {place.left + shift, y};
+        const LONG width = Width(font, look.prefix ? Without_Prefix(line, ignored) : std::string(line));
+        const POINT at = {place.left + Shift_In(place.right - place.left, width, look.across), y};
         if (!look.enabled) One_Line({at.x + 1, at.y + 1}, line, look, Colour_White);
         One_Line(at, line, look, look.enabled ? look.colour : Colour_Shadow);
         y += font.cell_height;
