@@ -73,6 +73,11 @@ TEST_F(WindowTest, Coordinates_Add_Up_From_Client_Area_To_Client_Area) {
     EXPECT_EQ(point.x, 119);
     EXPECT_TRUE(ScreenToClient(box, &point));
     EXPECT_EQ(point.y, 6);
+    for (const LONG extreme : {LONG_MAX, LONG_MIN}) {
+        POINT far = {extreme, extreme};
+        EXPECT_TRUE(ClientToScreen(inner, &far) && ScreenToClient(inner, &far));
+        EXPECT_TRUE(far.x == extreme && far.y == extreme);
+    }
     MoveWindow(main, 0, 0, 200, 200, TRUE);
     EXPECT_EQ(Place_Of(inner), "19 49 29 59");
     EXPECT_EQ(Place_Of(GetDesktopWindow()), "0 0 1024 768");
