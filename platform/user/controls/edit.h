@@ -51,7 +51,7 @@ class Edit : public Control {
     std::size_t Up_Or_Down(UINT key) const;
     std::size_t Place_At(LPARAM point) const;
     std::string Shown() const;
-    Across Side() const;
+    TextLook Look() const;
     RECT Text_Place() const;
 
     std::string text_;

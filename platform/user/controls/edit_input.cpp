@@ -114,13 +114,14 @@ std::size_t Edit::Place_At(LPARAM point) const {
     return Within_Memory(caret_, [&] {
         const std::string shown = Shown();
         const LONG left = Text_Place().left, width = Text_Place().right - left;
-        const auto lines = Lines_Of_Text(Font(), shown, width, Has_Lines());
+        const TextLook look = Look();
+        const auto lines = Lines_Of_Text(shown, width, look);
         const auto last = static_cast<LONG>(lines.size()) - 1;
         const std::string_view line =
             lines[static_cast<std::size_t>(std::clamp<LONG>(at.y / Line_Height(), 0, last))];
-        const LONG x = at.x - left - Shift_In(width, Text_Width(Font(), line), Side());
+        const LONG x = at.x - left - Shift_In(width, Text_Width(look.font, line), look.across);
         std::size_t behind = 0;
-        while (behind < line.size() && Text_Width(Font(), line.substr(0, behind + 1)) <= x) ++behind;
+        while (behind < line.size() && Text_Width(look.font, line.substr(0, behind + 1)) <= x) ++behind;
         return static_cast<std::size_t>(line.data() - shown.data()) + behind;
     });
 }

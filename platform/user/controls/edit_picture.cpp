@@ -4,9 +4,14 @@ std::string Edit::Shown() const {
     return (Style() & ES_PASSWORD) ? std::string(text_.size(), '*') : text_;
 }
 
-Across Edit::Side() const {
+TextLook Edit::Look() const {
+    TextLook look;
+    look.font = Font();
+    look.colour = Is_Enabled() ? Colour_Black : Colour_Shadow;
+    look.wraps = Has_Lines();
     const DWORD side = Style() & (ES_CENTER | ES_RIGHT);
-    return side == ES_CENTER ? Across::Centre : side == ES_RIGHT ? Across::Right : Across::Left;
+    look.across = side == ES_CENTER ? Across::Centre : side == ES_RIGHT ? Across::Right : Across::Left;
+    return look;
 }
 
 RECT Edit::Text_Place() const {
@@ -19,11 +24,7 @@ void Edit::Draw(Picture &picture) const {
     const bool usable = Is_Enabled() && !Is_Read_Only();
     picture.Fill(client, usable ? Colour_White : Colour_Face);
     const std::string shown = Shown();
-    TextLook look;
-    look.font = Font();
-    look.colour = Is_Enabled() ? Colour_Black : Colour_Shadow;
-    look.wraps = Has_Lines();
-    look.across = Side();
+    TextLook look = Look();
     picture.Text(Text_Place(), shown, look);
     const bool selected = Has_Focus() || (Style() & ES_NOHIDESEL);
     if (!selected || First() == Last() || Has_Lines() || look.across != Across::Left) return;

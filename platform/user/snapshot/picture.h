@@ -59,7 +59,7 @@ class Picture {
 
 LONG Text_Width(HFONT font, std::string_view text);
 /// The pieces of a text that Picture::Text puts below each other in a place of that width.
-std::vector<std::string_view> Lines_Of_Text(HFONT font, std::string_view text, LONG width, bool wraps);
+std::vector<std::string_view> Lines_Of_Text(std::string_view text, LONG width, const TextLook &look);
 /// How far from the left such a piece begins.
 LONG Shift_In(LONG place_width, LONG text_width, Across across);
 /// WM_GETTEXT, whole.
