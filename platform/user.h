@@ -216,7 +216,9 @@ PLATFORM_API BOOL IsDialogMessageA(HWND dialog, MSG *message);
 /// kind; with QS_SENDMESSAGE a sent one. Sent ones are answered on the way without it. Unlike on Windows a
 /// message counts until it is taken out, also when it was looked at before: a loop that takes one for each
 /// wait leaves none lying. Timers and painting there are none. WAIT_FAILED: ERROR_INVALID_PARAMETER for `all`
-/// and for more objects, ERROR_INVALID_HANDLE when one of the handles, wherever it stands, is not open.
+/// and for more objects, ERROR_INVALID_HANDLE when one of the handles, wherever it stands, is not open. Where
+/// the host does not let a thread sleep on several words (Linux before 5.16, or what forbids it) the objects
+/// are looked at every 2 ms.
 PLATFORM_API DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE *handles, BOOL all, DWORD milliseconds,
                                              DWORD mask);
 
