@@ -2,16 +2,22 @@
 
 #include <platform/gdi/bitmap.h>
 #include <platform/kernel.h>
+#include <platform/kernel/fork_lock.h>
 #include <platform/kernel/outcome.h>
 #include <platform/machine.h>
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
 
 namespace {
 
-constinit std::recursive_mutex object_lock;
+// How many ObjectLocks this thread holds, one in the other.
+[[gnu::tls_model("initial-exec")]] constinit thread_local int held = 0;
+
+ForkLock &Lock_Of_Objects() {
+    static auto *const lock = new ForkLock;
+    return *lock;
+}
 
 constexpr std::uintptr_t First_Number = 0x1000; // stock objects' are below, four times their number
 
@@ -50,11 +56,12 @@ BITMAP Described(Bitmap &bitmap) {
 } // namespace
 
 ObjectLock::ObjectLock() {
-    object_lock.lock();
+    if (held == 0) Lock_Of_Objects().lock();
+    ++held;
 }
 
 ObjectLock::~ObjectLock() {
-    object_lock.unlock();
+    if (--held == 0) Lock_Of_Objects().unlock();
 }
 
 HGDIOBJ Enter_Object(std::unique_ptr<GdiObject> object) {

@@ -58,6 +58,13 @@ bool With_Code(LONG error) {
     return error == ERROR_SUCCESS;
 }
 
+bool Starts_A_Thread() {
+    const auto thread = reinterpret_cast<HANDLE>(_beginthreadex(
+        nullptr, 0, [](void *) { return 0u; }, nullptr, 0, nullptr));
+    if (thread) WaitForSingleObject(thread, INFINITE);
+    return Closed(thread);
+}
+
 bool Finds(const char *pattern) {
     WIN32_FIND_DATAA data;
     const HANDLE find = FindFirstFileA(pattern, &data);
@@ -360,6 +367,7 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"mutex without a name", [] { return Closed(CreateMutexA(nullptr, TRUE, nullptr)); }},
         {"event", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, "Scarce event")); }},
         {"event without a name", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, nullptr)); }},
+        {"start of a thread", Starts_A_Thread},
         {"mapping", Maps},
         {"local block",
          [] {
