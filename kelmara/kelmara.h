@@ -1,6 +1,8 @@
 #pragma once
 // Everything that the library exports.
 
+#include <kelmara/connectivity/component_interfaces.h>
+#include <kelmara/connectivity/component_records.h>
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 #include <kelmara/containers/list.h>

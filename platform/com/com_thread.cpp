@@ -1,0 +1,54 @@
+#include <platform/com/com_thread.h>
+
+#include <platform/com.h>
+
+#include <atomic>
+
+namespace {
+
+constinit std::atomic<unsigned long> threads_in_use{0};
+
+struct ComThread {
+    unsigned long count = 0;
+    DWORD mode = 0;
+
+    ~ComThread() {
+        if (count) Leave();
+    }
+    void Leave() {
+        count = 0;
+        if (threads_in_use.fetch_sub(1) == 1) CoFreeUnusedLibraries();
+    }
+};
+
+thread_local ComThread own;
+
+} // namespace
+
+bool Thread_Uses_Com() {
+    return own.count != 0;
+}
+
+extern "C" {
+
+HRESULT CoInitialize(void *reserved) {
+    return CoInitializeEx(reserved, COINIT_APARTMENTTHREADED);
+}
+
+HRESULT CoInitializeEx(void *reserved, DWORD mode) {
+    if (reserved || (mode & ~COINIT_APARTMENTTHREADED)) return E_INVALIDARG;
+    if (own.count && own.mode != mode) return RPC_E_CHANGED_MODE;
+    if (own.count++) return S_FALSE;
+    own.mode = mode;
+    threads_in_use.fetch_add(1);
+    return S_OK;
+}
+
+void CoUninitialize() {
+    if (own.count == 0) return;
+    if (own.count == 1)
+        own.Leave();
+    else
+        --own.count;
+}
+}
