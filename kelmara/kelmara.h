@@ -29,6 +29,7 @@
 #include <kelmara/shared_state/log.h>
 #include <kelmara/shared_state/mutex_holder.h>
 #include <kelmara/shared_state/wait_window.h>
+#include <kelmara/suite/com_registration.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>
