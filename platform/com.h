@@ -73,6 +73,8 @@ using DllCanUnloadNowCall = HRESULT();
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
 inline constexpr DWORD CLSCTX_LOCAL_SERVER = 4;
 
+inline constexpr DWORD REGCLS_MULTIPLEUSE = 1;
+
 inline constexpr DWORD COINIT_MULTITHREADED = 0;
 inline constexpr DWORD COINIT_APARTMENTTHREADED = 2;
 
@@ -102,7 +104,10 @@ PLATFORM_API HRESULT CLSIDFromString(const WCHAR *text, CLSID *clsid);
 /// it did so with the other mode, which makes no other difference here. `reserved` is null, or E_INVALIDARG.
 PLATFORM_API HRESULT CoInitialize(void *reserved);
 PLATFORM_API HRESULT CoInitializeEx(void *reserved, DWORD mode);
-/// Takes one back; without one, nothing. With the process's last, modules go as by CoFreeUnusedLibraries.
+/// Takes one back; without one, nothing. With the thread's last, what it registered is revoked and the
+/// objects that others use through it are let go; with the process's last, modules go as by
+/// CoFreeUnusedLibraries. The end of a thread does the same, but for the first, which leaves it to the end of
+/// the process.
 PLATFORM_API void CoUninitialize();
 
 // --- classes ----------------------------------------------------------------------------------------------
@@ -113,8 +118,22 @@ PLATFORM_API void CoUninitialize();
 /// for a module that cannot be had; CO_E_ERRORINDLL for one that has no DllGetClassObject; and what that
 /// answers.
 PLATFORM_API HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void *server, REFIID iid, void **out);
+/// Of a server nobody but IClassFactory is to be had. REGDB_E_CLASSNOTREG when none runs: none is started.
+/// CO_E_SERVER_EXEC_FAILURE for one that does not answer the making of an object for 30 seconds; a proxy
+/// module that is missing is told as above. A server's own thread gets its factory itself.
 /// An object of the class: CoGetClassObject, then its CreateInstance, whose failure is handed on.
 PLATFORM_API HRESULT CoCreateInstance(REFCLSID clsid, IUnknown *outer, DWORD context, REFIID iid, void **out);
+/// Offers a class of this process to all processes of the machine. `context` is CLSCTX_LOCAL_SERVER, `flags`
+/// REGCLS_MULTIPLEUSE, otherwise E_INVALIDARG. Calls run on this thread, whichever its mode, when it looks
+/// for messages or waits for another server. Of several programs that offer a class the first one serves. The
+/// factory is held until CoRevokeClassObject by the same thread, the listing until that or the program's end;
+/// objects that were made live on. On failure `*cookie` is 0: CO_E_NOTINITIALIZED, E_OUTOFMEMORY, E_FAIL when
+/// the machine cannot list it.
+PLATFORM_API HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown *factory, DWORD context, DWORD flags,
+                                           DWORD *cookie);
+/// CO_E_OBJNOTREG for what this thread has not registered.
+PLATFORM_API HRESULT CoRevokeClassObject(DWORD cookie);
+
 /// Lets go of the modules whose DllCanUnloadNow says S_OK; one without it stays as long as the process.
 PLATFORM_API void CoFreeUnusedLibraries();
 }

@@ -87,6 +87,7 @@ inline constexpr long E_UNEXPECTED = static_cast<long>(0x8000FFFFu);
 inline constexpr long E_OUTOFMEMORY = static_cast<long>(0x8007000Eu);
 inline constexpr long E_INVALIDARG = static_cast<long>(0x80070057u);
 
+inline constexpr long RPC_E_CALL_REJECTED = static_cast<long>(0x80010001u);
 inline constexpr long RPC_E_SERVERFAULT = static_cast<long>(0x80010105u); // the server's code threw
 inline constexpr long RPC_E_CHANGED_MODE =
     static_cast<long>(0x80010106u); // of a thread that uses COM already
