@@ -3,8 +3,8 @@
 // field's filter, and folding a part of a dialog away.
 //
 // They keep nothing but the saved positions in the registry, and none reports an error: what cannot be done
-// is not done. A handle that is no window leaves everything as it is and measures 0. Coordinates and sizes
-// are in pixels. A child stands in its parent's client coordinates, any other window on the screen, whoever
+// is not done. A handle that is no window leaves everything as it is and measures 0; null measures on the
+// screen. Coordinates and sizes are in pixels. A child stands in its parent's client coordinates, any other window on the screen, whoever
 // owns it. Each function is for the thread that owns the windows. Rectangles are never null; arithmetic on
 // them wraps at 32 bits.
 

@@ -104,6 +104,10 @@ CSafeStr &CWorldBeat::Get_Temp_String(const char *identifier) {
     return Shared_String();
 }
 
+bool CWorldBeat::Find_Marked(const char *marked, CSafeStr &out) {
+    return marked[1] ? Find(marked + 1, out) : true;
+}
+
 void CWorldBeat::Get_String(const char *identifier, CSafeStr &out) {
     m_Table.Get_String_From_Identifier(identifier, out);
 }
@@ -122,7 +126,7 @@ void CWorldBeat::Localize_Window(HWND window) {
     char text[Text_Size] = {};
     GetWindowTextA(window, text, sizeof text);
     CSafeStr string;
-    if (*text == Marker && Find(text + 1, string)) SetWindowTextA(window, string);
+    if (*text == Marker && Find_Marked(text, string)) SetWindowTextA(window, string);
 }
 
 int CWorldBeat::EnumChildProc(HWND window, CWorldBeat *self) {
@@ -147,7 +151,7 @@ void CWorldBeat::Localize_Dialog(HWND window) {
     char text[Text_Size] = {};
     GetMenuStringA(menu, item, text, sizeof text, MF_BYPOSITION);
     CSafeStr string;
-    if (*text != Marker || !Find(text + 1, string)) return;
+    if (*text != Marker || !Find_Marked(text, string)) return;
     string.Replace_String("\\t", "\t");
     ModifyMenuA(menu, item, MF_BYPOSITION, GetMenuItemID(menu, position), string);
 }
@@ -167,8 +171,9 @@ void CWorldBeat::Substitute(CSafeStr &text) {
     long left = static_cast<long>(std::count(start, start + text.Length(), Marker)) + Most_In_Turn;
     CSafeStr reference, string;
     for (int skip = 0; left > 0 && text.Get_Next_Insert_Token(reference, skip, Marker);) {
-        Get_String(Text_Of(reference) + 1, string);
-        const bool replaced = string.Length() > 0 && !Holds_Reference(string, reference) &&
+        const char *const identifier = Text_Of(reference) + 1;
+        if (*identifier) Get_String(identifier, string);
+        const bool replaced = *identifier && string.Length() > 0 && !Holds_Reference(string, reference) &&
                               Replace_Reference(text, reference, string);
         replaced ? --left : ++skip;
     }

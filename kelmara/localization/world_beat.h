@@ -78,6 +78,8 @@ class KELMARA_API CWorldBeat : public CAutoDeleteableObject {
     friend struct WorldBeatLayout;
 
     KELMARA_INTERNAL bool Find(const char *identifier, CSafeStr &out);
+    // The same for a marker and its identifier. A lone marker finds nothing, whatever the table holds.
+    KELMARA_INTERNAL bool Find_Marked(const char *marked, CSafeStr &out);
     KELMARA_INTERNAL void Localize_Window(HWND window);
     KELMARA_INTERNAL void Localize_Item(HMENU menu, int position);
     KELMARA_INTERNAL void Substitute(CSafeStr &text);

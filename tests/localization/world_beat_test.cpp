@@ -31,6 +31,7 @@ const Strings The_Strings = {
     {"TWICE", "^TWICE_2 ^TWICE_2"},
     {"TWICE_2", "^TWICE ^TWICE"},
     {std::string(63, 'N'), "a long name"},
+    {"", "of no name"},
 };
 
 void Write_Table(const std::string &path, const Strings &strings) {
@@ -76,7 +77,7 @@ TEST_F(WorldBeat, Strings_Are_Found_Or_Empty) {
                 {"3000", Very_Long},
                 {"EMPTY", ""},
                 {"key", ""},
-                {"", ""},
+                {"", "of no name"},
                 {nullptr, ""}};
     for (const auto &[identifier, string] : rows) {
         CSafeStr out("before");
@@ -191,6 +192,7 @@ TEST_F(WorldBeat, References_In_A_Text_Are_Substituted_And_It_Always_Ends) {
         {"^UNKNOWN and ^NAME", "^UNKNOWN and Name"},
         {"^NAME\t^NAME\r\n^", "Name\tName\r\n^"},
         {"^EMPTY ^ ^NAME", "^EMPTY ^ Name"},
+        {"^ ^NAME", "^ Name"}, // nor does a lone caret find the entry without a name
         {"^TURN", "<Name >"},
         {"^OWN ^NAME", "^OWN Name"},
         {"^LONGER ^NAME", "long too Name"},

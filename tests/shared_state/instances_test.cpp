@@ -318,7 +318,10 @@ SECOND_PROCESS(instance_churner) {
     for (unsigned i = 0;; ++i) {
         TestWindow window(WS_POPUP, {0, 0, 9, 9}, nullptr, 0, {}, "Churned");
         Look_At_Messages();
-        First_Instance(("churn" + std::to_string(i % 5)).c_str(), "S", window);
+        const std::string key = "churn" + std::to_string(i % 5);
+        First_Instance(key.c_str(), "S", window);
+        SetWindowTextA(window, "Churned on");
+        if (i % 2) Update_Instance(key.c_str(), window);
     }
 }
 
@@ -327,9 +330,9 @@ namespace {
 TEST_F(Instances, StandTwentyProcessesThatDieAtAnyMoment) {
     copy->First();
     std::mt19937 random(7);
-    for (int round = 0; round < 5; ++round) {
+    for (int round = 0; round < 2; ++round) {
         std::vector<std::unique_ptr<SecondProcess>> churners;
-        for (int i = 0; i < 4; ++i) churners.push_back(std::make_unique<SecondProcess>("instance_churner"));
+        for (int i = 0; i < 20; ++i) churners.push_back(std::make_unique<SecondProcess>("instance_churner"));
         for (const auto &churner : churners) ASSERT_EQ(churner->Hear(), "ready");
         for (const auto &churner : churners) {
             Sleep(random() % 20);
