@@ -85,11 +85,9 @@ class ServiceFactory final : public IClassFactory {
     ULONG count = 1;
 } factory;
 
-DWORD Register() {
+DWORD Register(REFCLSID clsid = CLSID_TestService) {
     DWORD cookie = 0;
-    EXPECT_EQ(
-        CoRegisterClassObject(CLSID_TestService, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie),
-        S_OK);
+    EXPECT_EQ(CoRegisterClassObject(clsid, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie), S_OK);
     return cookie;
 }
 
