@@ -3,6 +3,9 @@
 
 #include <kelmara/connectivity/component_interfaces.h>
 #include <kelmara/connectivity/component_records.h>
+#include <kelmara/connectivity/connection_kind.h>
+#include <kelmara/connectivity/phone_numbers.h>
+#include <kelmara/connectivity/tapi.h>
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 #include <kelmara/containers/list.h>
@@ -12,6 +15,15 @@
 #include <kelmara/content/define_file.h>
 #include <kelmara/content/sections.h>
 #include <kelmara/content/tokenizer.h>
+#include <kelmara/dialogs/auto_position.h>
+#include <kelmara/dialogs/binding_interfaces.h>
+#include <kelmara/dialogs/bound_checkbox.h>
+#include <kelmara/dialogs/bound_combo_box.h>
+#include <kelmara/dialogs/bound_control.h>
+#include <kelmara/dialogs/bound_control_cache.h>
+#include <kelmara/dialogs/bound_list_box.h>
+#include <kelmara/dialogs/bound_radio_group.h>
+#include <kelmara/dialogs/bound_text.h>
 #include <kelmara/dialogs/window_helpers.h>
 #include <kelmara/dialogs/window_user_data.h>
 #include <kelmara/foundation/auto_deleteable_object.h>

@@ -49,6 +49,7 @@ TEST_F(WindowTest, The_Pointer_Reaches_What_Lies_Uppermost) {
 }
 
 TEST_F(WindowTest, Tab_And_Arrows_Move_Through_A_Dialog) {
+    TestWindow behind(WS_POPUP | WS_VISIBLE, {0, 0, 9, 9});
     TestDialog dialog;
     const HWND name = dialog.Add("Edit", "name", {0, 0, 90, 20}, WS_TABSTOP, 3);
     dialog.Add("Static", "label", {100, 0, 190, 20}, 0, 9);
@@ -73,6 +74,12 @@ TEST_F(WindowTest, Tab_And_Arrows_Move_Through_A_Dialog) {
     Press_Key(VK_TAB);
     Release_Key(VK_SHIFT);
     EXPECT_EQ(GetFocus(), help);
+    SetFocus(GetDlgItem(dialog, 9));
+    Press_Key(VK_TAB);
+    EXPECT_EQ(GetDlgCtrlID(GetFocus()), 1001) << "from where there is no stop on to the next";
+    SetFocus(dialog);
+    Press_Key(VK_DOWN);
+    EXPECT_EQ(GetFocus(), dialog);
     SetFocus(one);
     Press_Key(VK_UP);
     EXPECT_EQ(GetFocus(), two);
@@ -80,7 +87,8 @@ TEST_F(WindowTest, Tab_And_Arrows_Move_Through_A_Dialog) {
     dialog.Told();
     Click_Window(name);
     Press_Key(VK_RETURN);
-    EXPECT_EQ(GetFocus(), ok) << "the default button is clicked as by hand";
+    EXPECT_EQ(GetFocus(), name);
+    EXPECT_EQ(dialog.Told(), "3:EN_SETFOCUS 1:BN_CLICKED");
     SetFocus(help);
     dialog.Told();
     Press_Key(VK_RETURN);

@@ -123,6 +123,19 @@ TEST_F(WindowTest, Messages_To_Another_Thread_S_Window_Run_There_And_May_Call_Ba
     EXPECT_TRUE(IsWindowVisible(other.window));
 }
 
+TEST_F(WindowTest, Another_Thread_S_Window_Is_Never_The_Active_One_Here) {
+    OtherThread other({});
+    ShowWindow(other.window, SW_SHOWNA);
+    TestWindow popup(WS_POPUP | WS_VISIBLE, Anywhere, other.window);
+    ShowWindow(popup, SW_HIDE);
+    EXPECT_EQ(GetActiveWindow(), nullptr);
+    EXPECT_EQ(GetForegroundWindow(), other.window) << "the owner's thread is to see to it";
+    TestWindow child(WS_CHILD, Anywhere, other.window);
+    SetFocus(child);
+    EXPECT_EQ(GetFocus(), child);
+    EXPECT_EQ(GetActiveWindow(), nullptr);
+}
+
 TEST_F(WindowTest, A_Throw_To_A_Sender_Leaves_Nobody_Waiting) {
     TestWindow mine(WS_POPUP, Anywhere, nullptr, 0, [](HWND, UINT message, WPARAM, LPARAM) {
         if (message == WM_USER) throw 7;

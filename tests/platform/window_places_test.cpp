@@ -110,6 +110,13 @@ TEST_F(WindowTest, Moving_Sends_What_Changes_And_Nothing_Else) {
         EXPECT_EQ(child.Heard(), row.heard);
         EXPECT_EQ(Place_Of(child), row.place);
     }
+    main.Heard();
+    SetWindowLongA(main, GWL_STYLE, static_cast<LONG>(WS_POPUP | WS_CAPTION));
+    for (const char *heard : {"WM_WINDOWPOSCHANGING WM_WINDOWPOSCHANGED WM_MOVE WM_SIZE",
+                              "WM_WINDOWPOSCHANGING WM_WINDOWPOSCHANGED"}) {
+        SetWindowPos(main, nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
+        EXPECT_EQ(main.Heard(), heard) << "the caption takes its part once";
+    }
 }
 
 TEST_F(WindowTest, The_Procedure_May_Change_Where_A_Window_Goes) {

@@ -69,9 +69,11 @@ TEST_F(WindowTest, A_Procedure_May_Refuse_Its_Window) {
     TestWindow late(WS_POPUP, Somewhere, nullptr, 0, answer(WM_CREATE, -1));
     EXPECT_EQ(HWND(late), nullptr);
     EXPECT_EQ(late.Heard(), "WM_NCCREATE WM_CREATE WM_DESTROY WM_NCDESTROY");
-    const auto throws = [](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message == WM_CREATE) throw std::runtime_error("no");
-        return std::nullopt;
+    const auto throws = [](HWND window, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message != WM_CREATE) return std::nullopt;
+        CreateWindowExA(0, "ComboBox", "", WS_CHILD | CBS_DROPDOWN, 0, 0, 9, 9, window, nullptr, nullptr,
+                        nullptr); // its list goes with it
+        throw std::runtime_error("no");
     };
     EXPECT_THROW(TestWindow(WS_POPUP, Somewhere, nullptr, 0, throws), std::runtime_error);
 }
@@ -227,7 +229,7 @@ TEST_F(WindowTest, Showing_And_Enabling_Tell_What_Was_And_Send_What_Changes) {
     EXPECT_FALSE(IsWindowVisible(child));
     main.Heard();
     EXPECT_FALSE(ShowWindow(main, SW_SHOW));
-    EXPECT_EQ(main.Heard(), "WM_SHOWWINDOW WM_WINDOWPOSCHANGING WM_WINDOWPOSCHANGED WM_ACTIVATE WM_SETFOCUS");
+    EXPECT_EQ(main.Heard(), "WM_SHOWWINDOW WM_WINDOWPOSCHANGING WM_ACTIVATE WM_SETFOCUS WM_WINDOWPOSCHANGED");
     EXPECT_TRUE(IsWindowVisible(child));
     EXPECT_TRUE(ShowWindow(main, SW_SHOW));
     EXPECT_EQ(main.Heard(), "");
@@ -276,9 +278,22 @@ TEST_F(WindowTest, What_Stands_Behind_Comes_Forward_And_Nobody_Steals_The_Foregr
     TestWindow second(Dialog | WS_VISIBLE, Somewhere), third(Dialog | WS_VISIBLE, Somewhere);
     DestroyWindow(third);
     EXPECT_EQ(GetForegroundWindow(), second);
+    SetWindowPos(second, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    EXPECT_EQ(GetWindow(second, GW_HWNDNEXT), nullptr);
+    EXPECT_TRUE(SetWindowPos(second, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE));
+    EXPECT_EQ(GetWindow(second, GW_HWNDPREV), nullptr);
+    const HWND combo = CreateWindowExA(0, "ComboBox", "", WS_CHILD | WS_VISIBLE | CBS_DROPDOWN, 0, 0, 9, 9,
+                                       second, nullptr, nullptr, nullptr);
+    SendMessageA(combo, CB_SHOWDROPDOWN, TRUE, 0); // the list stands on the desktop
     ShowWindow(second, SW_HIDE);
     EXPECT_EQ(GetForegroundWindow(), first);
     EXPECT_EQ(GetFocus(), first);
+    TestWindow careless(Dialog | WS_VISIBLE, Somewhere, nullptr, 0, [](HWND, UINT message, WPARAM, LPARAM) {
+        return message == WM_ACTIVATE ? std::optional<LRESULT>(0) : std::nullopt;
+    });
+    EXPECT_EQ(GetFocus(), careless);
+    ShowWindow(hidden, SW_SHOWMINIMIZED);
+    EXPECT_EQ(GetFocus(), nullptr);
     std::thread([] {
         TestWindow behind(Dialog, Somewhere);
         const HWND foreground = GetForegroundWindow();
@@ -290,7 +305,7 @@ TEST_F(WindowTest, What_Stands_Behind_Comes_Forward_And_Nobody_Steals_The_Foregr
     }).join();
 }
 
-TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
+TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus_And_Closes_By_Cancel) {
     const HWND dialog = CreateWindowExA(0, "#32770", "", Dialog | WS_VISIBLE, 0, 0, 90, 90, nullptr, nullptr,
                                         nullptr, nullptr);
     EXPECT_EQ(GetFocus(), dialog);
@@ -308,7 +323,23 @@ TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
         EXPECT_EQ(GetFocus(), popup);
     }
     EXPECT_EQ(GetFocus(), plain);
-    DestroyWindow(dialog);
+    SetFocus(dialog);
+    EXPECT_EQ(GetFocus(), stop);
+    const HWND cancel =
+        CreateWindowExA(0, "Button", "", WS_CHILD, 0, 0, 9, 9, dialog, HMENU(IDCANCEL), nullptr, nullptr);
+    const auto procedure = reinterpret_cast<WNDPROC>(GetWindowLongA(dialog, GWL_WNDPROC));
+    CallWindowProcA(procedure, cancel, WM_SETFONT, 48, 0);
+    EXPECT_EQ(CallWindowProcA(procedure, cancel, WM_GETFONT, 0, 0), 0) << "it has nothing of a dialog's";
+    const unsigned long beeps = Message_Beep_Count();
+    for (const BOOL enabled : {TRUE, FALSE}) {
+        EnableWindow(cancel, enabled);
+        SendMessageA(dialog, WM_CLOSE, 0, 0);
+        MSG message = {};
+        EXPECT_EQ(PeekMessageA(&message, dialog, WM_COMMAND, WM_COMMAND, PM_REMOVE), enabled);
+        EXPECT_EQ(message.lParam, enabled ? reinterpret_cast<LPARAM>(cancel) : 0);
+    }
+    EXPECT_EQ(Message_Beep_Count(), beeps + 1);
+    EXPECT_TRUE(DestroyWindow(dialog));
 }
 
 } // namespace
