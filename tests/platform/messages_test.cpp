@@ -64,22 +64,6 @@ TEST_F(WindowTest, A_Full_Queue_Refuses) {
     EXPECT_EQ(Error_Of(PostMessageA(window, WM_USER, 0, 0)), ERROR_NOT_ENOUGH_QUOTA);
 }
 
-TEST_F(WindowTest, Keys_Become_Characters_And_Messages_Reach_Their_Procedure) {
-    std::string typed;
-    TestWindow window(WS_POPUP, Anywhere, nullptr, 0, [&](HWND, UINT message, WPARAM w, LPARAM) {
-        if (message == WM_CHAR) typed += static_cast<char>(w);
-        return std::optional<LRESULT>();
-    });
-    for (const int key : {+'H', +'I', +'5', 37, +' '})
-        PostMessageA(window, WM_KEYDOWN, static_cast<WPARAM>(key), 0);
-    MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
-    }
-    EXPECT_EQ(typed, "hi5 ");
-}
-
 // A thread with a window, which answers until it is told to end.
 class OtherThread {
   public:
