@@ -1,6 +1,8 @@
 #pragma once
 // Everything that the library exports.
 
+#include <kelmara/connectivity/component_interfaces.h>
+#include <kelmara/connectivity/component_records.h>
 #include <kelmara/connectivity/connection_kind.h>
 #include <kelmara/connectivity/phone_numbers.h>
 #include <kelmara/connectivity/tapi.h>
@@ -41,7 +43,9 @@
 #include <kelmara/shared_state/log.h>
 #include <kelmara/shared_state/mutex_holder.h>
 #include <kelmara/shared_state/wait_window.h>
+#include <kelmara/suite/com_registration.h>
 #include <kelmara/suite/folders.h>
+#include <kelmara/suite/startup.h>
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>
 #include <kelmara/system/os_helpers.h>

@@ -82,4 +82,5 @@ void ThreadQueue::Answer_Sent() {
         sent->result = Send_To(sent->window, sent->message, sent->wparam, sent->lparam);
     }
     Catch_Up_With_The_Machine(*this);
+    if (const std::shared_ptr<QueueVisitor> present = visitor) present->Messages_Are_Looked_For();
 }
