@@ -3,6 +3,7 @@
 
 #include <kelmara/connectivity/component_interfaces.h>
 #include <kelmara/connectivity/component_records.h>
+#include <kelmara/connectivity/dial_location.h>
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 #include <kelmara/containers/list.h>
