@@ -11,6 +11,7 @@
 
 namespace {
 
+constexpr long First_Capacity = 512;
 constexpr int Attempts = 8; // to read a value that others make longer meanwhile
 
 using Block = std::unique_ptr<char, decltype([](char *block) { ds_free(block); })>;
@@ -22,7 +23,7 @@ long Query(HKEY key, const char *value, DWORD *type, char *bytes, DWORD *size) {
 } // namespace
 
 long StoredLines::Load(const char *key, const char *value) {
-    Clear();
+    if (const long result = m_Lines.Initialize(First_Capacity)) return result;
     CRegMaster registry;
     if (!registry.OpenKey(HKEY_LOCAL_MACHINE, key)) return ERROR_FILE_NOT_FOUND;
     long result = ERROR_MORE_DATA;
@@ -105,14 +106,4 @@ void StoredLines::Remove(const char *name) {
 void StoredLines::Cut(const char *line) {
     m_Lines.Move_To(static_cast<long>(line - static_cast<const char *>(m_Lines)));
     m_Lines.Delete(static_cast<long>(std::strlen(line)) + 1);
-}
-
-long StoredLines::Copy(StoredLines &other) {
-    Clear();
-    return m_Lines.Write(static_cast<const char *>(other.m_Lines), other.m_Lines.Get_End_Of_Data());
-}
-
-void StoredLines::Clear() {
-    m_Lines.Move_To(0L);
-    m_Lines.Delete(m_Lines.Get_End_Of_Data());
 }

@@ -9,9 +9,9 @@ class StoredLines {
   public:
     static constexpr long Largest = 65536; // bytes
 
-    /// Takes the lines of a value below HKEY_LOCAL_MACHINE; none when there is no such value. 0;
-    /// ERROR_FILE_NOT_FOUND without the key; ERROR_INVALID_DATA for what is no lines, or too many; a code of
-    /// the registry. What was here is gone.
+    /// To be called first. Takes the lines of a value below HKEY_LOCAL_MACHINE; none when there is no such
+    /// value. 0; ERROR_FILE_NOT_FOUND without the key; ERROR_INVALID_DATA for what is no lines, or too many;
+    /// a code of the registry. What was here is gone.
     long Load(const char *key, const char *value);
     /// 0 when they are on the disk. ERROR_FILE_NOT_FOUND without the key, which is not made;
     /// ERROR_WRITE_FAULT.
@@ -22,9 +22,6 @@ class StoredLines {
     /// 0, E_OUTOFMEMORY, or ERROR_NOT_ENOUGH_QUOTA for more than Largest. `name` has no "=".
     long Set(const char *name, const char *text);
     void Remove(const char *name);
-    /// In place of what was here. 0 or E_OUTOFMEMORY.
-    long Copy(StoredLines &other);
-    void Clear();
 
     /// The lines one after the other: the first for null, null behind the last.
     const char *Next(const char *line) const;

@@ -11,10 +11,14 @@ namespace {
 
 FakeComponents fakes;
 
-long Called(const std::string &name, const std::string &arguments = {}) {
-    fakes.calls.push_back(arguments.empty() ? name : name + " " + arguments);
+long Told(const std::string &name) {
     const auto told = fakes.answers.find(name);
     return told == fakes.answers.end() ? 0 : told->second;
+}
+
+long Called(const std::string &name, const std::string &arguments) {
+    fakes.calls.push_back(name + " " + arguments);
+    return Told(name);
 }
 
 // An object with all interfaces, under the name that its end is told by.
@@ -28,26 +32,13 @@ class Fake final : public IComponentStorageInterface,
         ++fakes.living;
     }
     HRESULT QueryInterface(REFIID iid, void **out) override {
-        const struct {
-            GUID iid;
-            const char *name;
-            void *object;
-        } interfaces[] = {
-            {IID_IComponentStorageInterface, "Storage", static_cast<IComponentStorageInterface *>(this)},
-            {IID_IComponentValuesInterface, "Values", static_cast<IComponentValuesInterface *>(this)},
-            {IID_ITDDOptionsInterface, "Options", static_cast<ITDDOptionsInterface *>(this)},
-            {IID_IComplexValueFactoryInterface, "Factory",
-             static_cast<IComplexValueFactoryInterface *>(this)},
-        };
-        for (const auto &offered : interfaces) {
-            if (!IsEqualGUID(iid, offered.iid)) continue;
-            const auto told = fakes.answers.find(std::string("Query ") + offered.name);
-            const long result = told == fakes.answers.end() ? 0 : told->second;
-            *out = result == 0 ? offered.object : nullptr;
-            if (*out) AddRef();
-            return result;
-        }
-        return E_NOINTERFACE;
+        if (IsEqualGUID(iid, IID_IComponentStorageInterface))
+            return Offer<IComponentStorageInterface>("Query Storage", out);
+        if (IsEqualGUID(iid, IID_IComponentValuesInterface))
+            return Offer<IComponentValuesInterface>("Query Values", out);
+        if (IsEqualGUID(iid, IID_ITDDOptionsInterface))
+            return Offer<ITDDOptionsInterface>("Query Options", out);
+        return Offer<IComplexValueFactoryInterface>("Query Factory", out);
     }
     ULONG AddRef() override { return ++count_; }
     ULONG Release() override {
@@ -60,11 +51,10 @@ class Fake final : public IComponentStorageInterface,
 
     long Open_Component(ComponentLocator *locator, long zero) override {
         ComponentLocator expected = {};
-        std::strncpy(expected.name, locator->name, sizeof expected.name);
+        std::memcpy(expected.name, locator->name, strnlen(locator->name, sizeof expected.name));
         expected.kind = locator->kind;
         const bool clean = zero == 0 && std::memcmp(&expected, locator, sizeof expected) == 0;
-        return Called("Open", std::string(locator->name) + " " + std::to_string(locator->kind) +
-                                  (clean ? "" : " and more"));
+        return Called("Open", locator->name + (" " + std::to_string(locator->kind)) + (clean ? "" : "!"));
     }
     long Set_Edit_Lock(long, long) override { return E_NOTIMPL; }
     long Commit_Component() override { return E_NOTIMPL; }
@@ -83,7 +73,7 @@ class Fake final : public IComponentStorageInterface,
     }
     long Apply_Options(bool second, bool first, char *area_code, char *exchange) override {
         return Called("Apply",
-                      std::to_string(second) + std::to_string(first) + " " + area_code + " " + exchange);
+                      (second ? "1" : "0") + std::string(first ? "1 " : "0 ") + area_code + exchange);
     }
     long Restore_Options(unsigned long token) override { return Called("Restore", std::to_string(token)); }
     long Discard_Saved_Options(unsigned long token) override {
@@ -91,9 +81,8 @@ class Fake final : public IComponentStorageInterface,
     }
 
     long Create_Tree(IComplexValueInterface **out) override {
-        *out = nullptr;
-        const long result = Called("Create_Tree");
-        if (result == 0) *out = new Fake("tree");
+        const long result = Told("Create_Tree");
+        *out = result == 0 ? new Fake("tree") : nullptr;
         return result;
     }
     char *Get_Text() override { return text_.data(); }
@@ -104,6 +93,13 @@ class Fake final : public IComponentStorageInterface,
 
   private:
     ~Fake() = default;
+    template <class Interface>
+    HRESULT Offer(const char *name, void **out) {
+        const long result = Told(name);
+        *out = result == 0 ? static_cast<Interface *>(this) : nullptr;
+        if (*out) AddRef();
+        return result;
+    }
 
     const std::string name_;
     std::string text_;
@@ -113,10 +109,7 @@ class Fake final : public IComponentStorageInterface,
 class Factory final : public IClassFactory {
   public:
     explicit Factory(const char *name) : name_(name) {}
-    HRESULT QueryInterface(REFIID, void **out) override {
-        *out = this;
-        return S_OK;
-    }
+    HRESULT QueryInterface(REFIID, void **out) override { return *out = this, S_OK; }
     ULONG AddRef() override { return 2; }
     ULONG Release() override { return 1; }
     HRESULT LockServer(BOOL) override { return E_NOTIMPL; }
@@ -136,14 +129,11 @@ Factory locations{"location"}, connections{"connection"};
 
 } // namespace
 
-#define EXPORT extern "C" __attribute__((visibility("default")))
-
-EXPORT FakeComponents *Fakes() {
+extern "C" __attribute__((visibility("default"))) FakeComponents *Fakes() {
     return &fakes;
 }
 
-EXPORT HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, void **out) {
-    if (IsEqualGUID(clsid, CLSID_LocationComponent)) return locations.QueryInterface(iid, out);
-    if (IsEqualGUID(clsid, CLSID_ConnectionComponent)) return connections.QueryInterface(iid, out);
-    return CLASS_E_CLASSNOTAVAILABLE;
+extern "C" __attribute__((visibility("default"))) HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid,
+                                                                            void **out) {
+    return (IsEqualGUID(clsid, CLSID_LocationComponent) ? locations : connections).QueryInterface(iid, out);
 }
