@@ -1,6 +1,8 @@
 #pragma once
 // Everything that the library exports.
 
+#include <kelmara/connectivity/component_interfaces.h>
+#include <kelmara/connectivity/component_records.h>
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 #include <kelmara/containers/list.h>
@@ -36,6 +38,7 @@
 #include <kelmara/shared_state/log.h>
 #include <kelmara/shared_state/mutex_holder.h>
 #include <kelmara/shared_state/wait_window.h>
+#include <kelmara/suite/com_registration.h>
 #include <kelmara/suite/folders.h>
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>

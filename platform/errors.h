@@ -78,8 +78,31 @@ inline constexpr long ERROR_NOT_GUI_PROCESS = 1471;
 inline constexpr long ERROR_NOT_ENOUGH_QUOTA = 1816; // for another handle
 
 inline constexpr long S_OK = 0;
+inline constexpr long S_FALSE = 1;
 inline constexpr long E_NOTIMPL = static_cast<long>(0x80004001u);
 inline constexpr long E_NOINTERFACE = static_cast<long>(0x80004002u);
+inline constexpr long E_POINTER = static_cast<long>(0x80004003u);
+inline constexpr long E_FAIL = static_cast<long>(0x80004005u);
 inline constexpr long E_UNEXPECTED = static_cast<long>(0x8000FFFFu);
 inline constexpr long E_OUTOFMEMORY = static_cast<long>(0x8007000Eu);
 inline constexpr long E_INVALIDARG = static_cast<long>(0x80070057u);
+
+inline constexpr long RPC_E_CALL_REJECTED = static_cast<long>(0x80010001u);
+inline constexpr long RPC_E_SERVERFAULT = static_cast<long>(0x80010105u); // the server's code threw
+inline constexpr long RPC_E_CHANGED_MODE =
+    static_cast<long>(0x80010106u); // of a thread that uses COM already
+inline constexpr long RPC_E_INVALIDMETHOD = static_cast<long>(0x80010107u); // no such slot
+inline constexpr long RPC_E_DISCONNECTED =
+    static_cast<long>(0x80010108u); // the object lets go of its clients
+inline constexpr long RPC_E_INVALID_DATA = static_cast<long>(0x8001000Fu); // a message that makes no sense
+inline constexpr long CLASS_E_NOAGGREGATION = static_cast<long>(0x80040110u);
+inline constexpr long CLASS_E_CLASSNOTAVAILABLE = static_cast<long>(0x80040111u); // not of this module
+inline constexpr long REGDB_E_CLASSNOTREG = static_cast<long>(0x80040154u);
+inline constexpr long CO_E_NOTINITIALIZED = static_cast<long>(0x800401F0u);
+inline constexpr long CO_E_CLASSSTRING = static_cast<long>(0x800401F3u);
+inline constexpr long CO_E_ERRORINDLL = static_cast<long>(0x800401F9u); // a module without the entry
+inline constexpr long CO_E_OBJNOTREG = static_cast<long>(0x800401FBu);
+inline constexpr long HRESULT_MODULE_NOT_FOUND = static_cast<long>(0x8007007Eu);
+inline constexpr long HRESULT_SERVER_UNAVAILABLE = static_cast<long>(0x800706BAu); // it has ended
+inline constexpr long HRESULT_CALL_FAILED = static_cast<long>(0x800706BEu);        // it ended in the call
+inline constexpr long CO_E_SERVER_EXEC_FAILURE = static_cast<long>(0x80080005u);   // it does not answer

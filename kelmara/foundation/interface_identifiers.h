@@ -1,12 +1,8 @@
 #pragma once
-// Inside the library: the identifier that every COM-style interface answers to, and how two are compared.
+// Inside the library: how two interface identifiers are compared. Each is defined once, beside its interface.
 
-#include <platform/types.h>
-
-#include <cstring>
-
-inline constexpr GUID IID_IUnknown = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+#include <platform/com.h>
 
 inline bool Is_Same_Identifier(GUID const &one, GUID const &other) {
-    return std::memcmp(&one, &other, sizeof one) == 0;
+    return IsEqualGUID(one, other);
 }

@@ -243,6 +243,12 @@ void ThreadQueue::Answer_Sent() {
         sent->result = Send_To(sent->window, sent->message, sent->wparam, sent->lparam);
     }
     Catch_Up_With_The_Machine(*this);
+    if (const std::shared_ptr<QueueVisitor> present = visitor) present->Messages_Are_Looked_For();
+}
+
+void ThreadQueue::Wake() {
+    std::lock_guard guard(lock_);
+    if (!closed_) Row().Wake();
 }
 
 void ThreadQueue::Forget_Window(HWND window) {

@@ -19,6 +19,15 @@ struct SentMessage {
     std::atomic<bool> answered{false};
 };
 
+/// Whose turn comes whenever a thread looks for messages, behind what was sent to its windows.
+class QueueVisitor {
+  public:
+    virtual void Messages_Are_Looked_For() = 0;
+
+  protected:
+    ~QueueVisitor() = default;
+};
+
 class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
   public:
     static constexpr std::size_t Most_Posted = 10000;
@@ -45,6 +54,8 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
     /// Waits for the answer, and answers what is sent to the calling thread meanwhile.
     static LRESULT Send(const std::shared_ptr<SentMessage> &sent, ThreadQueue &receiver);
     void Forget_Window(HWND window);
+    /// Has the thread look, unless it has ended.
+    void Wake();
 
     // By the own thread.
     struct Filter {
@@ -62,6 +73,8 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
     Window *focus = nullptr;
     Window *active = nullptr;   // without a parent
     bool in_foreground = false; // `active` is the machine's, or was when the thread looked last
+
+    std::shared_ptr<QueueVisitor> visitor; // of the own thread; may be null
 
     ThreadQueue(DWORD thread_id, std::shared_ptr<SharedWindows> shared, ThreadRow *row);
     /// At the thread's end.

@@ -1,0 +1,154 @@
+#include <platform/com/class_list.h>
+
+#include <platform/com/class_keys.h>
+#include <platform/kernel/machine_state.h>
+#include <platform/kernel/open_folder.h>
+#include <platform/kernel/process_descriptor.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <vector>
+
+namespace {
+
+constexpr int Waiting_Connections = 64;
+constexpr int Attempts = 200; // while the folder goes away, or too many wait to be accepted
+constexpr useconds_t Pause = 10000;
+
+std::string List_Folder() {
+    const std::string folder = Shared_Memory_Folder_Path();
+    return folder.empty() ? folder : folder + "/classes";
+}
+
+bool Make_List_Folder() {
+    return Make_Private_Folder(Shared_Memory_Folder_Path()) == ERROR_SUCCESS &&
+           Make_Private_Folder(List_Folder()) == ERROR_SUCCESS;
+}
+
+FileDescriptor New_Socket() {
+    return FileDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+}
+
+// The address of a name in a folder, however long the folder's path is: by way of its descriptor.
+class Address {
+  public:
+    Address(const std::string &folder, const std::string &name)
+        : folder_(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+        address_.sun_family = AF_UNIX;
+        const int length = std::snprintf(address_.sun_path, sizeof address_.sun_path, "/proc/self/fd/%d/%s",
+                                         folder_.Get(), name.c_str());
+        fits_ = folder_ && length > 0 && static_cast<std::size_t>(length) < sizeof address_.sun_path;
+    }
+    bool Bind(int socket) const { return fits_ && bind(socket, Get(), sizeof address_) == 0; }
+    bool Connect(int socket) const { return fits_ && connect(socket, Get(), sizeof address_) == 0; }
+
+  private:
+    const sockaddr *Get() const { return reinterpret_cast<const sockaddr *>(&address_); }
+
+    FileDescriptor folder_;
+    sockaddr_un address_ = {};
+    bool fits_;
+};
+
+// Sorts by time.
+std::string Name_In_Order() {
+    static constinit std::atomic<unsigned> count{0};
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    char name[64];
+    std::snprintf(name, sizeof name, "-%010lld.%09ld-%d-%u", static_cast<long long>(now.tv_sec),
+                  static_cast<long>(now.tv_nsec), static_cast<int>(getpid()), ++count);
+    return name;
+}
+
+std::vector<std::string> Names_In_List(const std::string &beginning) {
+    std::vector<std::string> names;
+    const OpenFolder folder = Open_Folder(List_Folder());
+    if (!folder) return names;
+    while (const dirent *entry = readdir(folder.get())) {
+        if (std::strncmp(entry->d_name, beginning.c_str(), beginning.size()) == 0)
+            names.emplace_back(entry->d_name);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+enum class Answer { Connected, Nobody, Not_Now };
+
+Answer Try_To_Connect(const std::string &name, const FileDescriptor &socket) {
+    if (Address(List_Folder(), name).Connect(socket.Get())) return Answer::Connected;
+    if (errno == EAGAIN) return Answer::Not_Now;
+    if (errno == ECONNREFUSED) unlink((List_Folder() + "/" + name).c_str());
+    return Answer::Nobody;
+}
+
+// Empty when nobody is there any more, or takes no connection for too long.
+FileDescriptor Connect_To(const std::string &name) {
+    FileDescriptor socket = New_Socket();
+    if (!socket) return socket;
+    for (int i = 0; i < Attempts; ++i) {
+        const Answer answer = Try_To_Connect(name, socket);
+        if (answer == Answer::Connected && Is_Trusted(socket.Get())) return socket;
+        if (answer != Answer::Not_Now) break;
+        usleep(Pause);
+    }
+    return FileDescriptor();
+}
+
+bool Peer_Of(int socket, ucred &peer) {
+    socklen_t size = sizeof peer;
+    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+}
+
+} // namespace
+
+ListedClass::ListedClass(FileDescriptor socket, std::string folder, const std::string &name)
+    : socket_(std::move(socket)), folder_(std::move(folder)), path_(folder_ + "/" + name) {}
+
+std::shared_ptr<ListedClass> ListedClass::List(REFCLSID clsid) {
+    const std::string folder = List_Folder();
+    if (folder.empty()) return nullptr;
+    const std::string name = Text_Of(clsid) + Name_In_Order(), name_aside = "new" + name;
+    auto aside = std::make_shared<ListedClass>(FileDescriptor(), folder, name_aside);
+    auto listed = std::make_shared<ListedClass>(New_Socket(), folder, name);
+    for (int i = 0; i < Attempts && listed->socket_ && Make_List_Folder(); ++i) {
+        if (Address(folder, name_aside).Bind(listed->Socket()) &&
+            listen(listed->Socket(), Waiting_Connections) == 0 &&
+            rename(aside->path_.c_str(), listed->path_.c_str()) == 0) {
+            return listed;
+        }
+        if (errno != ENOENT) break; // another program may have taken the empty folder away
+    }
+    return nullptr;
+}
+
+void ListedClass::Withdraw() {
+    if (path_.empty()) return;
+    unlink(path_.c_str());
+    rmdir(folder_.c_str()); // with the last one
+    path_.clear();
+}
+
+FileDescriptor Connect_To_Class(REFCLSID clsid) {
+    for (const std::string &name : Names_In_List(Text_Of(clsid))) {
+        if (FileDescriptor socket = Connect_To(name)) return socket;
+    }
+    return FileDescriptor();
+}
+
+FileDescriptor Process_Behind(int socket) {
+    ucred peer;
+    if (!Peer_Of(socket, peer) || peer.pid <= 0) return FileDescriptor();
+    return FileDescriptor(pidfd_open(peer.pid, 0));
+}
+
+bool Is_Trusted(int socket) {
+    ucred peer;
+    return Peer_Of(socket, peer) && (peer.uid == geteuid() || peer.uid == 0);
+}

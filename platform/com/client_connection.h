@@ -1,0 +1,36 @@
+#pragma once
+// The client's end of a connection: one call at a time, from any thread. It is over when the server is.
+
+#include <platform/com/wire.h>
+#include <platform/kernel.h>
+#include <platform/kernel/file_descriptor.h>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+class ClientConnection {
+  public:
+    /// To the first program that offers the class: null when none does. May throw std::bad_alloc.
+    static std::shared_ptr<ClientConnection> Open(REFCLSID clsid);
+    explicit ClientConnection(FileDescriptor socket);
+
+    static constexpr DWORD Longest_Making = 30000; // milliseconds, of an object
+
+    /// What the server answers, or HRESULT_SERVER_UNAVAILABLE when it had ended, HRESULT_CALL_FAILED when it
+    /// ended meanwhile or answered with rubbish, CO_E_SERVER_EXEC_FAILURE when it took longer than `limit`,
+    /// RPC_E_CALL_REJECTED within a call of the same thread. May throw std::bad_alloc, which ends it.
+    HRESULT Call(const Frame &request, std::string &results, DWORD limit = INFINITE);
+    bool Is_Over() const { return over_.load(std::memory_order_acquire); }
+
+  private:
+    enum class Moment { Ready, Ended, Too_Late };
+    HRESULT Send(const Frame &request, const class Deadline &deadline);
+    HRESULT Receive(Frame &answer, const class Deadline &deadline);
+    Moment Wait_For(short events, const class Deadline &deadline);
+
+    const FileDescriptor socket_, process_;
+    std::mutex lock_;
+    std::atomic<int> caller_{0}; // the thread that has the lock
+    std::atomic<bool> over_{false};
+};

@@ -1,0 +1,73 @@
+#include <platform/com/com_thread.h>
+
+#include <platform/com.h>
+
+#include <atomic>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+constinit std::atomic<unsigned long> threads_in_use{0};
+
+std::shared_ptr<Apartment> *of_first_thread = nullptr;
+
+struct ComThread {
+    unsigned long count = 0;
+    DWORD mode = 0;
+    std::shared_ptr<Apartment> apartment;
+
+    // What the first thread has goes with the process.
+    ~ComThread() {
+        if (gettid() == getpid())
+            of_first_thread = new std::shared_ptr<Apartment>(std::move(apartment));
+        else if (count)
+            Leave();
+    }
+    void Leave() {
+        count = 0;
+        if (const std::shared_ptr<Apartment> last = std::exchange(apartment, nullptr)) last->Close();
+        if (threads_in_use.fetch_sub(1) == 1) CoFreeUnusedLibraries();
+    }
+};
+
+thread_local ComThread own;
+
+} // namespace
+
+bool Thread_Uses_Com() {
+    return own.count != 0;
+}
+
+std::shared_ptr<Apartment> Own_Apartment() {
+    return own.apartment;
+}
+
+std::shared_ptr<Apartment> Own_Or_New_Apartment() {
+    if (!own.apartment) own.apartment = Apartment::Begin();
+    return own.apartment;
+}
+
+extern "C" {
+
+HRESULT CoInitialize(void *reserved) {
+    return CoInitializeEx(reserved, COINIT_APARTMENTTHREADED);
+}
+
+HRESULT CoInitializeEx(void *reserved, DWORD mode) {
+    if (reserved || (mode & ~COINIT_APARTMENTTHREADED)) return E_INVALIDARG;
+    if (own.count && own.mode != mode) return RPC_E_CHANGED_MODE;
+    if (own.count++) return S_FALSE;
+    own.mode = mode;
+    threads_in_use.fetch_add(1);
+    return S_OK;
+}
+
+void CoUninitialize() {
+    if (own.count == 0) return;
+    if (own.count == 1)
+        own.Leave();
+    else
+        --own.count;
+}
+}

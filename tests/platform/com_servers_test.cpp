@@ -1,0 +1,333 @@
+#include <platform/com_marshalling.h>
+
+#include <tests/modules/com_service.h>
+#include <tests/support/built_modules.h>
+#include <tests/support/registry_verbs.h>
+#include <tests/support/second_process.h>
+
+#include <platform/kernel.h>
+#include <platform/user.h>
+
+#include <algorithm>
+#include <atomic>
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+std::atomic<long> living{0};            // objects of the service in this process
+ITestService *busy_elsewhere = nullptr; // what this process waits for
+
+class Service final : public ITestService, public ITestNumber {
+  public:
+    Service() { ++living; }
+    HRESULT QueryInterface(REFIID iid, void **out) override {
+        *out = nullptr;
+        if (IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, IID_ITestService))
+            *out = static_cast<ITestService *>(this);
+        else if (IsEqualGUID(iid, IID_ITestNumber))
+            *out = static_cast<ITestNumber *>(this);
+        else if (IsEqualGUID(iid, IID_IMalloc)) // has no proxy module
+            *out = static_cast<ITestService *>(this);
+        if (*out) AddRef();
+        return *out ? S_OK : E_NOINTERFACE;
+    }
+    ULONG AddRef() override { return ++count_; }
+    ULONG Release() override {
+        const ULONG left = --count_;
+        if (left == 0) delete this;
+        return left;
+    }
+    long Do(char *asked, char *answer, long size) override {
+        const std::string word = asked;
+        answer[0] = 0;
+        if (word == "living") std::snprintf(answer, static_cast<std::size_t>(size), "%ld", living.load());
+        if (word == "thread") std::snprintf(answer, static_cast<std::size_t>(size), "%d", gettid());
+        if (word == "die") raise(SIGKILL);
+        if (word == "throw") throw 1;
+        if (word == "much") std::fill_n(answer, 900000, 'm'), answer[900000] = 0;
+        if (word == "sleep") Sleep(1000);
+        if (word == "again") return busy_elsewhere->Do(asked, answer, size);
+        return static_cast<long>(word.size());
+    }
+    long Number() override { return 17; }
+
+  private:
+    ~Service() { --living; }
+    ULONG count_ = 1;
+};
+
+// Lasts as long as the process.
+class ServiceFactory final : public IClassFactory {
+  public:
+    HRESULT QueryInterface(REFIID iid, void **out) override {
+        const bool known = IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, IID_IClassFactory);
+        *out = known ? this : nullptr;
+        if (known) AddRef();
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    ULONG AddRef() override { return ++count; }
+    ULONG Release() override { return --count; }
+    HRESULT CreateInstance(IUnknown *, REFIID iid, void **out) override {
+        auto *const made = new Service;
+        const HRESULT result = made->QueryInterface(iid, out);
+        made->Release();
+        return result;
+    }
+    HRESULT LockServer(BOOL) override { return E_NOTIMPL; }
+
+    ULONG count = 1;
+} factory;
+
+DWORD Register(REFCLSID clsid = CLSID_TestService) {
+    DWORD cookie = 0;
+    EXPECT_EQ(CoRegisterClassObject(clsid, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie), S_OK);
+    return cookie;
+}
+
+void Run_Messages() {
+    MSG message;
+    while (GetMessageA(&message, nullptr, 0, 0) > 0) DispatchMessageA(&message);
+}
+
+} // namespace
+
+// Serves until it is killed or its input ends.
+SECOND_PROCESS(service) {
+    CoInitialize(nullptr);
+    Register();
+    const DWORD server = static_cast<DWORD>(gettid());
+    std::thread([&process, server] {
+        process.Tell(std::to_string(server));
+        process.Hear();
+        PostThreadMessageA(server, WM_QUIT, 0, 0);
+    }).detach();
+    MSG message;
+    PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE);
+    Run_Messages();
+    const long left_before = living;
+    CoUninitialize();
+    return left_before == 0 && living == 0 && factory.count == 1 ? 0 : 1;
+}
+
+// Holds an object, and ends without giving it back.
+SECOND_PROCESS(forgetful_client) {
+    CoInitialize(nullptr);
+    ITestService *service = nullptr;
+    const HRESULT result = CoCreateInstance(CLSID_TestService, nullptr, CLSCTX_LOCAL_SERVER, IID_ITestService,
+                                            reinterpret_cast<void **>(&service));
+    process.Tell(result == S_OK ? "holds" : "failed");
+    process.Hear();
+    return 0;
+}
+
+namespace {
+
+struct ComServers : MachineTest {
+    void SetUp() override {
+        MachineTest::SetUp();
+        TestKey("CLSID\\{5B0A3A10-77C1-4D0E-9122-3F5E016C2012}\\InProcServer32", HKEY_CLASSES_ROOT)
+            .Set("", "z:" + Test_Module("com_proxy"));
+        for (const char *iid :
+             {"{5B0A3A10-77C1-4D0E-9122-3F5E016C2013}", "{5B0A3A10-77C1-4D0E-9122-3F5E016C2014}"}) {
+            TestKey("Interface\\" + std::string(iid) + "\\ProxyStubClsid32", HKEY_CLASSES_ROOT)
+                .Set("", "{5B0A3A10-77C1-4D0E-9122-3F5E016C2012}");
+        }
+        CoInitialize(nullptr);
+    }
+    void TearDown() override {
+        CoUninitialize();
+        MachineTest::TearDown();
+    }
+
+    template <class Interface>
+    static HRESULT Create(REFIID iid, Interface *&made, REFCLSID clsid = CLSID_TestService) {
+        made = reinterpret_cast<Interface *>(1);
+        const HRESULT result =
+            CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, iid, reinterpret_cast<void **>(&made));
+        EXPECT_EQ(result == S_OK, made != nullptr);
+        return result;
+    }
+    static std::string Ask(ITestService *service, const char *word) {
+        static char answer[1 << 20];
+        answer[0] = 0;
+        const long result = service->Do(const_cast<char *>(word), answer, sizeof answer);
+        return result == static_cast<long>(std::strlen(word)) ? answer : "(" + std::to_string(result) + ")";
+    }
+    static HRESULT Result(ITestService *service, const char *word) {
+        char answer[16];
+        return service->Do(const_cast<char *>(word), answer, sizeof answer);
+    }
+    // As soon as the server has come to it.
+    static void Expect_Living(ITestService *service, const std::string &count) {
+        for (int i = 0; i < 500 && Ask(service, "living") != count; ++i) Sleep(10);
+        EXPECT_EQ(Ask(service, "living"), count);
+    }
+    std::filesystem::path Class_Socket() const {
+        char folder[128];
+        struct stat status;
+        EXPECT_EQ(stat(machine.Folder().c_str(), &status), 0);
+        std::snprintf(folder, sizeof folder, "/dev/shm/kelmara-%u-%llx-%llx-%s/classes",
+                      static_cast<unsigned>(geteuid()), static_cast<unsigned long long>(status.st_dev),
+                      static_cast<unsigned long long>(status.st_ino),
+                      machine.Read("machine.id").substr(0, 32).c_str());
+        return std::filesystem::directory_iterator(folder)->path();
+    }
+};
+
+TEST_F(ComServers, AnswerOnTheirThreadAndKeepAnObjectsIdentity) {
+    SecondProcess server("service");
+    const std::string thread = server.Hear();
+    ITestService *service = nullptr;
+    ITestNumber *number = nullptr, *number_again = nullptr;
+    IUnknown *identity = nullptr, *other_identity = nullptr;
+    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
+    EXPECT_EQ(Ask(service, "thread"), thread);
+    EXPECT_EQ(Ask(service, "much"), std::string(900000, 'm'));
+    ASSERT_EQ(service->QueryInterface(IID_ITestNumber, reinterpret_cast<void **>(&number)), S_OK);
+    EXPECT_EQ(number->Number(), 17);
+    ASSERT_EQ(number->QueryInterface(IID_ITestNumber, reinterpret_cast<void **>(&number_again)), S_OK);
+    EXPECT_EQ(number, number_again);
+    EXPECT_EQ(service->QueryInterface(IID_IUnknown, reinterpret_cast<void **>(&identity)), S_OK);
+    EXPECT_EQ(number->QueryInterface(IID_IUnknown, reinterpret_cast<void **>(&other_identity)), S_OK);
+    EXPECT_EQ(identity, other_identity);
+    EXPECT_EQ(Ask(service, "living"), "1");
+    ITestService *second = nullptr;
+    ASSERT_EQ(Create(IID_ITestService, second), S_OK);
+    EXPECT_EQ(Ask(service, "living"), "2");
+    EXPECT_EQ(second->Release(), 0u);
+    Expect_Living(service, "1");
+
+    for (const GUID &none : {IID_IClassFactory, IID_IMalloc}) {
+        void *out = &out;
+        EXPECT_EQ(service->QueryInterface(none, &out), E_NOINTERFACE);
+        EXPECT_EQ(out, nullptr);
+        EXPECT_EQ(Create(none, second), E_NOINTERFACE);
+    }
+    EXPECT_EQ(Result(service, "throw"), RPC_E_SERVERFAULT);
+    EXPECT_EQ(Result(service, std::string(Largest_Message, 'x').c_str()), E_INVALIDARG);
+    Expect_Living(service, "1");
+    for (IUnknown *reference :
+         std::initializer_list<IUnknown *>{number, number_again, identity, other_identity})
+        reference->Release();
+    EXPECT_EQ(Ask(service, "living"), "1") << "one reference is left";
+    EXPECT_EQ(service->Release(), 0u);
+    Sleep(50);
+    EXPECT_EQ(server.Wait(), 0) << "nothing was left in it";
+    EXPECT_EQ(Create(IID_ITestService, service), REGDB_E_CLASSNOTREG);
+}
+
+TEST_F(ComServers, EndWithAnErrorAtOnceWhereverTheyAreKilled) {
+    auto server = std::make_unique<SecondProcess>("service");
+    server->Hear();
+    ITestService *held = nullptr, *idle = nullptr, *fresh = nullptr;
+    IClassFactory *remote = nullptr;
+    ASSERT_EQ(Create(IID_ITestService, held), S_OK);
+    ASSERT_EQ(Create(IID_ITestService, idle), S_OK);
+    ASSERT_EQ(CoGetClassObject(CLSID_TestService, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory,
+                               reinterpret_cast<void **>(&remote)),
+              S_OK);
+    EXPECT_EQ(Result(held, "die"), HRESULT_CALL_FAILED);
+    EXPECT_EQ(Result(held, "living"), HRESULT_SERVER_UNAVAILABLE);
+    EXPECT_EQ(server->Wait(), -SIGKILL);
+    EXPECT_EQ(Result(idle, "living"), HRESULT_SERVER_UNAVAILABLE);
+    ITestNumber *number = nullptr;
+    EXPECT_EQ(idle->QueryInterface(IID_ITestNumber, reinterpret_cast<void **>(&number)),
+              HRESULT_SERVER_UNAVAILABLE);
+    void *out = nullptr;
+    EXPECT_EQ(remote->CreateInstance(nullptr, IID_ITestService, &out), HRESULT_SERVER_UNAVAILABLE);
+    EXPECT_EQ(Create(IID_ITestService, fresh), REGDB_E_CLASSNOTREG);
+
+    SecondProcess again("service");
+    again.Hear();
+    EXPECT_EQ(Result(idle, "living"), HRESULT_SERVER_UNAVAILABLE) << "it is another object's server";
+    ASSERT_EQ(remote->CreateInstance(nullptr, IID_ITestService, reinterpret_cast<void **>(&fresh)), S_OK);
+    EXPECT_EQ(Ask(fresh, "living"), "1");
+    for (IUnknown *reference : std::initializer_list<IUnknown *>{held, idle, fresh, remote})
+        EXPECT_EQ(reference->Release(), 0u);
+}
+
+TEST_F(ComServers, TakeBackWhatClientsLeaveAndTakeNoRubbish) {
+    SecondProcess server("service");
+    server.Hear();
+    ITestService *service = nullptr;
+    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
+    SecondProcess forgetful("forgetful_client"), killed("forgetful_client");
+    EXPECT_EQ(forgetful.Hear() + killed.Hear(), "holdsholds");
+    EXPECT_EQ(Ask(service, "living"), "3");
+    killed.Kill();
+    EXPECT_EQ(forgetful.Wait(), 0);
+    Expect_Living(service, "1");
+
+    // A frame of another shape, one too large, one out of turn, one that is never finished.
+    const std::string magic("CKM1", 4), iid(16, '\0'), zero(4, '\0');
+    const std::string too_large = magic + std::string("\3\0\0\0", 4) + iid + zero + zero + "\xFF\xFF\xFF\x7F";
+    const std::string out_of_turn = magic + std::string("\3\0\0\0", 4) + iid + zero + zero + zero;
+    const std::string address = Class_Socket();
+    std::vector<int> sockets;
+    for (const std::string &rubbish : {std::string(100, 'r'), too_large, out_of_turn, magic}) {
+        sockaddr_un name = {};
+        name.sun_family = AF_UNIX;
+        const int folder = open(std::filesystem::path(address).parent_path().c_str(), O_PATH | O_DIRECTORY);
+        std::snprintf(name.sun_path, sizeof name.sun_path, "/proc/self/fd/%d/%s", folder,
+                      std::filesystem::path(address).filename().c_str());
+        const int client = socket(AF_UNIX, SOCK_STREAM, 0);
+        ASSERT_EQ(connect(client, reinterpret_cast<sockaddr *>(&name), sizeof name), 0);
+        close(folder);
+        EXPECT_EQ(send(client, rubbish.data(), rubbish.size(), 0), static_cast<ssize_t>(rubbish.size()));
+        sockets.push_back(client);
+    }
+    char byte;
+    for (const int turned_away : {0, 1}) EXPECT_LE(recv(sockets[turned_away], &byte, 1, 0), 0);
+    EXPECT_EQ(Ask(service, "living"), "1") << "while one of them hangs";
+    for (const int each : sockets) close(each);
+    EXPECT_EQ(service->Release(), 0u);
+}
+
+TEST_F(ComServers, AreReachedFromTheirOwnProcessAndWhileTheyCallOut) {
+    const DWORD cookie = Register();
+    EXPECT_EQ(factory.count, 2u);
+    ITestService *direct = nullptr;
+    ASSERT_EQ(Create(IID_ITestService, direct), S_OK);
+    EXPECT_EQ(Ask(direct, "thread"), std::to_string(gettid()));
+    EXPECT_EQ(direct->Release(), 0u) << "no proxy lies between";
+
+    // Another thread's calls are made by this one, which waits for another server meanwhile.
+    SecondProcess server("service");
+    server.Hear();
+    Register(CLSID_TestProxy);
+    EXPECT_EQ(CoRevokeClassObject(cookie), S_OK);
+    ASSERT_EQ(Create(IID_ITestService, busy_elsewhere), S_OK);
+    const std::string own = std::to_string(gettid());
+    const DWORD begin = GetTickCount();
+    std::thread client([&] {
+        CoInitialize(nullptr);
+        ITestService *service = nullptr;
+        ASSERT_EQ(Create(IID_ITestService, service, CLSID_TestProxy), S_OK);
+        EXPECT_EQ(Ask(service, "thread"), own);
+        EXPECT_EQ(Result(service, "again"), RPC_E_CALL_REJECTED);
+        EXPECT_LT(GetTickCount() - begin, 1000u);
+        service->Release();
+        CoUninitialize();
+    });
+    EXPECT_EQ(Result(busy_elsewhere, "sleep"), 5);
+    client.join();
+    EXPECT_EQ(busy_elsewhere->Release(), 0u);
+    MSG message;
+    for (int i = 0; i < 500 && living; ++i) PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE), Sleep(1);
+    EXPECT_EQ(living, 0);
+    EXPECT_EQ(CoRevokeClassObject(cookie), CO_E_OBJNOTREG);
+    EXPECT_EQ(factory.count, 2u);
+    CoUninitialize();
+    EXPECT_EQ(factory.count, 1u) << "with the thread's use of COM goes what it offers";
+    CoInitialize(nullptr);
+    EXPECT_EQ(Create(IID_ITestService, direct, CLSID_TestProxy), REGDB_E_CLASSNOTREG);
+}
+
+} // namespace
