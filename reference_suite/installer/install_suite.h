@@ -1,6 +1,6 @@
 #pragma once
 // Puts the suite on a machine: its folders, its registry keys, its companion libraries, its texts and string
-// tables.
+// tables; and the system's services beside it, with dialling locations and devices on a machine without any.
 
 #include <string>
 
