@@ -204,10 +204,14 @@ PLATFORM_API LRESULT DispatchMessageA(const MSG *message);
 /// Enter and Esc as WM_COMMAND with IDOK and IDCANCEL), others translated and dispatched. FALSE, nothing
 /// done, for messages that are not to `dialog` or one of its descendants.
 PLATFORM_API BOOL IsDialogMessageA(HWND dialog, MSG *message);
-/// WaitForSingleObject for the first of `count` (at most 63) objects, or until there is something in the
-/// calling thread's queue, WAIT_OBJECT_0 + count: with QS_POSTMESSAGE in `mask` a posted message, old or new,
-/// so that none is left lying; with QS_SENDMESSAGE a sent one. Sent ones are answered on the way without it.
-/// WAIT_FAILED and ERROR_INVALID_PARAMETER for `all`.
+/// WaitForSingleObject for the first of `count` (at most 63) objects, in their order, WAIT_OBJECT_0 or
+/// WAIT_ABANDONED + its index, or until something is in the calling thread's queue, WAIT_OBJECT_0 + count. Of
+/// objects that come to be had at once one alone is taken. With QS_POSTMESSAGE or QS_ALLPOSTMESSAGE in `mask`
+/// that is a posted message, input included; with QS_KEY, QS_MOUSEMOVE or QS_MOUSEBUTTON a message of that
+/// kind; with QS_SENDMESSAGE a sent one. Sent ones are answered on the way without it. Unlike on Windows a
+/// message counts until it is taken out, also when it was looked at before: a loop that takes one for each
+/// wait leaves none lying. Timers and painting there are none. WAIT_FAILED: ERROR_INVALID_PARAMETER for `all`
+/// and for more objects, ERROR_INVALID_HANDLE when one of the handles, wherever it stands, is not open.
 PLATFORM_API DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE *handles, BOOL all, DWORD milliseconds,
                                              DWORD mask);
 

@@ -153,10 +153,14 @@ inline constexpr UINT WPF_RESTORETOMAXIMIZED = 2;
 inline constexpr UINT PM_NOREMOVE = 0;
 inline constexpr UINT PM_REMOVE = 1;
 
+inline constexpr DWORD QS_KEY = 0x1;
+inline constexpr DWORD QS_MOUSEMOVE = 0x2;
+inline constexpr DWORD QS_MOUSEBUTTON = 0x4;
 inline constexpr DWORD QS_POSTMESSAGE = 0x8;
 inline constexpr DWORD QS_SENDMESSAGE = 0x40;
 inline constexpr DWORD QS_ALLEVENTS = 0xBF;
 inline constexpr DWORD QS_ALLINPUT = 0xFF;
+inline constexpr DWORD QS_ALLPOSTMESSAGE = 0x100;
 
 inline constexpr int SM_CXSCREEN = 0;
 inline constexpr int SM_CYSCREEN = 1;
