@@ -4,6 +4,7 @@
 #include <kelmara/connectivity/component_interfaces.h>
 #include <kelmara/connectivity/component_records.h>
 #include <kelmara/connectivity/connection_kind.h>
+#include <kelmara/connectivity/dial_location.h>
 #include <kelmara/connectivity/phone_numbers.h>
 #include <kelmara/connectivity/tapi.h>
 #include <kelmara/containers/hash_table.h>
@@ -43,6 +44,7 @@
 #include <kelmara/shared_state/wait_window.h>
 #include <kelmara/suite/com_registration.h>
 #include <kelmara/suite/folders.h>
+#include <kelmara/suite/startup.h>
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>
 #include <kelmara/system/os_helpers.h>

@@ -1,6 +1,7 @@
 #include <reference_suite/installer/install_suite.h>
 
 #include <reference_suite/installer/installed_key.h>
+#include <reference_suite/installer/register_component.h>
 #include <reference_suite/installer/string_tables.h>
 #include <reference_suite/installer/telephony_settings.h>
 
@@ -45,13 +46,20 @@ constexpr Companion Companions[] = {
     {"Wait", "kmwait.so", "kmwait.dll"},
 };
 
-// Looked for by name where the system has its modules.
-struct Service {
+struct BuiltFile {
     const char *built; // in the folder of built modules
     const char *installed;
 };
 
-constexpr Service Services[] = {
+// Modules are registered once they are there.
+constexpr char Server_Program[] = "kmserver.exe";
+constexpr BuiltFile Components[] = {
+    {"kmserver", Server_Program},
+    {"kmserverproxy.so", "kmserverproxy.dll"},
+};
+
+// Looked for by name where the system has its modules.
+constexpr BuiltFile Services[] = {
     {"tapi32.so", "tapi32.dll"},
     {"rasapi32.so", "rasapi32.dll"},
 };
@@ -121,11 +129,30 @@ std::string Copy_Companions(const std::string &module_folder) {
     return {};
 }
 
+std::string Copy_Components(const std::string &module_folder) {
+    const std::string bin = On_Host(Below_Root("Bin"));
+    for (const BuiltFile &component : Components) {
+        std::string problem =
+            Copy_File(module_folder + "/" + component.built, bin + "/" + component.installed);
+        if (!problem.empty()) return problem;
+    }
+    return {};
+}
+
+std::string Register_Components() {
+    for (const BuiltFile &component : Components) {
+        if (component.installed == Server_Program) continue;
+        std::string problem = Register_Component(Below_Root("Bin\\") + component.installed);
+        if (!problem.empty()) return problem;
+    }
+    return {};
+}
+
 // To the Windows folder, where they are found whichever Windows the machine is.
 std::string Copy_Services(const std::string &module_folder) {
     char windows[MAX_PATH];
     if (GetWindowsDirectoryA(windows, sizeof windows) == 0) return "the machine has no Windows folder";
-    for (const Service &service : Services) {
+    for (const BuiltFile &service : Services) {
         std::string problem =
             Copy_File(module_folder + "/" + service.built, On_Host(windows) + "/" + service.installed);
         if (!problem.empty()) return problem;
@@ -147,6 +174,7 @@ std::string Write_Keys() {
     for (const SuiteFolder &folder : Folders) key.Set(folder.value, Below_Root(folder.name) + "\\");
     for (const Companion &companion : Companions)
         key.Set(companion.value, Below_Root("Bin\\") + companion.installed);
+    key.Set("Server", "\"" + Below_Root("Bin\\") + Server_Program + "\"");
     key.Flush();
     if (key.Result() == ERROR_SUCCESS) return {};
     return "the registry key " + std::string(Suite_Key) + " cannot be written: error " +
@@ -160,11 +188,13 @@ std::string Install_Suite(const std::string &module_folder) {
     // The keys come last: a program finds the suite only once it is whole.
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
+    if (problem.empty()) problem = Copy_Components(module_folder);
     if (problem.empty()) problem = Copy_Content(module_folder + "/content");
     if (problem.empty())
         problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));
     if (problem.empty()) problem = Copy_Services(module_folder);
     if (problem.empty()) problem = Write_Telephony_Settings();
+    if (problem.empty()) problem = Register_Components();
     if (problem.empty()) problem = Write_Keys();
     return problem;
 }

@@ -4,6 +4,9 @@ RegistryKey::RegistryKey(const std::string &path) {
     RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key_);
 }
 
+RegistryKey::RegistryKey(const std::string &path, const std::string &subkey)
+    : RegistryKey(path + "\\" + subkey) {}
+
 RegistryKey::~RegistryKey() {
     if (key_) RegCloseKey(key_);
 }

@@ -11,6 +11,8 @@
 class RegistryKey {
   public:
     explicit RegistryKey(const std::string &path);
+    /// One of its subkeys.
+    RegistryKey(const std::string &path, const std::string &subkey);
     ~RegistryKey();
     RegistryKey(const RegistryKey &) = delete;
     RegistryKey &operator=(const RegistryKey &) = delete;

@@ -15,7 +15,7 @@ std::vector<RASDEVINFOA> Read_Devices() {
     const std::string devices_key = "Software\\Microsoft\\Windows\\CurrentVersion\\Remote Access\\Devices";
     std::vector<RASDEVINFOA> devices;
     for (const std::string &subkey : RegistryKey(devices_key).Subkeys()) {
-        const RegistryKey key(devices_key + "\\" + subkey);
+        const RegistryKey key(devices_key, subkey);
         RASDEVINFOA &device = devices.emplace_back();
         device.dwSize = sizeof device;
         Copy_Cut(key.Text("Type"), device.szDeviceType);

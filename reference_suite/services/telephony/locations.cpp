@@ -7,7 +7,7 @@ namespace {
 const std::string Locations_Key = "Software\\Microsoft\\Windows\\CurrentVersion\\Telephony\\Locations";
 
 std::optional<Location> Read_Location(const std::string &subkey) {
-    const RegistryKey key(Locations_Key + "\\" + subkey);
+    const RegistryKey key(Locations_Key, subkey);
     const std::optional<DWORD> id = key.Number("ID");
     if (!id) return std::nullopt;
     return Location{*id,
