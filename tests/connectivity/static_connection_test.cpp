@@ -1,0 +1,66 @@
+#include <kelmara/connectivity/connection_kind.h>
+
+#include <tests/connectivity/components_test.h>
+
+namespace {
+
+class StaticConnection : public ComponentsTest {
+  protected:
+    void SetUp() override {
+        ComponentsTest::SetUp();
+        Be_Static();
+    }
+    void Be_Static() {
+        Forget();
+        fakes->dialup = false;
+        Set_Option("scfg", "Cable"), Set_Option("CMTH", "lan");
+    }
+};
+
+TEST_F(StaticConnection, IsMadeForAConfigurationThatNeedsNoDialling) {
+    const std::string read = "Create server, Read scfg 255, Create configuration, Open_By_Name Cable, "
+                             "Read CMTH 255, Create connection, Use_Method lan, Is_Dialup";
+    const std::string end = ", end of connection, end of configuration, end of server";
+    EXPECT_EQ(Verify_Static_Connection(), 0u);
+    EXPECT_EQ(Take_Calls(), read + ", Update svac Cable 6, Connect null|1" + end);
+    for (const char *failing : {"Update", "Connect", "Use_Method", "Read"}) {
+        fakes->answers = {{failing, 5}};
+        const bool written = strcmp(failing, "Update") == 0;
+        EXPECT_EQ(Verify_Static_Connection(), 0u);
+        EXPECT_EQ(Take_Calls(), read + ", Update svac Cable 6" + (written ? ", Write svac Cable 6" : "") +
+                                    ", Connect null|1" + end)
+            << failing;
+    }
+    for (const long told : {-1L, 257L, 0x7FFFFFFFL}) {
+        fakes->setting_size = told;
+        EXPECT_EQ(Verify_Static_Connection(), 0u);
+        EXPECT_NE(Take_Calls().find("Update svac Cable 6,"), std::string::npos) << told;
+    }
+    fakes->dialup = true;
+    EXPECT_EQ(Verify_Static_Connection(), 0u);
+    EXPECT_EQ(Take_Calls(), read + end);
+}
+
+TEST_F(StaticConnection, TellsWhatFails) {
+    const struct {
+        const char *failing;
+        unsigned result;
+    } steps[] = {{"Create server", 0x80004001},        {"Query Settings", 0x80004001},
+                 {"Create configuration", 0x80004001}, {"Query Access", 0x80004001},
+                 {"Open_By_Name", 0x80004001},         {"Create connection", 0x8000FFFF},
+                 {"Query Connection", 0x8000FFFF}};
+    for (const auto &[failing, result] : steps) {
+        fakes->answers = {{failing, E_NOTIMPL}};
+        EXPECT_EQ(Verify_Static_Connection(), result) << failing;
+        EXPECT_EQ(fakes->living, 0) << failing;
+    }
+    for (const char *throwing : {"Create server", "Create", "Read", "Open_By_Name", "Use_Method", "Is_Dialup",
+                                 "Update", "Connect"}) {
+        Be_Static();
+        fakes->throwing = throwing;
+        EXPECT_EQ(Verify_Static_Connection(), 0u) << throwing;
+        EXPECT_EQ(fakes->living, 0) << throwing;
+    }
+}
+
+} // namespace
