@@ -1,5 +1,6 @@
 #include <reference_suite/installer/install_suite.h>
 
+#include <reference_suite/installer/component_settings.h>
 #include <reference_suite/installer/installed_key.h>
 #include <reference_suite/installer/register_component.h>
 #include <reference_suite/installer/string_tables.h>
@@ -56,6 +57,10 @@ constexpr char Server_Program[] = "kmserver.exe";
 constexpr BuiltFile Components[] = {
     {"kmserver", Server_Program},
     {"kmserverproxy.so", "kmserverproxy.dll"},
+    {"kmconfiguration.so", "kmconfiguration.dll"},
+    {"kmlocation.so", "kmlocation.dll"},
+    {"kmphonebook.so", "kmphonebook.dll"},
+    {"kmconnection.so", "kmconnection.dll"},
 };
 
 // Looked for by name where the system has its modules.
@@ -185,7 +190,8 @@ std::string Write_Keys() {
 
 std::string Install_Suite(const std::string &module_folder) {
     if (!Machine_Folder()) return "there is no machine to install on";
-    // The keys come last: a program finds the suite only once it is whole.
+    // The keys come late: a program finds the suite only once it is whole. Behind them, what registers itself
+    // by the library needs the memory companion that they name.
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
     if (problem.empty()) problem = Copy_Components(module_folder);
@@ -194,7 +200,8 @@ std::string Install_Suite(const std::string &module_folder) {
         problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));
     if (problem.empty()) problem = Copy_Services(module_folder);
     if (problem.empty()) problem = Write_Telephony_Settings();
-    if (problem.empty()) problem = Register_Components();
+    if (problem.empty()) problem = Write_Component_Settings();
     if (problem.empty()) problem = Write_Keys();
+    if (problem.empty()) problem = Register_Components();
     return problem;
 }

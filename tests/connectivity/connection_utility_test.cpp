@@ -222,8 +222,8 @@ TEST_F(Configured, FillsARecordSecondNumberFirst) {
     utility->Initialize_Connect_Params(&params);
     EXPECT_EQ(Take_Calls(),
               "Is_Dialup, Get USID 63, Get PAS* 63, Get MODD 255, Get DDLC 64, Create location, "
-              "Open Office 2, Get DDUR 255, Get RD1? 10, Get RAC? 10, Apply 10 425 666, "
-              "Get DDUN 255, Get DL1? 10, Get DAC? 10, Apply 01 425 666, end of location, "
+              "Open Office 2, Get DDUR 255, Get RD1? 10, Get RAC? 10, Apply 10 425666, "
+              "Get DDUN 255, Get DL1? 10, Get DAC? 10, Apply 01 425666, end of location, "
               "Get DURT 255, Get DUWT 255");
     EXPECT_EQ(params.configuration_name, name.substr(0, 67));
     EXPECT_EQ(std::string(params.account_id) + params.password, Long_Text.substr(0, 126));

@@ -11,11 +11,15 @@ namespace {
 
 FakeComponents fakes;
 
+long Told(const std::string &name) {
+    const auto told = fakes.answers.find(name);
+    return told == fakes.answers.end() ? 0 : told->second;
+}
+
 long Called(const std::string &name, const std::string &arguments = {}) {
     fakes.calls.push_back(arguments.empty() ? name : name + " " + arguments);
     if (fakes.throwing == name) throw 7;
-    const auto told = fakes.answers.find(name);
-    return told == fakes.answers.end() ? 0 : told->second;
+    return Told(name);
 }
 
 std::string Spelled(unsigned long code) {
@@ -47,31 +51,22 @@ class Fake final : public IComponentStorageInterface,
         ++fakes.living;
     }
     HRESULT QueryInterface(REFIID iid, void **out) override {
-        const struct {
-            GUID iid;
-            const char *name;
-            void *object;
-        } interfaces[] = {
-            {IID_IComponentStorageInterface, "Storage", static_cast<IComponentStorageInterface *>(this)},
-            {IID_IComponentValuesInterface, "Values", static_cast<IComponentValuesInterface *>(this)},
-            {IID_ITDDOptionsInterface, "Options", static_cast<ITDDOptionsInterface *>(this)},
-            {IID_IComplexValueFactoryInterface, "Factory",
-             static_cast<IComplexValueFactoryInterface *>(this)},
-            {IID_ConnectionInterface, "Connection", static_cast<IConnectionInterface *>(this)},
-            {IID_IPhonebookInterface, "Phonebook", static_cast<IPhonebookInterface *>(this)},
-            {IID_IConfigSimpleAccessInterface, "Access", static_cast<IConfigSimpleAccessInterface *>(this)},
-            {IID_IServerInterface, "Server", static_cast<IServerInterface *>(this)},
-            {IID_IServerSimpleAccessInterface, "Settings", static_cast<IServerSimpleAccessInterface *>(this)},
-        };
-        for (const auto &offered : interfaces) {
-            if (!IsEqualGUID(iid, offered.iid)) continue;
-            const auto told = fakes.answers.find(std::string("Query ") + offered.name);
-            const long result = told == fakes.answers.end() ? 0 : told->second;
-            *out = result == 0 ? offered.object : nullptr;
-            if (*out) AddRef();
-            return result;
-        }
-        return E_NOINTERFACE;
+        if (IsEqualGUID(iid, IID_IComponentStorageInterface))
+            return Offer<IComponentStorageInterface>("Query Storage", out);
+        if (IsEqualGUID(iid, IID_IComponentValuesInterface))
+            return Offer<IComponentValuesInterface>("Query Values", out);
+        if (IsEqualGUID(iid, IID_ITDDOptionsInterface))
+            return Offer<ITDDOptionsInterface>("Query Options", out);
+        if (IsEqualGUID(iid, IID_ConnectionInterface))
+            return Offer<IConnectionInterface>("Query Connection", out);
+        if (IsEqualGUID(iid, IID_IPhonebookInterface))
+            return Offer<IPhonebookInterface>("Query Phonebook", out);
+        if (IsEqualGUID(iid, IID_IConfigSimpleAccessInterface))
+            return Offer<IConfigSimpleAccessInterface>("Query Access", out);
+        if (IsEqualGUID(iid, IID_IServerInterface)) return Offer<IServerInterface>("Query Server", out);
+        if (IsEqualGUID(iid, IID_IServerSimpleAccessInterface))
+            return Offer<IServerSimpleAccessInterface>("Query Settings", out);
+        return Offer<IComplexValueFactoryInterface>("Query Factory", out);
     }
     ULONG AddRef() override { return ++count_; }
     ULONG Release() override {
@@ -84,11 +79,10 @@ class Fake final : public IComponentStorageInterface,
 
     long Open_Component(ComponentLocator *locator, long zero) override {
         ComponentLocator expected = {};
-        std::strncpy(expected.name, locator->name, sizeof expected.name);
+        std::memcpy(expected.name, locator->name, strnlen(locator->name, sizeof expected.name));
         expected.kind = locator->kind;
         const bool clean = zero == 0 && std::memcmp(&expected, locator, sizeof expected) == 0;
-        return Called("Open", std::string(locator->name) + " " + std::to_string(locator->kind) +
-                                  (clean ? "" : " and more"));
+        return Called("Open", locator->name + (" " + std::to_string(locator->kind)) + (clean ? "" : "!"));
     }
     long Set_Edit_Lock(long on, long zero) override {
         return Called(on ? "Lock" : "Unlock", zero ? "and more" : "");
@@ -151,7 +145,7 @@ class Fake final : public IComponentStorageInterface,
     }
     long Apply_Options(bool second, bool first, char *area_code, char *exchange) override {
         return Called("Apply",
-                      std::to_string(second) + std::to_string(first) + " " + area_code + " " + exchange);
+                      (second ? "1" : "0") + std::string(first ? "1 " : "0 ") + area_code + exchange);
     }
     long Restore_Options(unsigned long token) override { return Called("Restore", std::to_string(token)); }
     long Discard_Saved_Options(unsigned long token) override {
@@ -159,9 +153,8 @@ class Fake final : public IComponentStorageInterface,
     }
 
     long Create_Tree(IComplexValueInterface **out) override {
-        *out = nullptr;
-        const long result = Called("Create_Tree");
-        if (result == 0) *out = new Fake("tree");
+        const long result = Told("Create_Tree");
+        *out = result == 0 ? new Fake("tree") : nullptr;
         return result;
     }
     char *Get_Text() override { return text_.data(); }
@@ -172,6 +165,13 @@ class Fake final : public IComponentStorageInterface,
 
   private:
     ~Fake() = default;
+    template <class Interface>
+    HRESULT Offer(const char *name, void **out) {
+        const long result = Told(name);
+        *out = result == 0 ? static_cast<Interface *>(this) : nullptr;
+        if (*out) AddRef();
+        return result;
+    }
 
     const std::string name_;
     std::string text_;
@@ -181,18 +181,13 @@ class Fake final : public IComponentStorageInterface,
 class Factory final : public IClassFactory {
   public:
     explicit Factory(const char *name) : name_(name) {}
-    HRESULT QueryInterface(REFIID, void **out) override {
-        *out = this;
-        return S_OK;
-    }
+    HRESULT QueryInterface(REFIID, void **out) override { return *out = this, S_OK; }
     ULONG AddRef() override { return 2; }
     ULONG Release() override { return 1; }
     HRESULT LockServer(BOOL) override { return E_NOTIMPL; }
     HRESULT CreateInstance(IUnknown *, REFIID iid, void **out) override {
-        const auto told = fakes.answers.find(std::string("Create ") + name_);
-        const long result_of_all = Called("Create", name_);
-        if (result_of_all != 0) return result_of_all;
-        if (told != fakes.answers.end()) return told->second;
+        if (const long result = Called("Create", name_)) return result;
+        if (const long result = Told(std::string("Create ") + name_)) return result;
         Fake *const made = new Fake(name_);
         const HRESULT result = made->QueryInterface(iid, out);
         made->Release();
@@ -203,22 +198,24 @@ class Factory final : public IClassFactory {
     const char *name_;
 };
 
-Factory locations{"location"}, connections{"connection"}, configurations{"configuration"};
-Factory phone_books{"phone book"}, servers{"server"};
+const struct {
+    GUID clsid;
+    Factory *factory;
+} classes[] = {{CLSID_LocationComponent, new Factory("location")},
+               {CLSID_ConnectionComponent, new Factory("connection")},
+               {CLSID_ConfigurationComponent, new Factory("configuration")},
+               {CLSID_PhonebookComponent, new Factory("phone book")},
+               {CLSID_SuiteServer, new Factory("server")}};
 
 } // namespace
 
-#define EXPORT extern "C" __attribute__((visibility("default")))
-
-EXPORT FakeComponents *Fakes() {
+extern "C" __attribute__((visibility("default"))) FakeComponents *Fakes() {
     return &fakes;
 }
 
-EXPORT HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, void **out) {
-    if (IsEqualGUID(clsid, CLSID_LocationComponent)) return locations.QueryInterface(iid, out);
-    if (IsEqualGUID(clsid, CLSID_ConnectionComponent)) return connections.QueryInterface(iid, out);
-    if (IsEqualGUID(clsid, CLSID_ConfigurationComponent)) return configurations.QueryInterface(iid, out);
-    if (IsEqualGUID(clsid, CLSID_PhonebookComponent)) return phone_books.QueryInterface(iid, out);
-    if (IsEqualGUID(clsid, CLSID_SuiteServer)) return servers.QueryInterface(iid, out);
+extern "C" __attribute__((visibility("default"))) HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid,
+                                                                            void **out) {
+    for (const auto &offered : classes)
+        if (IsEqualGUID(clsid, offered.clsid)) return offered.factory->QueryInterface(iid, out);
     return CLASS_E_CLASSNOTAVAILABLE;
 }
