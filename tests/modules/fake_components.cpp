@@ -198,14 +198,17 @@ class Factory final : public IClassFactory {
     const char *name_;
 };
 
+Factory locations("location"), connections("connection"), configurations("configuration");
+Factory phone_books("phone book"), servers("server");
+
 const struct {
-    GUID clsid;
-    Factory *factory;
-} classes[] = {{CLSID_LocationComponent, new Factory("location")},
-               {CLSID_ConnectionComponent, new Factory("connection")},
-               {CLSID_ConfigurationComponent, new Factory("configuration")},
-               {CLSID_PhonebookComponent, new Factory("phone book")},
-               {CLSID_SuiteServer, new Factory("server")}};
+    GUID const &clsid;
+    Factory &factory;
+} classes[] = {{CLSID_LocationComponent, locations},
+               {CLSID_ConnectionComponent, connections},
+               {CLSID_ConfigurationComponent, configurations},
+               {CLSID_PhonebookComponent, phone_books},
+               {CLSID_SuiteServer, servers}};
 
 } // namespace
 
@@ -216,6 +219,6 @@ extern "C" __attribute__((visibility("default"))) FakeComponents *Fakes() {
 extern "C" __attribute__((visibility("default"))) HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid,
                                                                             void **out) {
     for (const auto &offered : classes)
-        if (IsEqualGUID(clsid, offered.clsid)) return offered.factory->QueryInterface(iid, out);
+        if (IsEqualGUID(clsid, offered.clsid)) return offered.factory.QueryInterface(iid, out);
     return CLASS_E_CLASSNOTAVAILABLE;
 }
