@@ -29,8 +29,7 @@ void ConnectionMonitor::Dispatch_One_Message() {
     if (GetMessageA(&message, nullptr, 0, 0) != -1) DispatchMessageA(&message);
 }
 
-// --- the two of a CConnectionUtility
-// ------------------------------------------------------------------------
+// --- the two monitors of a connection ---------------------------------------------------------------------
 
 ConnectionMonitor CConnectionUtility::Connect_Monitor() {
     return {m_Connect_Thread, m_Connect_Stop_Event, m_Connect_Event};

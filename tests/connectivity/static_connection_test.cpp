@@ -2,6 +2,8 @@
 
 #include <tests/connectivity/components_test.h>
 
+#include <platform/machine.h>
+
 namespace {
 
 class StaticConnection : public ComponentsTest {
@@ -41,19 +43,40 @@ TEST_F(StaticConnection, IsMadeForAConfigurationThatNeedsNoDialling) {
     EXPECT_EQ(Take_Calls(), read + end);
 }
 
+std::string debugged;
+
+void Keep_Debugged(const char *text, void *) {
+    if (std::string(text).find("Can't") == 0 || std::string(text).find("Checking") == 0) debugged += text;
+}
+
 TEST_F(StaticConnection, TellsWhatFails) {
+    const TestKey suite("Software\\Dunmerit Software\\KelMara", HKEY_LOCAL_MACHINE);
+    suite.Set("Log", "z:" + Test_Module("log_companion_whole"));
+    suite.Set("Root", "c:\\");
+    machine.Write("drive_c/logVars.txt", "");
+    Set_Debug_Output_Sink(Keep_Debugged, nullptr);
+    const std::string checking = "Checking to see if we need to run update for Cable.\n",
+                      no_access = "Can't get a configuration simple access interface for ",
+                      no_connection = "Can't get a IID_ConnectionInterface. Result: 80004001\n";
     const struct {
         const char *failing;
         unsigned result;
-    } steps[] = {{"Create server", 0x80004001},        {"Query Settings", 0x80004001},
-                 {"Create configuration", 0x80004001}, {"Query Access", 0x80004001},
-                 {"Open_By_Name", 0x80004001},         {"Create connection", 0x8000FFFF},
-                 {"Query Connection", 0x8000FFFF}};
-    for (const auto &[failing, result] : steps) {
+        std::string text;
+    } steps[] = {{"Create server", 0x80004001, no_access + ".\n"},
+                 {"Query Settings", 0x80004001, no_access + ".\n"},
+                 {"Create configuration", 0x80004001, checking + no_access + "Cable.\n"},
+                 {"Query Access", 0x80004001, checking + no_access + "Cable.\n"},
+                 {"Open_By_Name", 0x80004001, checking + no_access + "Cable. It doesn't seem to exist\n"},
+                 {"Create connection", 0x8000FFFF, checking + no_connection},
+                 {"Query Connection", 0x8000FFFF, checking + no_connection}};
+    for (const auto &[failing, result, text] : steps) {
         fakes->answers = {{failing, E_NOTIMPL}};
+        debugged.clear();
         EXPECT_EQ(Verify_Static_Connection(), result) << failing;
+        EXPECT_EQ(debugged, text) << failing;
         EXPECT_EQ(fakes->living, 0) << failing;
     }
+    Set_Debug_Output_Sink(nullptr, nullptr);
     for (const char *throwing : {"Create server", "Create", "Read", "Open_By_Name", "Use_Method", "Is_Dialup",
                                  "Update", "Connect"}) {
         Be_Static();
