@@ -37,7 +37,9 @@ class NumberOptions {
 
 void CConnectionUtility::Initialize_Connect_Params(ConnectParams *params) {
     if (!params || Is_Lan_Config()) return;
-    std::snprintf(params->configuration_name, sizeof params->configuration_name, "%s", m_Configuration_Name);
+    constexpr int Longest_Name = sizeof params->configuration_name - 1;
+    std::snprintf(params->configuration_name, sizeof params->configuration_name, "%.*s", Longest_Name,
+                  m_Configuration_Name);
     Read_Option(m_Configuration, Option_Account_ID_To_Connect, params->account_id);
     Read_Option(m_Configuration, Option_Password_To_Connect, params->password);
     if (Modem_Is_DSL())

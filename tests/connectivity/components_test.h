@@ -10,15 +10,14 @@
 
 #include <platform/kernel.h>
 
-/// Opens the protected operations, and the fields.
 class OpenedUtility : public CConnectionUtility {
   public:
     using CConnectionUtility::Connect_Monitor_Thread;
-    using CConnectionUtility::Disconnect_Monitor_Thread;
     using CConnectionUtility::m_Connect_Event;
     using CConnectionUtility::m_Connect_Stop_Event;
     using CConnectionUtility::m_Connect_Thread;
     using CConnectionUtility::m_Disconnect_Event;
+    using CConnectionUtility::m_Disconnect_Thread;
     using CConnectionUtility::m_Last_Dialled_Number;
 };
 
@@ -42,8 +41,10 @@ class ComponentsTest : public ServicesTest {
         offer(CLSID_SuiteServer, IID_IClassFactory, &factory);
         CoRegisterClassObject(CLSID_SuiteServer, static_cast<IUnknown *>(factory), CLSCTX_LOCAL_SERVER,
                               REGCLS_MULTIPLEUSE, &server_);
+        utility = new OpenedUtility;
     }
     void TearDown() override {
+        delete utility;
         EXPECT_EQ(fakes->living, 0) << "references left";
         CoRevokeClassObject(server_);
         CoUninitialize();
@@ -76,6 +77,7 @@ class ComponentsTest : public ServicesTest {
     }
 
     FakeComponents *fakes = nullptr;
+    OpenedUtility *utility = nullptr; // without a configuration
 
   private:
     HMODULE module_ = nullptr;

@@ -103,15 +103,15 @@ class Fake final : public IComponentStorageInterface,
     long Use_Method(char *method) override { return Called("Use_Method", method); }
     bool Is_Dialup() override { return Called("Is_Dialup") == 0 && fakes.dialup; }
     void Get_Active_Config(char *out) override { std::strcpy(out, fakes.active.c_str()); }
-    void Add_Status_Handler(IConnectionHandlerInterface *) override { Called("Add_Status_Handler"); }
-    void Remove_Status_Handler(IConnectionHandlerInterface *) override { Called("Remove_Status_Handler"); }
-    void Get_Connected_Status_String(char *out) override { std::strcpy(out, "at 56000"); }
+    void Add_Status_Handler(IConnectionHandlerInterface *) override {}
+    void Remove_Status_Handler(IConnectionHandlerInterface *) override {}
+    void Get_Connected_Status_String(char *) override {}
     long Connect(ConnectParams *params, bool flag) override {
         const std::string strings =
             params ? std::string(params->first_dial_string) + "|" + params->second_dial_string : "null";
         return Called("Connect", strings + "|" + std::to_string(flag));
     }
-    void Close() override { Called("Close"); }
+    void Close() override {}
     long Get_Monitor_Events(HANDLE *up, HANDLE *down) override {
         const long result = Called("Events", std::string(up ? "up" : "") + (down ? "down" : ""));
         if (up) *up = fakes.connected = fakes.make_event();
