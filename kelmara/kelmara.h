@@ -4,6 +4,7 @@
 #include <kelmara/connectivity/component_interfaces.h>
 #include <kelmara/connectivity/component_records.h>
 #include <kelmara/connectivity/connection_kind.h>
+#include <kelmara/connectivity/connection_utility.h>
 #include <kelmara/connectivity/dial_location.h>
 #include <kelmara/connectivity/phone_numbers.h>
 #include <kelmara/connectivity/tapi.h>

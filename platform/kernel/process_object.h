@@ -36,7 +36,6 @@ class ProcessObject final : public KernelObject {
     DWORD Try() override { return Has_Ended() ? WAIT_OBJECT_0 : WAIT_TIMEOUT; }
     DWORD Look(WaitSpot &spot) override;
     DWORD Leave(WaitSpot &spot, bool wanted) override;
-    bool Was_Started_Here() const { return origin_ == Origin::StartedHere; }
     /// Asks the host, and takes the exit code when it is to be had.
     bool Has_Ended();
     /// Codes of errors.h, as GetExitCodeProcess and TerminateProcess tell them.

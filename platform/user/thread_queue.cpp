@@ -176,6 +176,7 @@ void ThreadQueue::Wake() {
     std::lock_guard guard(lock_);
     if (!closed_) Row().Wake();
 }
+
 void ThreadQueue::Forget_Window(HWND window) {
     std::lock_guard guard(lock_);
     std::erase_if(posted_, [window](const MSG &message) { return message.hwnd == window; });

@@ -151,7 +151,7 @@ TEST_F(DialLocation, TellsAreaCodeAndCountry) {
     char area_code[8];
     EXPECT_EQ(location->Get_Selected_Areacode(area_code, 7), 1234);
     EXPECT_STREQ(area_code, "206");
-    EXPECT_THAT(Take_Calls(), ElementsAre("Get 7"));
+    EXPECT_THAT(Take_Calls(), ElementsAre("Get arcd 7"));
 }
 
 // A caller's component with a number.

@@ -16,9 +16,23 @@ long Told(const std::string &name) {
     return told == fakes.answers.end() ? 0 : told->second;
 }
 
-long Called(const std::string &name, const std::string &arguments) {
-    fakes.calls.push_back(name + " " + arguments);
+long Called(const std::string &name, const std::string &arguments = {}) {
+    fakes.calls.push_back(arguments.empty() ? name : name + " " + arguments);
+    if (fakes.throwing == name) throw 7;
     return Told(name);
+}
+
+std::string Spelled(unsigned long code) {
+    std::string text;
+    for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(code >> shift);
+    return text;
+}
+
+// Leaves no terminator where there is no room for one.
+void Write_Value(unsigned long code, char *buffer, long size) {
+    const std::string &text = fakes.values[code];
+    if (!fakes.silent)
+        std::memcpy(buffer, text.c_str(), std::min(text.size() + 1, static_cast<std::size_t>(size)));
 }
 
 // An object with all interfaces, under the name that its end is told by.
@@ -26,7 +40,12 @@ class Fake final : public IComponentStorageInterface,
                    public IComponentValuesInterface,
                    public ITDDOptionsInterface,
                    public IComplexValueFactoryInterface,
-                   public IComplexValueInterface {
+                   public IComplexValueInterface,
+                   public IConnectionInterface,
+                   public IPhonebookInterface,
+                   public IConfigSimpleAccessInterface,
+                   public IServerInterface,
+                   public IServerSimpleAccessInterface {
   public:
     explicit Fake(std::string name, std::string text = {}) : name_(std::move(name)), text_(std::move(text)) {
         ++fakes.living;
@@ -38,6 +57,15 @@ class Fake final : public IComponentStorageInterface,
             return Offer<IComponentValuesInterface>("Query Values", out);
         if (IsEqualGUID(iid, IID_ITDDOptionsInterface))
             return Offer<ITDDOptionsInterface>("Query Options", out);
+        if (IsEqualGUID(iid, IID_ConnectionInterface))
+            return Offer<IConnectionInterface>("Query Connection", out);
+        if (IsEqualGUID(iid, IID_IPhonebookInterface))
+            return Offer<IPhonebookInterface>("Query Phonebook", out);
+        if (IsEqualGUID(iid, IID_IConfigSimpleAccessInterface))
+            return Offer<IConfigSimpleAccessInterface>("Query Access", out);
+        if (IsEqualGUID(iid, IID_IServerInterface)) return Offer<IServerInterface>("Query Server", out);
+        if (IsEqualGUID(iid, IID_IServerSimpleAccessInterface))
+            return Offer<IServerSimpleAccessInterface>("Query Settings", out);
         return Offer<IComplexValueFactoryInterface>("Query Factory", out);
     }
     ULONG AddRef() override { return ++count_; }
@@ -56,15 +84,59 @@ class Fake final : public IComponentStorageInterface,
         const bool clean = zero == 0 && std::memcmp(&expected, locator, sizeof expected) == 0;
         return Called("Open", locator->name + (" " + std::to_string(locator->kind)) + (clean ? "" : "!"));
     }
-    long Set_Edit_Lock(long, long) override { return E_NOTIMPL; }
-    long Commit_Component() override { return E_NOTIMPL; }
-    long Run_Component_Command(long, char *, char *, long, long) override { return E_NOTIMPL; }
-    long Set_Value(unsigned long, char *, long) override { return E_NOTIMPL; }
-    // Leaves no terminator where there is no room for one.
+    long Set_Edit_Lock(long on, long zero) override {
+        return Called(on ? "Lock" : "Unlock", zero ? "and more" : "");
+    }
+    long Commit_Component() override { return Called("Commit"); }
+    long Run_Component_Command(long command, char *name, char *text, long zero, long zero_too) override {
+        return Called("Run", std::to_string(command) + " " + name + " " + text +
+                                 (zero || zero_too ? " and more" : ""));
+    }
+    long Set_Value(unsigned long code, char *data, long length) override {
+        return Called("Set", Spelled(code) + " " + data + " " + std::to_string(length));
+    }
     long Get_Value(unsigned long code, char *buffer, long size) override {
-        const std::string &text = fakes.values[code];
-        std::memcpy(buffer, text.c_str(), std::min(text.size() + 1, static_cast<std::size_t>(size)));
-        return Called("Get", std::to_string(size));
+        Write_Value(code, buffer, size);
+        return Called("Get", Spelled(code) + " " + std::to_string(size));
+    }
+
+    long Use_Method(char *method) override { return Called("Use_Method", method); }
+    bool Is_Dialup() override { return Called("Is_Dialup") == 0 && fakes.dialup; }
+    void Get_Active_Config(char *out) override { std::strcpy(out, fakes.active.c_str()); }
+    void Add_Status_Handler(IConnectionHandlerInterface *) override {}
+    void Remove_Status_Handler(IConnectionHandlerInterface *) override {}
+    void Get_Connected_Status_String(char *) override {}
+    long Connect(ConnectParams *params, bool flag) override {
+        const std::string strings =
+            params ? std::string(params->first_dial_string) + "|" + params->second_dial_string : "null";
+        return Called("Connect", strings + "|" + std::to_string(flag));
+    }
+    void Close() override {}
+    long Get_Monitor_Events(HANDLE *up, HANDLE *down) override {
+        const long result = Called("Events", std::string(up ? "up" : "") + (down ? "down" : ""));
+        if (up) *up = fakes.connected = fakes.make_event();
+        if (down) *down = fakes.disconnected = fakes.make_event();
+        return result;
+    }
+
+    long Open_By_Name(char *name) override { return Called("Open_By_Name", name); }
+    // Of both simple accesses.
+    long Read_Setting(unsigned long code, char *buffer, long *size) override {
+        const long result = Called("Read", Spelled(code) + " " + std::to_string(*size));
+        Write_Value(code, buffer, *size);
+        *size = fakes.setting_size ? fakes.setting_size : static_cast<long>(fakes.values[code].size()) + 1;
+        return result;
+    }
+    long Write_Setting(unsigned long code, char *text, long size) override {
+        return Called("Write", Spelled(code) + " " + text + " " + std::to_string(size));
+    }
+    long Update_Setting(unsigned long code, char *text, long size, long zero) override {
+        return Called("Update",
+                      Spelled(code) + " " + text + " " + std::to_string(size) + (zero ? " and more" : ""));
+    }
+    long Find_Component(long kind, char *name, ComponentLocator *out) override {
+        *out = fakes.found;
+        return Called("Find", std::to_string(kind) + " " + name);
     }
 
     long Save_Options(unsigned long *token) override {
@@ -115,6 +187,7 @@ class Factory final : public IClassFactory {
     HRESULT LockServer(BOOL) override { return E_NOTIMPL; }
     HRESULT CreateInstance(IUnknown *, REFIID iid, void **out) override {
         if (const long result = Called("Create", name_)) return result;
+        if (const long result = Told(std::string("Create ") + name_)) return result;
         Fake *const made = new Fake(name_);
         const HRESULT result = made->QueryInterface(iid, out);
         made->Release();
@@ -125,7 +198,17 @@ class Factory final : public IClassFactory {
     const char *name_;
 };
 
-Factory locations{"location"}, connections{"connection"};
+Factory locations("location"), connections("connection"), configurations("configuration");
+Factory phone_books("phone book"), servers("server");
+
+const struct {
+    GUID const &clsid;
+    Factory &factory;
+} classes[] = {{CLSID_LocationComponent, locations},
+               {CLSID_ConnectionComponent, connections},
+               {CLSID_ConfigurationComponent, configurations},
+               {CLSID_PhonebookComponent, phone_books},
+               {CLSID_SuiteServer, servers}};
 
 } // namespace
 
@@ -135,5 +218,7 @@ extern "C" __attribute__((visibility("default"))) FakeComponents *Fakes() {
 
 extern "C" __attribute__((visibility("default"))) HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid,
                                                                             void **out) {
-    return (IsEqualGUID(clsid, CLSID_LocationComponent) ? locations : connections).QueryInterface(iid, out);
+    for (const auto &offered : classes)
+        if (IsEqualGUID(clsid, offered.clsid)) return offered.factory.QueryInterface(iid, out);
+    return CLASS_E_CLASSNOTAVAILABLE;
 }
