@@ -54,11 +54,11 @@ PLATFORM_API int Machine_Rand();
 PLATFORM_API void Machine_Seed_Rand(unsigned int seed);
 
 /// Starts a thread that runs `routine` and ends with what it gives. A handle to the thread, for the caller to
-/// close: it lasts beyond the thread's end, and the thread beyond it (WaitForSingleObject, GetExitCodeThread).
-/// `stack_size` 0 is the host's usual one, others are rounded up to 64 KB at least; the thread's number goes
-/// to `thread_id`, which may be null. 0 on failure, with errno and the last error: EINVAL for `flags` other
-/// than 0, without a routine, or for a stack that cannot be; ENOMEM or EAGAIN when there is no room for one
-/// more. What the routine throws ends the process.
+/// close: it lasts beyond the thread's end, and the thread beyond it (WaitForSingleObject,
+/// GetExitCodeThread). `stack_size` 0 is the host's usual one, others are rounded up to 64 KB at least; the
+/// thread's number goes to `thread_id`, which may be null. 0 on failure, with errno and the last error:
+/// EINVAL for `flags` other than 0, without a routine, or for a stack that cannot be; ENOMEM or EAGAIN when
+/// there is no room for one more. What the routine throws ends the process.
 PLATFORM_API std::uintptr_t _beginthreadex(void *security, unsigned stack_size, unsigned (*routine)(void *),
                                            void *argument, unsigned flags, unsigned *thread_id);
 

@@ -1,5 +1,6 @@
-// Threads that this process starts. Each holds a robust lock from its first step on and never gives it up: the
-// host's kernel marks it when the thread has ended, behind all other locks that it held, and wakes who waits.
+// Threads that this process starts. Each holds a robust lock from its first step on and never gives it up:
+// the host's kernel marks it when the thread has ended, behind all other locks that it held, and wakes who
+// waits.
 //
 // Where the lock lies must stay until then, whoever closes the handle: the places are kept, and used again
 // once their thread has ended and nobody has a handle to it.

@@ -63,7 +63,7 @@ TEST_F(WindowTest, A_Style_Takes_Its_Frame_From_The_Window) {
     }
 }
 
-TEST_F(WindowTest, Points_Beyond_Reach_Come_Back_From_The_Screen) {
+TEST_F(WindowTest, Coordinates_Wrap_Around) {
     TestWindow main(WS_POPUP | WS_CAPTION, {100, 200, 300, 400});
     for (const LONG extreme : {LONG_MAX, LONG_MIN}) {
         POINT far = {extreme, extreme};
