@@ -67,11 +67,6 @@ class PackedIcons : public WindowTest {
         error = Unpack_Icon(&icon, block.data(), -1, screen);
         return icon;
     }
-    static PackedIconHeader Header_Of(const std::string &block) {
-        PackedIconHeader header;
-        std::memcpy(&header, block.data(), sizeof header);
-        return header;
-    }
     /// What is seen, 32 bits a pixel from the top, and the hot spot.
     std::string Look_Of(HICON icon) const {
         ICONINFO info = {};
@@ -161,7 +156,6 @@ TEST_F(PackedIcons, Come_Back_On_Every_Display_And_Windows) {
             const HICON icon = Made();
             const std::string look = Look_Of(icon), block = Packed(icon);
             ASSERT_EQ(error, 0);
-            EXPECT_EQ(Header_Of(block).mask_size, 64u);
             EXPECT_EQ(block.size(), 56 + 64 + 16u * 2 * static_cast<unsigned>(depth));
             const HICON same = Unpacked(block);
             EXPECT_EQ(error, 0);
@@ -233,7 +227,7 @@ TEST_F(PackedIcons, Foreign_Blocks_Never_Harm) {
             for (const int shown : {depth, 16}) {
                 Machine_Is(version, shown);
                 EXPECT_EQ(unpack(whole), 0);
-                for (std::size_t length = 0; length + 32 < whole.size(); ++length)
+                for (std::size_t length = 0; length + 1 < whole.size(); ++length)
                     ASSERT_EQ(unpack(whole.substr(0, length)), E_UNEXPECTED) << length;
                 for (std::size_t field = 0; field < 14; ++field) {
                     for (const long value :
