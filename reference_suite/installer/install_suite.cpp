@@ -144,6 +144,7 @@ std::string Copy_Components(const std::string &module_folder) {
     return {};
 }
 
+// By the library, whose memory services are there once the suite's key is.
 std::string Register_Components() {
     for (const BuiltFile &component : Components) {
         if (component.installed == Server_Program) continue;
@@ -190,8 +191,7 @@ std::string Write_Keys() {
 
 std::string Install_Suite(const std::string &module_folder) {
     if (!Machine_Folder()) return "there is no machine to install on";
-    // The keys come late: a program finds the suite only once it is whole. Behind them, what registers itself
-    // by the library needs the memory companion that they name.
+    // The suite's key comes last but for the classes: a program finds the suite only once it is whole.
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
     if (problem.empty()) problem = Copy_Components(module_folder);
