@@ -102,11 +102,12 @@ TEST_F(Configured, ReadsOptionsWhateverTheComponentWrites) {
     utility->Get_Account_ID(second);
     EXPECT_STREQ(second, "") << "without a configuration";
     Configure();
+    CConnectionUtility &asked = *utility;
     for (const auto &[code, read, size, room] : options) {
         for (const std::string &text : {std::string("short"), Long_Text}) {
             std::string buffer(room, '!');
             Set_Option(code, text);
-            (utility->*read)(buffer.data());
+            (asked.*read)(buffer.data());
             EXPECT_EQ(buffer.c_str(), text.substr(0, room - 1)) << code;
             EXPECT_EQ(Take_Calls(), std::string("Get ") + code + " " + std::to_string(size));
         }

@@ -1,10 +1,6 @@
 #include <kelmara/connectivity/dial_location.h>
 
-#include <tests/modules/fake_components.h>
-#include <tests/support/built_modules.h>
-#include <tests/support/registry_verbs.h>
-
-#include <platform/kernel.h>
+#include <tests/connectivity/components_test.h>
 
 #include <gmock/gmock.h>
 
@@ -16,27 +12,15 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Calls = std::vector<std::string>;
 
-class DialLocation : public MachineTest {
+class DialLocation : public ComponentsTest {
   protected:
     void SetUp() override {
-        MachineTest::SetUp();
-        const std::string module = "z:" + Test_Module("fake_components");
-        for (const char *clsid :
-             {"{DE8200E0-FB12-11D1-9960-00A0244EE2F7}", "{2626B000-CE20-11D1-9960-00A0244EE2F7}"})
-            TestKey(std::string("CLSID\\") + clsid + "\\InProcServer32", HKEY_CLASSES_ROOT).Set("", module);
-        CoInitialize(nullptr);
-        module_ = LoadLibraryA(module.c_str());
-        ASSERT_TRUE(module_);
-        fakes = reinterpret_cast<FakeComponents *(*)()>(GetProcAddress(module_, "Fakes"))();
-        *fakes = {};
+        ComponentsTest::SetUp();
         location.emplace();
     }
     void TearDown() override {
         location.reset();
-        EXPECT_EQ(fakes->living, 0) << "references left";
-        CoUninitialize();
-        FreeLibrary(module_);
-        MachineTest::TearDown();
+        ComponentsTest::TearDown();
     }
     Calls Take_Calls() { return std::exchange(fakes->calls, {}); }
     long Select(const std::string &name, bool reopen = false) {
@@ -61,11 +45,7 @@ class DialLocation : public MachineTest {
             .Set("CountryCode", {code, 0, 0, 0}, REG_DWORD);
     }
 
-    FakeComponents *fakes = nullptr;
     std::optional<CDialLocHelper> location;
-
-  private:
-    HMODULE module_ = nullptr;
 };
 
 TEST_F(DialLocation, IsOpenedOnceForANameUntilItIsToBeReopened) {
