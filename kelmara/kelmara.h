@@ -12,6 +12,7 @@
 #include <kelmara/content/define_file.h>
 #include <kelmara/content/sections.h>
 #include <kelmara/content/tokenizer.h>
+#include <kelmara/dialogs/auto_position.h>
 #include <kelmara/dialogs/window_helpers.h>
 #include <kelmara/dialogs/window_user_data.h>
 #include <kelmara/foundation/auto_deleteable_object.h>

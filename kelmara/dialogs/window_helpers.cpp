@@ -1,24 +1,10 @@
 #include <kelmara/dialogs/window_helpers.h>
 
+#include <kelmara/dialogs/coordinates.h>
+
 #include <platform/user.h>
 
 namespace {
-
-long Sum(long a, long b) {
-    return static_cast<long>(static_cast<unsigned long>(a) + static_cast<unsigned long>(b));
-}
-
-long Difference(long a, long b) {
-    return static_cast<long>(static_cast<unsigned long>(a) - static_cast<unsigned long>(b));
-}
-
-long Width_Of(const RECT &rectangle) {
-    return Difference(rectangle.right, rectangle.left);
-}
-
-long Height_Of(const RECT &rectangle) {
-    return Difference(rectangle.bottom, rectangle.top);
-}
 
 RECT Moved_Up(RECT rectangle, long distance) {
     return {rectangle.left, Difference(rectangle.top, distance), rectangle.right,

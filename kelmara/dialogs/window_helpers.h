@@ -4,9 +4,9 @@
 //
 // They keep nothing but the saved positions in the registry, and none reports an error: what cannot be done
 // is not done. A handle that is no window leaves everything as it is and measures 0; null measures on the
-// screen. Coordinates and sizes are in pixels. A child stands in its parent's client coordinates, any other window on the screen, whoever
-// owns it. Each function is for the thread that owns the windows. Rectangles are never null; arithmetic on
-// them wraps at 32 bits.
+// screen. Coordinates and sizes are in pixels. A child stands in its parent's client coordinates, any other
+// window on the screen, whoever owns it. Each function is for the thread that owns the windows. Rectangles
+// are never null; arithmetic on them wraps at 32 bits.
 
 #include <kelmara/api.h>
 

@@ -16,7 +16,7 @@ complain() { # TEXT, with the matches on standard input
 code() { find "$1" -name '*.h' -o -name '*.cpp'; }
 
 # Parts of the C++ library that the library may use: none of them allocates.
-plain='algorithm|array|atomic|bit|climits|cmath|concepts|cstddef|cstdint|cstdarg|cstdio|cstdlib|cstring|ctime|exception|initializer_list|limits|new|tuple|type_traits|utility|emmintrin\.h'
+plain='algorithm|array|atomic|bit|climits|cmath|concepts|cstddef|cstdint|cstdarg|cstdio|cstdlib|cstring|ctime|exception|initializer_list|limits|new|optional|tuple|type_traits|utility|emmintrin\.h'
 
 complain "kelmara/ includes what is not its own, the machine's public headers or a plain part of the C++ library:" < <(
     grep -nE '#include' $(code kelmara) | grep -vE "#include <(kelmara/.*|platform/[a-z_]+\.h|($plain))>")

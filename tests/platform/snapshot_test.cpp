@@ -49,6 +49,7 @@ TEST_F(WindowTest, A_Picture_Holds_Frame_Controls_And_Texts) {
         SendMessageA(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line));
         SendMessageA(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("in the box"));
     }
+    dialog.Add("Static", "&Wide text", {205, 70, 250, 90}, 0); // 45 pixels, with its prefix 52
     ShowWindow(hidden, SW_HIDE);
     SendMessageA(list, LB_SETCURSEL, 1, 0);
     const std::string path = machine.Path("dialog.svg");
@@ -59,11 +60,12 @@ TEST_F(WindowTest, A_Picture_Holds_Frame_Controls_And_Texts) {
         const char *part;
         std::size_t times;
     };
-    for (const Expected &each : {Expected{">Options &lt;&amp;&gt; \xC2\xA9<", 1}, Expected{">Group<", 1},
-                                 Expected{">Off<", 2}, Expected{">******<", 1}, Expected{">marked text<", 1},
-                                 Expected{"secret", 0}, Expected{"nowhere", 0}, Expected{">second line<", 1},
-                                 Expected{"in the box", 0}, Expected{"<path d=\"M3 6L5 9", 0},
-                                 Expected{"textLength", 9}, Expected{"text-anchor=\"middle\"", 2}})
+    for (const Expected &each :
+         {Expected{">Options &lt;&amp;&gt; \xC2\xA9<", 1}, Expected{">Group<", 1}, Expected{">Off<", 2},
+          Expected{">******<", 1}, Expected{">marked text<", 1}, Expected{"secret", 0},
+          Expected{"nowhere", 0}, Expected{">second line<", 1}, Expected{"in the box", 0},
+          Expected{"<path d=\"M3 6L5 9", 0}, Expected{">Wide text<", 1}, Expected{"textLength", 10},
+          Expected{"text-anchor=\"middle\"", 2}})
         EXPECT_EQ(Count(before, each.part), each.times) << each.part;
     SendMessageA(check, BM_SETCHECK, 1, 0);
     SetFocus(edit);

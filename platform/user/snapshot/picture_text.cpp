@@ -48,10 +48,16 @@ LONG Width(const Font &font, std::string_view text) {
     return Width_Of(font, text.data(), static_cast<int>(text.size()));
 }
 
+// Of what is seen of it.
+LONG Width(const Font &font, std::string_view text, const TextLook &look) {
+    std::size_t ignored;
+    return look.prefix ? Width(font, Without_Prefix(text, ignored)) : Width(font, text);
+}
+
 // The length of the piece that fits, at least a character; words stay whole where they can.
-std::size_t Fitting(const Font &font, std::string_view text, LONG width) {
+std::size_t Fitting(const Font &font, std::string_view text, LONG width, const TextLook &look) {
     std::size_t fits = 0, blank = 0;
-    while (fits < text.size() && Width(font, text.substr(0, fits + 1)) <= width) {
+    while (fits < text.size() && Width(font, text.substr(0, fits + 1), look) <= width) {
         ++fits;
         if (fits < text.size() && text[fits] == ' ') blank = fits;
     }
@@ -59,14 +65,15 @@ std::size_t Fitting(const Font &font, std::string_view text, LONG width) {
     return blank ? blank : std::max<std::size_t>(fits, 1);
 }
 
-std::vector<std::string_view> Lines_Of(const Font &font, std::string_view text, LONG width, bool wraps) {
+std::vector<std::string_view> Lines_Of(const Font &font, std::string_view text, LONG width,
+                                       const TextLook &look) {
     std::vector<std::string_view> lines;
     for (;;) {
-        const std::size_t end = wraps ? text.find('\n') : std::string_view::npos;
+        const std::size_t end = look.wraps ? text.find('\n') : std::string_view::npos;
         std::string_view line = text.substr(0, end);
         if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
         do {
-            const std::size_t length = wraps ? Fitting(font, line, width) : line.size();
+            const std::size_t length = look.wraps ? Fitting(font, line, width, look) : line.size();
             lines.push_back(line.substr(0, length));
             line.remove_prefix(length);
             while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
@@ -130,14 +137,12 @@ void Picture::One_Line(POINT at, std::string_view text, const TextLook &look, co
 
 void Picture::Text(const RECT &place, std::string_view text, const TextLook &look) {
     const Font font = Font_Of_Handle(look.font);
-    const auto lines = Lines_Of(font, text, place.right - place.left, look.wraps);
+    const auto lines = Lines_Of(font, text, place.right - place.left, look);
     const auto height = font.cell_height * static_cast<LONG>(lines.size());
     LONG y = look.down == Down::Centre ? place.top + (place.bottom - place.top - height) / 2 : place.top;
     for (const std::string_view line : lines) {
         if (y >= place.bottom) return;
-        std::size_t ignored;
-        const LONG room = place.right - place.left -
-                          Width(font, look.prefix ? Without_Prefix(line, ignored) : std::string(line));
+        const LONG room = place.right - place.left - Width(font, line, look);
         const LONG shift = look.across == Across::Right ? room : look.across == Across::Centre ? room / 2 : 0;
         const POINT at = {place.left + shift, y};
         if (!look.enabled) One_Line({at.x + 1, at.y + 1}, line, look, Colour_White);
