@@ -13,6 +13,14 @@
 #include <kelmara/content/sections.h>
 #include <kelmara/content/tokenizer.h>
 #include <kelmara/dialogs/auto_position.h>
+#include <kelmara/dialogs/binding_interfaces.h>
+#include <kelmara/dialogs/bound_checkbox.h>
+#include <kelmara/dialogs/bound_combo_box.h>
+#include <kelmara/dialogs/bound_control.h>
+#include <kelmara/dialogs/bound_control_cache.h>
+#include <kelmara/dialogs/bound_list_box.h>
+#include <kelmara/dialogs/bound_radio_group.h>
+#include <kelmara/dialogs/bound_text.h>
 #include <kelmara/dialogs/window_helpers.h>
 #include <kelmara/dialogs/window_user_data.h>
 #include <kelmara/foundation/auto_deleteable_object.h>

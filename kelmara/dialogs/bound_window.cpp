@@ -1,0 +1,103 @@
+#include <kelmara/dialogs/bound_window.h>
+
+#include <kelmara/dialogs/bound_list_box.h>
+#include <kelmara/dialogs/window_user_data.h>
+
+#include <platform/kernel.h>
+#include <platform/user.h>
+
+namespace {
+
+constexpr int Control_Slot = 0, Procedure_Slot = 2;
+constexpr long Nothing = -1;
+
+void *Owner_Of(HWND window) {
+    const long owner = GetWindowUserData(window, Control_Slot);
+    return owner == Nothing ? nullptr : reinterpret_cast<void *>(owner);
+}
+
+// A list box has the address of its list's virtual table at the signature's place.
+bool Is_Notifier(const void *owner) {
+    using Word [[gnu::may_alias]] = const unsigned long;
+    return owner && static_cast<Word *>(owner)[1] == CBoundControlNotifier::Signature;
+}
+
+BoundProcedure As_Procedure(long word) {
+    return reinterpret_cast<BoundProcedure>(word);
+}
+
+BoundProcedure Other_Than(BoundProcedure own, BoundProcedure procedure) {
+    return procedure && procedure == own ? DefWindowProcA : procedure;
+}
+
+} // namespace
+
+CBoundControlNotifier *BoundWindow::Notifier_Of(HWND window) {
+    void *const owner = Owner_Of(window);
+    return Is_Notifier(owner) ? static_cast<CBoundControlNotifier *>(owner) : nullptr;
+}
+
+CBoundListboxControl *BoundWindow::List_Box_Of(HWND window) {
+    void *const owner = Owner_Of(window);
+    return Is_Notifier(owner) ? nullptr : static_cast<CBoundListboxControl *>(owner);
+}
+
+void BoundWindow::Displace(HWND window, const void *by) {
+    if (Owner_Of(window) == by) return;
+    if (CBoundControlNotifier *const notifier = Notifier_Of(window)) notifier->m_Hwnd = nullptr;
+    if (CBoundListboxControl *const list_box = List_Box_Of(window)) list_box->m_Hwnd = nullptr;
+}
+
+BoundProcedure BoundWindow::Native(HWND window, BoundProcedure own) {
+    const long recorded = GetWindowUserData(window, Procedure_Slot);
+    return Other_Than(own,
+                      As_Procedure(recorded != Nothing ? recorded : GetWindowLongA(window, GWL_WNDPROC)));
+}
+
+BoundProcedure BoundWindow::Current(HWND window, BoundProcedure own) {
+    const BoundProcedure current = As_Procedure(GetWindowLongA(window, GWL_WNDPROC));
+    CBoundControlNotifier *const notifier = Notifier_Of(window);
+    if (notifier && current == As_Procedure(notifier->GetWndProc()))
+        return Other_Than(own, notifier->m_OldWndProc);
+    const CBoundListboxControl *const list_box = List_Box_Of(window);
+    return Other_Than(own, list_box && current == own ? list_box->m_OldWndProc : current);
+}
+
+long BoundWindow::Pass_On(BoundProcedure own, HWND window, unsigned int message, unsigned int wparam,
+                          long lparam) {
+    BoundProcedure saved = nullptr;
+    if (const CBoundControlNotifier *const notifier = Notifier_Of(window)) saved = notifier->m_OldWndProc;
+    if (const CBoundListboxControl *const list_box = List_Box_Of(window)) saved = list_box->m_OldWndProc;
+    const BoundProcedure next = saved && saved != own ? saved : DefWindowProcA;
+    return CallWindowProcA(next, window, message, wparam, lparam);
+}
+
+void BoundWindow::Give_Back(HWND window, const void *owner, BoundProcedure own, BoundProcedure saved) {
+    const DWORD last_error = GetLastError(); // giving back leaves it as it was
+    const long recorded = GetWindowUserData(window, Control_Slot);
+    const bool is_owners = recorded == Nothing
+                               ? own && As_Procedure(GetWindowLongA(window, GWL_WNDPROC)) == own
+                               : reinterpret_cast<const void *>(recorded) == owner;
+    if (is_owners) SetWindowLongA(window, GWL_WNDPROC, reinterpret_cast<LONG>(saved));
+    SetLastError(last_error);
+}
+
+bool BoundWindow::Enter(HWND window, void *owner, void *&record) {
+    void *const entered = InsertWindowUserData(window, Control_Slot, owner);
+    if (!entered) return false;
+    if (entered == record) {
+        DeleteWindowUserData(entered); // counted once already
+        return true;
+    }
+    Leave(owner, record);
+    record = entered;
+    return true;
+}
+
+void BoundWindow::Leave(const void *owner, void *&record) {
+    if (!record) return;
+    long &slot = static_cast<WindowUserData *>(record)->Slots[Control_Slot];
+    if (reinterpret_cast<const void *>(slot) == owner) slot = 0;
+    DeleteWindowUserData(record);
+    record = nullptr;
+}
