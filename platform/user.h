@@ -119,9 +119,10 @@ extern "C" {
 PLATFORM_API int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style);
 
 /// Until a program waits for its user's input for the first time, a thread of it for a message with none
-/// there: 0, and WAIT_TIMEOUT when it takes longer. 0 at once for the own process, which could wait for ever.
-/// WAIT_FAILED and ERROR_NOT_GUI_PROCESS for a program that has no windows or queues, or has ended meanwhile;
-/// ERROR_INVALID_HANDLE for what is no process.
+/// there: 0, and WAIT_TIMEOUT when it takes longer, INFINITE being a minute: a program that never waits holds
+/// nobody up for ever. 0 at once for the own process. WAIT_FAILED and ERROR_NOT_GUI_PROCESS for a program
+/// that has no windows or queues, or has ended meanwhile; one that CreateProcessA of this process started has
+/// 10 seconds to make the first. ERROR_INVALID_HANDLE for what is no process.
 PLATFORM_API DWORD WaitForInputIdle(HANDLE process, DWORD milliseconds);
 
 // --- classes ----------------------------------------------------------------------------------------------

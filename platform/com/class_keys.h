@@ -14,8 +14,9 @@ std::string Default_Value_Of(const std::string &key);
 /// The module that offers a class; empty for a class that none does. May throw std::bad_alloc.
 std::string Module_Of_Class(REFCLSID clsid);
 
-/// 0x80070000 with a code of errors.h.
+/// 0x80070000 with a code of errors.h; E_OUTOFMEMORY for want of memory.
 constexpr HRESULT Result_Of(unsigned long error) {
+    if (error == ERROR_NOT_ENOUGH_MEMORY) return E_OUTOFMEMORY;
     return static_cast<HRESULT>(0x80070000u | (error & 0xFFFF));
 }
 

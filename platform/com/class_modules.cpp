@@ -59,12 +59,13 @@ ModuleLoad Take_Out(HMODULE module) {
 HRESULT Get_Module_Class_Object(REFCLSID clsid, REFIID iid, void **out) {
     const std::string path = Module_Of_Class(clsid);
     if (path.empty()) return REGDB_E_CLASSNOTREG;
-    ModuleLoad module(LoadLibraryA(path.c_str()));
-    if (!module) return Result_Of(GetLastError());
+    const ModuleLoad module(LoadLibraryA(path.c_str()));
+    ModuleLoad kept(LoadLibraryA(path.c_str()));
+    if (!module || !kept) return Result_Of(GetLastError());
     const auto get =
         reinterpret_cast<DllGetClassObjectCall *>(GetProcAddress(module.get(), "DllGetClassObject"));
-    if (!get) return CO_E_ERRORINDLL;
-    Keep(ModuleLoad(LoadLibraryA(path.c_str())));
+    if (!get) return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? E_OUTOFMEMORY : CO_E_ERRORINDLL;
+    Keep(std::move(kept));
     return get(clsid, iid, out);
 }
 

@@ -10,19 +10,14 @@ namespace {
 
 constinit std::atomic<unsigned long> threads_in_use{0};
 
-std::shared_ptr<Apartment> *of_first_thread = nullptr;
-
 struct ComThread {
     unsigned long count = 0;
     DWORD mode = 0;
     std::shared_ptr<Apartment> apartment;
 
-    // What the first thread has goes with the process.
+    // What the first thread has goes with the process: its queue keeps the apartment.
     ~ComThread() {
-        if (gettid() == getpid())
-            of_first_thread = new std::shared_ptr<Apartment>(std::move(apartment));
-        else if (count)
-            Leave();
+        if (count && gettid() != getpid()) Leave();
     }
     void Leave() {
         count = 0;

@@ -26,6 +26,7 @@ class ProcessObject final : public KernelObject {
     }
 
     pid_t Id() const { return id_; }
+    bool Was_Started_Here() const { return origin_ == Origin::StartedHere; }
     /// Readable from the process's end on.
     int Descriptor() const { return descriptor_.Get(); }
 

@@ -1,5 +1,6 @@
 #include <reference_suite/installer/install_suite.h>
 
+#include <reference_suite/installer/register_component.h>
 #include <reference_suite/installer/string_tables.h>
 
 #include <platform/machine.h>
@@ -41,6 +42,18 @@ constexpr Companion Companions[] = {
     {"Memory", "kmmemory.so", "kmmemory.dll"},
     {"Log", "kmlog.so", "kmlog.dll"},
     {"Wait", "kmwait.so", "kmwait.dll"},
+};
+
+struct ComponentFile {
+    const char *built; // in the folder of built modules
+    const char *installed;
+};
+
+// Modules are registered once they are there.
+constexpr char Server_Program[] = "kmserver.exe";
+constexpr ComponentFile Components[] = {
+    {"kmserver", Server_Program},
+    {"kmserverproxy.so", "kmserverproxy.dll"},
 };
 
 struct ContentFile {
@@ -130,6 +143,25 @@ std::string Copy_Companions(const std::string &module_folder) {
     return {};
 }
 
+std::string Copy_Components(const std::string &module_folder) {
+    const std::string bin = On_Host(Below_Root("Bin"));
+    for (const ComponentFile &component : Components) {
+        std::string problem =
+            Copy_File(module_folder + "/" + component.built, bin + "/" + component.installed);
+        if (!problem.empty()) return problem;
+    }
+    return {};
+}
+
+std::string Register_Components() {
+    for (const ComponentFile &component : Components) {
+        if (component.installed == Server_Program) continue;
+        std::string problem = Register_Component(Below_Root("Bin\\") + component.installed);
+        if (!problem.empty()) return problem;
+    }
+    return {};
+}
+
 std::string Copy_Content(const std::string &content_folder) {
     for (const ContentFile &file : Content) {
         std::string problem =
@@ -148,6 +180,7 @@ std::string Write_Keys() {
     for (const Companion &companion : Companions) {
         if (result == 0) result = key.Set(companion.value, Below_Root("Bin\\") + companion.installed);
     }
+    if (result == 0) result = key.Set("Server", "\"" + Below_Root("Bin\\") + Server_Program + "\"");
     if (result == 0) result = key.Flush();
     if (result == 0) return {};
     return "the registry key " + std::string(Suite_Key) + " cannot be written: error " +
@@ -161,9 +194,11 @@ std::string Install_Suite(const std::string &module_folder) {
     // The keys come last: a program finds the suite only once it is whole.
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
+    if (problem.empty()) problem = Copy_Components(module_folder);
     if (problem.empty()) problem = Copy_Content(module_folder + "/content");
     if (problem.empty())
         problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));
+    if (problem.empty()) problem = Register_Components();
     if (problem.empty()) problem = Write_Keys();
     return problem;
 }

@@ -1,6 +1,6 @@
 #pragma once
-// Puts the suite on a machine: its folders, its registry keys, its companion libraries, its texts and string
-// tables.
+// Puts the suite on a machine: its folders, its registry keys, its companion libraries, its server and
+// components, its texts and string tables.
 
 #include <string>
 

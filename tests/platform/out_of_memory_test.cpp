@@ -1,5 +1,6 @@
 // Memory that runs out inside a call of the machine: a code, never an exception, and nothing is left behind.
 
+#include <platform/com.h>
 #include <platform/files.h>
 #include <platform/gdi.h>
 #include <platform/kernel.h>
@@ -8,12 +9,15 @@
 #include <platform/runtime.h>
 #include <platform/security.h>
 #include <platform/user.h>
+#include <tests/modules/com_class.h>
 #include <tests/support/failing_new.h>
 #include <tests/support/file_verbs.h>
 #include <tests/support/test_machine.h>
 
 #include <functional>
 #include <optional>
+#include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -286,6 +290,63 @@ bool Measures() {
     return font != nullptr;
 }
 
+bool With_Result(HRESULT result) {
+    if (result == E_OUTOFMEMORY) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return result == S_OK;
+}
+
+bool Creates(REFCLSID clsid, DWORD context, REFIID iid) {
+    IUnknown *made = nullptr;
+    const bool done =
+        With_Result(CoCreateInstance(clsid, nullptr, context, iid, reinterpret_cast<void **>(&made)));
+    if (made) made->Release();
+    return done;
+}
+
+bool Offers() {
+    IMalloc *object = nullptr;
+    DWORD cookie = 0;
+    CoGetMalloc(1, &object);
+    const bool done = With_Result(
+        CoRegisterClassObject(IID_IMalloc, object, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie));
+    return done && CoRevokeClassObject(cookie) == S_OK;
+}
+
+// The module's class, and the same from a server, which is a thread of its own. Other threads lack nothing.
+struct ServedClass {
+    ServedClass() {
+        constexpr char Module[] = "z:" TEST_MODULE_FOLDER "/com_class.so";
+        HKEY key;
+        RegCreateKeyExA(HKEY_CLASSES_ROOT, "CLSID\\{5B0A3A10-77C1-4D0E-9122-3F5E016C2001}\\InProcServer32", 0,
+                        nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+        RegSetValueExA(key, "", 0, REG_SZ, reinterpret_cast<const BYTE *>(Module), sizeof Module);
+        RegCloseKey(key);
+        CoInitialize(nullptr);
+        thread = std::thread([this] { Serve(); });
+        while (!ready) Sleep(1);
+    }
+    ~ServedClass() {
+        PostThreadMessageA(ready, WM_QUIT, 0, 0);
+        thread.join();
+        CoUninitialize();
+    }
+    void Serve() {
+        CoInitialize(nullptr);
+        IUnknown *factory = nullptr;
+        CoGetClassObject(CLSID_TestCounter, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                         reinterpret_cast<void **>(&factory));
+        DWORD cookie;
+        CoRegisterClassObject(CLSID_TestCounter, factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie);
+        factory->Release();
+        ready = static_cast<DWORD>(gettid());
+        MSG message;
+        while (GetMessageA(&message, nullptr, 0, 0) > 0) DispatchMessageA(&message);
+        CoUninitialize();
+    }
+    std::atomic<DWORD> ready{0};
+    std::thread thread;
+};
+
 TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) {
     char text[MAX_PATH];
     OSVERSIONINFOA version = {};
@@ -342,6 +403,9 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"click", [] { return With_Window(Clicks); }},
         {"picture", [] { return With_Window(Draws); }},
         {"menu", Menu_Comes_And_Goes},
+        {"class", [] { return Creates(CLSID_TestCounter, CLSCTX_INPROC_SERVER, IID_ITestCounter); }},
+        {"class of a server", [] { return Creates(CLSID_TestCounter, CLSCTX_LOCAL_SERVER, IID_IUnknown); }},
+        {"offer of a class", Offers},
         {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
         {"paths",
          [&] {
@@ -352,6 +416,7 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
     machine.Write("drive_c/here.txt", "");
     machine.Write("drive_c/kept.ini", "[s]\nk=value\n");
     machine.Set("windows", "xp");
+    const ServedClass served;
     unsigned long points = 0;
     for (const Call &call : calls) {
         ASSERT_TRUE(call.succeeds()) << call.name; // what it needs once is there now

@@ -1,0 +1,98 @@
+#pragma once
+// Where the suite's components keep what they know, below the suite's key of HKEY_LOCAL_MACHINE:
+//
+//     Components\Configurations\NAME   Components\Phonebooks\NAME   Components\Locations\NAME   Settings
+//
+// A component is there when its key is. What it holds are text values named by their four-character codes.
+// One value is set whole or not at all, whoever is killed meanwhile. All of it may be called from any thread,
+// and may throw std::bad_alloc.
+
+#include <kelmara/connectivity/component_records.h>
+
+#include <platform/errors.h>
+#include <platform/registry.h>
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+inline constexpr char Store_Key[] = "Software\\Dunmerit Software\\KelMara";
+inline constexpr char Settings_Key[] = "Software\\Dunmerit Software\\KelMara\\Settings";
+inline constexpr std::size_t Longest_Component_Name = sizeof(ComponentLocator::name) - 1;
+inline constexpr std::size_t Longest_Stored_Text = 4095;
+
+/// The key of a component, below HKEY_LOCAL_MACHINE. Empty for a kind that there is not, and for what is no
+/// name: none, too long, with a backslash.
+inline std::string Component_Key(long kind, std::string_view name) {
+    constexpr const char *Folders[] = {"Configurations", "Phonebooks", "Locations"}; // by kind
+    const bool usable = kind >= Component_Configuration && kind <= Component_Location && !name.empty() &&
+                        name.size() <= Longest_Component_Name && name.find('\\') == std::string_view::npos;
+    if (!usable) return {};
+    return std::string(Store_Key) + "\\Components\\" + Folders[kind] + "\\" + std::string(name);
+}
+
+/// "CMTH"; a code with other than printable characters by its number.
+inline std::string Stored_Value_Name(unsigned long code) {
+    std::string name;
+    for (int shift = 24; shift >= 0; shift -= 8) name += static_cast<char>(code >> shift & 0xFF);
+    for (const char character : name) {
+        if (character > ' ' && character < 0x7F) continue;
+        char number[11];
+        std::snprintf(number, sizeof number, "0x%08lX", code & 0xFFFFFFFF);
+        return number;
+    }
+    return name;
+}
+
+/// A key below HKEY_LOCAL_MACHINE, closed at the end of its scope. Operations on one that is not open fail
+/// with `Error`.
+class StoredKey {
+  public:
+    enum class Opening { If_There, Make };
+    StoredKey(const std::string &path, Opening opening) {
+        if (path.empty()) error_ = E_INVALIDARG;
+        if (!path.empty() && opening == Opening::Make)
+            error_ = RegCreateKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                     &key_, nullptr);
+        else if (!path.empty())
+            error_ = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key_);
+    }
+    ~StoredKey() {
+        if (key_) RegCloseKey(key_);
+    }
+    StoredKey(const StoredKey &) = delete;
+    StoredKey &operator=(const StoredKey &) = delete;
+
+    /// 0, or why it is not open: E_INVALIDARG for an empty path, a code of the registry.
+    long Error() const { return error_; }
+
+    /// 0 and the text; ERROR_FILE_NOT_FOUND for none, and `text` stays.
+    long Read(unsigned long code, std::string &text) const {
+        if (error_ != 0) return error_;
+        char bytes[Longest_Stored_Text + 1];
+        DWORD size = sizeof bytes;
+        const long result = RegQueryValueExA(key_, Stored_Value_Name(code).c_str(), nullptr, nullptr,
+                                             reinterpret_cast<BYTE *>(bytes), &size);
+        if (result != ERROR_SUCCESS) return result;
+        text = std::string(bytes, size).c_str();
+        return 0;
+    }
+    /// 0 when it is on the disk. E_INVALIDARG for more than Longest_Stored_Text characters.
+    long Write(unsigned long code, std::string_view text) const {
+        if (error_ != 0) return error_;
+        if (text.size() > Longest_Stored_Text) return E_INVALIDARG;
+        const std::string ended(text);
+        const long result = RegSetValueExA(key_, Stored_Value_Name(code).c_str(), 0, REG_SZ,
+                                           reinterpret_cast<const BYTE *>(ended.c_str()),
+                                           static_cast<DWORD>(ended.size()) + 1);
+        return result == ERROR_SUCCESS ? RegFlushKey(key_) : result;
+    }
+
+  private:
+    HKEY key_ = nullptr;
+    long error_ = 0;
+};
+
+inline bool Is_Component_Stored(long kind, std::string_view name) {
+    return StoredKey(Component_Key(kind, name), StoredKey::Opening::If_There).Error() == 0;
+}

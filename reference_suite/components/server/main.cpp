@@ -1,0 +1,83 @@
+// kmserver: the suite server, a program without a window. It offers its class until it is told to end by the
+// setting Setting_End_Server. Of several that are started on a machine one serves; the others end as soon as
+// it can be reached.
+
+#include <reference_suite/components/server/suite_server.h>
+
+#include <platform/kernel.h>
+#include <platform/user.h>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int Attempts = 1000;
+constexpr DWORD Pause = 10; // milliseconds
+
+// Lasts as long as the process.
+class ServerFactory final : public IClassFactory {
+  public:
+    HRESULT QueryInterface(REFIID iid, void **out) override {
+        const bool known = IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, IID_IClassFactory);
+        *out = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    ULONG AddRef() override { return 2; }
+    ULONG Release() override { return 1; }
+    HRESULT CreateInstance(IUnknown *outer, REFIID iid, void **out) override {
+        *out = nullptr;
+        if (outer) return CLASS_E_NOAGGREGATION;
+        SuiteServer *const server = SuiteServer::Make();
+        if (!server) return E_OUTOFMEMORY;
+        const HRESULT result = server->QueryInterface(iid, out);
+        server->Release();
+        return result;
+    }
+    HRESULT LockServer(BOOL) override { return E_NOTIMPL; }
+};
+
+constinit ServerFactory factory;
+
+bool Another_Can_Be_Reached() {
+    void *found = nullptr;
+    if (CoGetClassObject(CLSID_SuiteServer, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory, &found) != S_OK)
+        return false;
+    static_cast<IClassFactory *>(found)->Release();
+    return true;
+}
+
+// The mutex is held by who serves, and comes free with its end.
+bool Is_Mine_To_Serve(HANDLE mutex) {
+    for (int i = 0; i < Attempts; ++i) {
+        const DWORD taken = WaitForSingleObject(mutex, 0);
+        if (taken == WAIT_OBJECT_0 || taken == WAIT_ABANDONED) return true;
+        if (taken == WAIT_FAILED || Another_Can_Be_Reached()) return false;
+        Sleep(Pause);
+    }
+    return false;
+}
+
+int Serve() {
+    DWORD cookie = 0;
+    const HRESULT result =
+        CoRegisterClassObject(CLSID_SuiteServer, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie);
+    if (result != S_OK) {
+        std::fprintf(stderr, "kmserver: the class cannot be offered: %lX\n", static_cast<DWORD>(result));
+        return 1;
+    }
+    MSG message;
+    while (GetMessageA(&message, nullptr, 0, 0) > 0) DispatchMessageA(&message);
+    CoRevokeClassObject(cookie);
+    return 0;
+}
+
+} // namespace
+
+int main() {
+    if (CoInitialize(nullptr) != S_OK) return 1;
+    const HANDLE mutex = CreateMutexA(nullptr, FALSE, "KelmaraSuiteServer");
+    const int code = Is_Mine_To_Serve(mutex) ? Serve() : 0;
+    CoUninitialize();
+    CloseHandle(mutex);
+    return code;
+}

@@ -1,0 +1,64 @@
+#include <reference_suite/components/server_proxy/server_faces.h>
+
+#include <reference_suite/components/server_proxy/server_slots.h>
+
+long ServerFace::Find_Component(long kind, char *name, ComponentLocator *out) {
+    if (!out) return E_INVALIDARG;
+    MessageWriter arguments;
+    arguments.Put(kind);
+    arguments.Put_Text(name);
+    long answer = 0;
+    const HRESULT result = Call(Slot_Find_Component, arguments, [&](MessageReader &results) {
+        answer = results.Get();
+        results.Get_Record(*out);
+    });
+    return result < 0 ? result : answer;
+}
+
+namespace {
+
+// No more than the text has, whatever the size says.
+void Put_Setting(MessageWriter &arguments, unsigned long code, const char *text, long size) {
+    const std::size_t length = text && size > 0 ? strnlen(text, static_cast<std::size_t>(size)) : 0;
+    arguments.Put(static_cast<long>(code));
+    arguments.Put_Bytes(text, length);
+}
+
+} // namespace
+
+long ServerSettingsFace::Read_Setting(unsigned long code, char *buffer, long *size) {
+    if (!buffer || !size || *size < 1) return E_INVALIDARG;
+    MessageWriter arguments;
+    arguments.Put(static_cast<long>(code));
+    arguments.Put(*size);
+    const long room = *size;
+    buffer[0] = 0;
+    *size = 1;
+    long answer = 0;
+    const HRESULT result = Call(Slot_Read_Setting, arguments, [&](MessageReader &results) {
+        answer = results.Get();
+        *size = results.Get();
+        const char *const text = results.Get_Text();
+        if (std::strlen(text) < static_cast<std::size_t>(room)) std::strcpy(buffer, text);
+    });
+    return result < 0 ? result : answer;
+}
+
+long ServerSettingsFace::Write_Setting(unsigned long code, char *text, long size) {
+    MessageWriter arguments;
+    Put_Setting(arguments, code, text, size);
+    long answer = 0;
+    const HRESULT result =
+        Call(Slot_Write_Setting, arguments, [&](MessageReader &results) { answer = results.Get(); });
+    return result < 0 ? result : answer;
+}
+
+long ServerSettingsFace::Update_Setting(unsigned long code, char *text, long size, long zero) {
+    MessageWriter arguments;
+    Put_Setting(arguments, code, text, size);
+    arguments.Put(zero);
+    long answer = 0;
+    const HRESULT result =
+        Call(Slot_Update_Setting, arguments, [&](MessageReader &results) { answer = results.Get(); });
+    return result < 0 ? result : answer;
+}

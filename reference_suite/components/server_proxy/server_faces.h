@@ -1,0 +1,18 @@
+#pragma once
+// The suite server's interfaces as a client has them.
+
+#include <reference_suite/components/marshalling/proxies.h>
+
+#include <kelmara/connectivity/component_interfaces.h>
+
+class ServerFace final : public ProxyFace<IServerInterface> {
+  public:
+    long Find_Component(long kind, char *name, ComponentLocator *out) override;
+};
+
+class ServerSettingsFace final : public ProxyFace<IServerSimpleAccessInterface> {
+  public:
+    long Read_Setting(unsigned long code, char *buffer, long *size) override;
+    long Write_Setting(unsigned long code, char *text, long size) override;
+    long Update_Setting(unsigned long code, char *text, long size, long zero) override;
+};
