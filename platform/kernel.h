@@ -279,6 +279,9 @@ PLATFORM_API void OutputDebugStringA(LPCSTR text);
 /// TRUE unless a text can be read from there: up to its terminator, or `most` bytes if that comes later.
 /// Another thread may change that at any time. `most` 0: FALSE.
 PLATFORM_API BOOL IsBadStringPtrA(LPCSTR text, UINT most);
+/// TRUE unless all of `size` bytes can be read from there. Another thread may change that at any time. `size`
+/// 0: FALSE.
+PLATFORM_API BOOL IsBadReadPtr(const void *bytes, UINT size);
 
 /// A breakpoint: a debugger of the host stops here. Without one it ends the process, as an unhandled
 /// breakpoint does on Windows.

@@ -26,7 +26,20 @@ bool Is_Page_Readable(std::uintptr_t page) {
 
 } // namespace
 
-extern "C" BOOL IsBadStringPtrA(LPCSTR text, UINT most) {
+extern "C" {
+
+BOOL IsBadReadPtr(const void *bytes, UINT size) {
+    if (size == 0) return FALSE;
+    const auto first = reinterpret_cast<std::uintptr_t>(bytes);
+    std::uintptr_t last;
+    if (__builtin_add_overflow(first, size - 1, &last)) return TRUE;
+    for (std::uintptr_t page = first & ~(Page_Size - 1);; page += Page_Size) {
+        if (!Is_Page_Readable(page)) return TRUE;
+        if (last - page < Page_Size) return FALSE;
+    }
+}
+
+BOOL IsBadStringPtrA(LPCSTR text, UINT most) {
     auto place = reinterpret_cast<std::uintptr_t>(text);
     while (most > 0) {
         if (!Is_Page_Readable(place & ~(Page_Size - 1))) return TRUE;
@@ -36,4 +49,5 @@ extern "C" BOOL IsBadStringPtrA(LPCSTR text, UINT most) {
         most -= static_cast<UINT>(in_page);
     }
     return FALSE;
+}
 }

@@ -19,11 +19,17 @@ TEST(ReadableMemory, Is_Told_Without_Being_Touched) {
     EXPECT_TRUE(IsBadStringPtrA(pages, page + 1));
     EXPECT_TRUE(IsBadStringPtrA(pages + page, 1));
     EXPECT_FALSE(IsBadStringPtrA(pages + page, 0));
+    EXPECT_FALSE(IsBadReadPtr(pages, page));
+    EXPECT_FALSE(IsBadReadPtr(pages + page, 0));
+    EXPECT_TRUE(IsBadReadPtr(pages + 1, page));
+    EXPECT_TRUE(IsBadReadPtr(pages, 0xFFFFFFFF)) << "beyond the last address";
     pages[page - 1] = 0;
     EXPECT_FALSE(IsBadStringPtrA(pages, 0xFFFFFFFF));
     EXPECT_FALSE(IsBadStringPtrA(pages + page - 1, page));
-    for (const unsigned long wild : {0ul, 1ul, 16ul, 0xFFFFFFFFul})
+    for (const unsigned long wild : {0ul, 1ul, 16ul, 0xFFFFFFFFul}) {
         EXPECT_TRUE(IsBadStringPtrA(reinterpret_cast<const char *>(wild), 1)) << wild;
+        EXPECT_TRUE(IsBadReadPtr(reinterpret_cast<const void *>(wild), 1)) << wild;
+    }
     munmap(pages, 2 * page);
 }
 
