@@ -3,6 +3,9 @@
 
 #include <kelmara/connectivity/component_interfaces.h>
 #include <kelmara/connectivity/component_records.h>
+#include <kelmara/connectivity/connection_kind.h>
+#include <kelmara/connectivity/phone_numbers.h>
+#include <kelmara/connectivity/tapi.h>
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 #include <kelmara/containers/list.h>

@@ -202,8 +202,9 @@ PLATFORM_API BOOL PeekMessageA(MSG *message, HWND window, UINT first, UINT last,
 PLATFORM_API BOOL TranslateMessage(const MSG *message);
 PLATFORM_API LRESULT DispatchMessageA(const MSG *message);
 /// What a dialog's loop does with a message: keys that move through the dialog are answered (Tab, the arrows,
-/// Enter and Esc as WM_COMMAND with IDOK and IDCANCEL), others translated and dispatched. FALSE, nothing
-/// done, for messages that are not to `dialog` or one of its descendants.
+/// Enter and Esc), others translated and dispatched. Enter is WM_COMMAND of the push button with the focus,
+/// else of the default one, nothing if that is disabled, else of IDOK; Esc of IDCANCEL. FALSE, nothing done,
+/// for messages that are not to `dialog` or one of its descendants.
 PLATFORM_API BOOL IsDialogMessageA(HWND dialog, MSG *message);
 /// WaitForSingleObject for the first of `count` (at most 63) objects, or until there is something in the
 /// calling thread's queue, WAIT_OBJECT_0 + count: with QS_POSTMESSAGE in `mask` a posted message, old or new,
@@ -251,7 +252,8 @@ PLATFORM_API BOOL ClientToScreen(HWND window, POINT *point);
 /// and WM_WINDOWPOSCHANGED if anything changed, from which DefWindowProcA sends WM_MOVE and WM_SIZE. Sizes
 /// below 0 count as 0, coordinates and sizes beyond 32,767 either way as that, here and wherever windows are
 /// made or placed. `after`: HWND_TOP, HWND_BOTTOM, or a sibling, which it then stands behind; FALSE for what
-/// is no window.
+/// is no window. HWND_TOPMOST and HWND_NOTOPMOST count as HWND_TOP: nothing stays before the others. A window
+/// that is put somewhere or shown is activated, and so comes to the front, unless it is active already.
 PLATFORM_API BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
 PLATFORM_API BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
 /// FALSE and ERROR_INVALID_PARAMETER unless `length` is 44.
@@ -265,8 +267,9 @@ PLATFORM_API BOOL InvalidateRect(HWND window, const RECT *rectangle, BOOL erase)
 // --- focus and foreground ---------------------------------------------------------------------------------
 
 /// The window of this thread that keys go to; null takes it away. WM_KILLFOCUS, WM_SETFOCUS, and what makes
-/// its topmost window the active one; not the foreground's, unless the thread has that or nobody. What had it
-/// before; null on failure, for a window that is disabled or iconic or stands in one.
+/// its topmost window, if that is this thread's, the active one; not the foreground's, unless the thread has
+/// that or nobody. What had it before; null on failure, for a window that is disabled or iconic or stands in
+/// one.
 PLATFORM_API HWND SetFocus(HWND window);
 PLATFORM_API HWND GetFocus();
 /// The active window of the calling thread.

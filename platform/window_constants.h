@@ -147,6 +147,8 @@ inline constexpr UINT SWP_NOSENDCHANGING = 0x400;
 
 inline const HWND HWND_TOP = nullptr;
 inline const HWND HWND_BOTTOM = reinterpret_cast<HWND>(1);
+inline const HWND HWND_TOPMOST = reinterpret_cast<HWND>(-1);
+inline const HWND HWND_NOTOPMOST = reinterpret_cast<HWND>(-2);
 
 inline constexpr UINT WPF_RESTORETOMAXIMIZED = 2;
 

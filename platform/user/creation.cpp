@@ -107,6 +107,7 @@ long Make_Window(const Wanted &wanted, WindowPointer &made) {
         window->menu = wanted.menu;
     if (window->menu && !Is_Menu(window->menu)) return ERROR_INVALID_MENU_HANDLE;
     window->menu_height = window->menu ? static_cast<int>(Menu_Height) : 0;
+    window->told_client = Client_In_Parent(*window);
 
     if (const long error = Take_Handle(*window)) return error;
     const long error = Code_Of([&] { return Enter_In_Family(window, wanted); });
@@ -145,14 +146,12 @@ LPARAM Packed(LONG low, LONG high) {
 
 void Tell_Size_And_Place(const WindowPointer &window) {
     RECT client;
-    POINT place;
     {
         const TreeLock lock;
-        client = Client_Area(*window);
-        place = {window->rectangle.left + client.left, window->rectangle.top + client.top};
+        client = window->told_client = Client_In_Parent(*window);
     }
     Send_To(window, WM_SIZE, SIZE_RESTORED, Packed(client.right - client.left, client.bottom - client.top));
-    Send_To(window, WM_MOVE, 0, Packed(place.x, place.y));
+    Send_To(window, WM_MOVE, 0, Packed(client.left, client.top));
 }
 
 bool Is_Let_Live(const WindowPointer &window, CREATESTRUCTA &create) {

@@ -40,15 +40,13 @@ LPARAM Packed(LONG low, LONG high) {
 
 void Tell_Move_And_Size(const WindowPointer &window, const WINDOWPOS &change) {
     RECT client;
-    POINT place;
     DWORD style;
     {
         const TreeLock lock;
-        client = Client_Area(*window);
+        client = Client_In_Parent(*window);
         style = window->Style();
-        place = {window->rectangle.left + client.left, window->rectangle.top + client.top};
     }
-    if (!(change.flags & SWP_NOCLIENTMOVE)) Send_To(window, WM_MOVE, 0, Packed(place.x, place.y));
+    if (!(change.flags & SWP_NOCLIENTMOVE)) Send_To(window, WM_MOVE, 0, Packed(client.left, client.top));
     if (change.flags & SWP_NOCLIENTSIZE) return;
     const WPARAM kind = (style & WS_MINIMIZE)   ? SIZE_MINIMIZED
                         : (style & WS_MAXIMIZE) ? SIZE_MAXIMIZED

@@ -21,7 +21,10 @@ class InDestruction {
     }
 
   public:
-    explicit InDestruction(Window &window) : window_(window) { window_.in_destruction = true; }
+    explicit InDestruction(Window &window) : window_(window) {
+        const TreeLock lock;
+        window_.in_destruction = true;
+    }
     ~InDestruction() {
         const TreeLock lock;
         window_.in_destruction = false;
@@ -43,7 +46,8 @@ bool Is_Gone(const Window &window) {
 WindowPointer Next_Owned_By(const Window &window) {
     const TreeLock lock;
     for (const Window *each : Desktop().children) {
-        const bool in_turn = each->owner == &window && !each->in_destruction && each->queue->Is_Own();
+        const bool in_turn =
+            each->owner == &window && each->row && !each->in_destruction && each->queue->Is_Own();
         if (in_turn) return Find_Window(each->handle);
     }
     return nullptr;
@@ -81,12 +85,6 @@ void End(const WindowPointer &window) {
     Send_To(window, WM_NCDESTROY, 0, 0);
 }
 
-bool Has_Focus_Within(const Window &window) {
-    const TreeLock lock;
-    const Window *focus = window.queue->focus;
-    return focus && (focus == &window || Is_Descendant(*focus, window));
-}
-
 // The focus and the foreground go elsewhere while procedures may still be asked.
 void Withdraw(const WindowPointer &window) {
     const HWND above = window->Is_Top_Level() ? nullptr : GetParent(window->handle);
@@ -104,6 +102,14 @@ void Destroy(const WindowPointer &window) {
     if (!Is_Gone(*window)) End(window);
 }
 
+// What a control has on the desktop without being a window of its own there, as a list that drops down.
+Window *Part_On_Desktop(const Window &window) {
+    for (Window *each : Desktop().children) {
+        if (each->owner == &window && !each->row) return each;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 void Take_Out(Window &window) {
@@ -111,6 +117,7 @@ void Take_Out(Window &window) {
     window.gone = true;
     Destroy_Menu_Of_Window(std::exchange(window.menu, nullptr));
     while (!window.children.empty()) Take_Out(*window.children.front());
+    while (Window *part = Part_On_Desktop(window)) Take_Out(*part);
     for (Window *each : Desktop().children) {
         if (each->owner == &window) each->owner = nullptr;
     }

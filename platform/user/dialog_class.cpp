@@ -1,8 +1,11 @@
 // The class of dialogs: it keeps a font for its controls' sake, and the focus while another window is active.
+// The focus goes on to a control where there is one, and to close it is to press Cancel.
 
 #include <platform/user/window.h>
 
 #include <platform/kernel/outcome.h>
+
+#include <utility>
 
 namespace {
 
@@ -13,8 +16,9 @@ struct DialogContents final : WindowContents {
 
 bool Begin(HWND window) {
     return Within_Memory(false, [window] {
-        Find_Window(window)->contents = std::make_unique<DialogContents>();
-        return true;
+        const WindowPointer found = Find_Window(window);
+        if (found && !found->contents) found->contents = std::make_unique<DialogContents>();
+        return found != nullptr;
     });
 }
 
@@ -32,9 +36,19 @@ HWND First_Stop(HWND window) {
     return window;
 }
 
-void Give_Focus_Back(HWND window, const DialogContents &dialog) {
-    const bool kept = dialog.focus && IsChild(window, dialog.focus);
-    SetFocus(kept ? dialog.focus : First_Stop(window));
+void Give_Focus_Back(HWND window, DialogContents &dialog) {
+    const HWND kept = std::exchange(dialog.focus, nullptr);
+    const bool there = kept && IsChild(window, kept) && IsWindowEnabled(kept);
+    SetFocus(there ? kept : First_Stop(window));
+}
+
+// Posted: what answers may destroy the dialog.
+void Press_Cancel(HWND window) {
+    const HWND cancel = GetDlgItem(window, IDCANCEL);
+    if (cancel && !IsWindowEnabled(cancel))
+        MessageBeep(MB_OK);
+    else
+        PostMessageA(window, WM_COMMAND, IDCANCEL | BN_CLICKED << 16, As_Parameter(cancel));
 }
 
 LRESULT Dialog_Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -52,6 +66,12 @@ LRESULT Dialog_Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam
             Keep_Focus(window, *dialog);
         else if (!IsIconic(window))
             Give_Focus_Back(window, *dialog);
+        return 0;
+    case WM_SETFOCUS:
+        Give_Focus_Back(window, *dialog);
+        return 0;
+    case WM_CLOSE:
+        Press_Cancel(window);
         return 0;
     default:
         return DefWindowProcA(window, message, wparam, lparam);

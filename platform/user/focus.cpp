@@ -40,6 +40,17 @@ void Move_Focus(ThreadQueue &queue, const WindowPointer &window) {
     if (still) Send_To(window, WM_SETFOCUS, handle(before), 0);
 }
 
+// What answers WM_ACTIVATE need not care for the focus, which is never in a window that is not active.
+void Bring_Focus_Along(ThreadQueue &queue, const WindowPointer &window) {
+    bool may_have_it;
+    {
+        const TreeLock lock;
+        if (queue.active != window.get() || (window && Has_Focus_Within(*window))) return;
+        may_have_it = window && May_Have_Focus(*window);
+    }
+    Move_Focus(queue, may_have_it ? window : nullptr);
+}
+
 // Which popup of its owners was active last.
 void Remember_Popup(const Window &window) {
     const auto handle = reinterpret_cast<std::uint32_t>(window.handle);
@@ -49,11 +60,17 @@ void Remember_Popup(const Window &window) {
 
 } // namespace
 
+bool Has_Focus_Within(const Window &window) {
+    const TreeLock lock;
+    const Window *focus = window.queue->focus;
+    return focus && (focus == &window || Is_Descendant(*focus, window));
+}
+
 void Activate(ThreadQueue &queue, const WindowPointer &window, Foreground foreground) {
     WindowPointer before;
     {
         const TreeLock lock;
-        if (window && (window->gone || !window->row)) return;
+        if (window && (window->gone || !window->row || window->queue.get() != &queue)) return;
         if (window) Remember_Popup(*window);
         before = Pointer_To(queue.active);
         queue.active = window.get();
@@ -72,10 +89,8 @@ void Activate(ThreadQueue &queue, const WindowPointer &window, Foreground foregr
         const TreeLock lock;
         still = window && queue.active == window.get();
     }
-    if (still)
-        Send_To(window, WM_ACTIVATE, WA_ACTIVE, handle(before));
-    else if (!window)
-        Move_Focus(queue, nullptr);
+    if (still) Send_To(window, WM_ACTIVATE, WA_ACTIVE, handle(before));
+    Bring_Focus_Along(queue, window);
 }
 
 void Bring_To_Front(const WindowPointer &window) {
@@ -105,7 +120,7 @@ HWND SetFocus(HWND handle) {
             if (window->queue != queue) return Succeed_Or_Tell(ERROR_ACCESS_DENIED), nullptr;
             if (!May_Have_Focus(*window)) return Succeed_Or_Tell(ERROR_INVALID_PARAMETER), nullptr;
             root = Pointer_To(&Root_Of(*window));
-            if (queue->active == root.get()) root.reset();
+            if (queue->active == root.get() || root->queue != queue) root.reset();
         }
     }
     if (root) Activate(*queue, root, Foreground::Leave);

@@ -45,3 +45,9 @@ RECT Client_Area(const Window &window) {
     return Client_Area({outer.right - outer.left, outer.bottom - outer.top}, style, window.extended_style,
                        window.menu_height);
 }
+
+RECT Client_In_Parent(const Window &window) {
+    const RECT client = Client_Area(window), &outer = window.rectangle;
+    return {outer.left + client.left, outer.top + client.top, outer.left + client.right,
+            outer.top + client.bottom};
+}

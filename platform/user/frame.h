@@ -20,3 +20,5 @@ LONG Frame_Size(DWORD style, DWORD extended_style);
 RECT Client_Area(SIZE size, DWORD style, DWORD extended_style, LONG menu_height);
 /// Of an iconic window: empty.
 RECT Client_Area(const Window &window);
+/// The same in the parent's client coordinates, or the screen's.
+RECT Client_In_Parent(const Window &window);

@@ -37,6 +37,10 @@ RECT Wanted_Rectangle(const Window &window, const WINDOWPOS &wanted) {
     return r;
 }
 
+bool Is_Top(HWND after) {
+    return after == HWND_TOP || after == HWND_TOPMOST || after == HWND_NOTOPMOST;
+}
+
 void Restack_As_Wanted(Window &window, WINDOWPOS &wanted) {
     if (wanted.flags & SWP_NOZORDER || !window.parent) return;
     const auto &siblings = window.parent->children;
@@ -45,7 +49,7 @@ void Restack_As_Wanted(Window &window, WINDOWPOS &wanted) {
         after = siblings.back() != &window ? siblings.back()
                 : siblings.size() > 1      ? siblings[siblings.size() - 2]
                                            : nullptr;
-    } else if (wanted.hwndInsertAfter != HWND_TOP) {
+    } else if (!Is_Top(wanted.hwndInsertAfter)) {
         const WindowPointer sibling = Find_Window(wanted.hwndInsertAfter);
         if (!sibling || sibling->parent != window.parent || sibling.get() == &window) {
             wanted.flags |= SWP_NOZORDER;
@@ -61,11 +65,11 @@ void Restack_As_Wanted(Window &window, WINDOWPOS &wanted) {
 
 // Changes the window and turns the flags into what has changed.
 void Apply(Window &window, WINDOWPOS &wanted) {
-    const RECT before = window.rectangle, client_before = Client_Area(window);
+    const RECT before = window.rectangle, client_before = window.told_client;
     const RECT after = Wanted_Rectangle(window, wanted);
     window.rectangle = after;
     if (!window.Is(WS_MINIMIZE | WS_MAXIMIZE)) window.normal = after;
-    const RECT client = Client_Area(window);
+    const RECT client = window.told_client = Client_In_Parent(window);
     wanted.x = static_cast<int>(after.left);
     wanted.y = static_cast<int>(after.top);
     wanted.cx = static_cast<int>(after.right - after.left);
@@ -78,8 +82,7 @@ void Apply(Window &window, WINDOWPOS &wanted) {
     if (!moved) wanted.flags |= SWP_NOMOVE;
     if (same_size(after, before)) wanted.flags |= SWP_NOSIZE;
     if (same_size(client, client_before) && !told_anyway) wanted.flags |= SWP_NOCLIENTSIZE;
-    const bool client_moved = after.left + client.left != before.left + client_before.left ||
-                              after.top + client.top != before.top + client_before.top;
+    const bool client_moved = client.left != client_before.left || client.top != client_before.top;
     if (!client_moved && !told_anyway) wanted.flags |= SWP_NOCLIENTMOVE;
     Restack_As_Wanted(window, wanted);
 }
@@ -95,14 +98,17 @@ void Apply_Visibility(Window &window, WINDOWPOS &wanted) {
     window.style = (window.style & ~State_Bits) | with_it(window.style);
 }
 
-bool Needs_Activation(const Window &window, UINT flags, bool restacks) {
+// To activate also brings forward: the active window goes where it is put, unless it is to be shown.
+bool Needs_Activation(const Window &window, UINT flags, bool restacks, StateBits bits) {
     if (flags & (SWP_NOACTIVATE | SWP_HIDEWINDOW)) return false;
+    if (bits == StateBits::Set_Already) return true;
+    if (window.queue->active == &window) return false;
     return (restacks || (flags & SWP_SHOWWINDOW)) && window.Is(WS_VISIBLE);
 }
 
 // Tells the last error for what is no window.
 bool Is_Place_In_Order(HWND after) {
-    return after == HWND_TOP || after == HWND_BOTTOM || IsWindow(after);
+    return Is_Top(after) || after == HWND_BOTTOM || IsWindow(after);
 }
 
 } // namespace
@@ -116,7 +122,7 @@ void Reposition(const WindowPointer &window, WINDOWPOS wanted, StateBits bits) {
         const bool restacks = !(wanted.flags & SWP_NOZORDER);
         Apply(*window, wanted);
         if (bits == StateBits::As_They_Are) Apply_Visibility(*window, wanted);
-        activate = Needs_Activation(*window, wanted.flags, restacks);
+        activate = Needs_Activation(*window, wanted.flags, restacks, bits);
     }
     const bool nothing =
         (wanted.flags & Nothing_Changes) == Nothing_Changes &&

@@ -40,14 +40,13 @@ Command State_After(int command, DWORD state) {
     }
 }
 
-BOOL Show_Another_Process_s(const MachineWindow &found, int command) {
+BOOL Show_Another_Process_s(HWND handle, const MachineWindow &found, int command) {
     Command after;
     const DWORD before = SharedWindows::Change_State(*found.row, [&](DWORD state) {
         after = State_After(command, state);
         return after.state;
     });
-    if (after.activation == Activation::Yes)
-        found.shared->Set_Foreground(reinterpret_cast<HWND>(found.row->handle.load()));
+    if (after.activation == Activation::Yes) found.shared->Set_Foreground(handle);
     found.shared->Thread_Of(*found.row).Wake();
     return (before & WS_VISIBLE) != 0;
 }
@@ -55,8 +54,8 @@ BOOL Show_Another_Process_s(const MachineWindow &found, int command) {
 // The next of the thread's that can be worked with. The caller holds the lock.
 Window *Next_Behind(const Window &window) {
     for (Window *each : Desktop().children) {
-        const bool may_be_active = !each->in_destruction && each->Is(WS_VISIBLE) && !each->Is(WS_MINIMIZE) &&
-                                   !(each->style & WS_DISABLED);
+        const bool may_be_active = each->row && !each->in_destruction && each->Is(WS_VISIBLE) &&
+                                   !each->Is(WS_MINIMIZE) && !(each->style & WS_DISABLED);
         if (each != &window && each->queue == window.queue && may_be_active) return each;
     }
     return nullptr;
@@ -72,20 +71,23 @@ Window *Heir_Of(const Window &window) {
 // A window that goes out of sight leaves the focus and the foreground to what stands behind it.
 void Leave_Focus(const WindowPointer &window) {
     WindowPointer heir;
-    bool was_active, had_focus;
+    bool was_active, had_focus, was_in_front, heir_is_own;
     {
         const TreeLock lock;
         if (window->gone) return;
         ThreadQueue &queue = *window->queue;
-        Window *focus = queue.focus;
         was_active = queue.active == window.get();
-        had_focus = focus && (focus == window.get() || Is_Descendant(*focus, *window));
+        had_focus = Has_Focus_Within(*window);
+        was_in_front = queue.Shared()->Foreground() == window->handle;
         heir = Find_Window(Handle_Of(Heir_Of(*window)));
+        heir_is_own = heir && heir->queue == window->queue;
     }
-    if (was_active)
-        Activate(*window->queue, heir, Foreground::Leave);
-    else if (had_focus && heir)
+    if (was_active) {
+        Activate(*window->queue, heir_is_own ? heir : nullptr, Foreground::Leave);
+        if (heir && !heir_is_own && was_in_front) Bring_To_Front(heir);
+    } else if (had_focus && heir) {
         SetFocus(heir->handle);
+    }
 }
 
 BOOL Read_State(HWND handle, DWORD bit) {
@@ -110,7 +112,7 @@ BOOL ShowWindow(HWND handle, int command) {
         if (!own) on_machine = Find_On_Machine(handle);
         return own || on_machine ? own : Find_Window_Or_Tell(handle);
     });
-    if (on_machine) return Show_Another_Process_s(on_machine, command);
+    if (on_machine) return Show_Another_Process_s(handle, on_machine, command);
     if (!window || !window->queue) return FALSE;
     DWORD before;
     bool changes;

@@ -25,7 +25,7 @@ RECT Rectangle_In(const Window &window, DWORD state) {
 }
 
 WINDOWPOS Same_Place(const Window &window) {
-    return {window.handle, nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE};
+    return {window.handle, nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER};
 }
 
 WINDOWPOS Move_To(const Window &window, const RECT &place) {
@@ -35,27 +35,28 @@ WINDOWPOS Move_To(const Window &window, const RECT &place) {
             static_cast<int>(place.top),
             static_cast<int>(place.right - place.left),
             static_cast<int>(place.bottom - place.top),
-            SWP_STATECHANGED | SWP_FRAMECHANGED | SWP_NOZORDER | SWP_NOACTIVATE};
+            SWP_STATECHANGED | SWP_FRAMECHANGED | SWP_NOZORDER};
 }
 
 // The caller holds the lock.
-WINDOWPOS Change_For(const Window &window, DWORD before, DWORD state) {
+WINDOWPOS Change_For(const Window &window, DWORD before, DWORD state, Activation activation) {
     const bool resizes = (before ^ state) & (WS_MINIMIZE | WS_MAXIMIZE);
     WINDOWPOS change = resizes ? Move_To(window, Rectangle_In(window, state)) : Same_Place(window);
     if ((before ^ state) & WS_VISIBLE) change.flags |= (state & WS_VISIBLE) ? SWP_SHOWWINDOW : SWP_HIDEWINDOW;
+    if (activation == Activation::No) change.flags |= SWP_NOACTIVATE;
     return change;
 }
 
 // `store` is what sets the bits, under the lock, between the message that announces them and the others.
 template <class Store>
-void Go_From_To(const WindowPointer &window, DWORD before, DWORD state, Store store) {
+void Go_From_To(const WindowPointer &window, DWORD before, DWORD state, Activation activation, Store store) {
     if ((before ^ state) & WS_VISIBLE) Send_To(window, WM_SHOWWINDOW, (state & WS_VISIBLE) != 0, 0);
     WINDOWPOS change;
     {
         const TreeLock lock;
         if (window->gone) return;
         store();
-        change = Change_For(*window, before, state);
+        change = Change_For(*window, before, state, activation);
     }
     Reposition(window, change, StateBits::Set_Already);
 }
@@ -68,8 +69,7 @@ void Change_State(const WindowPointer &window, DWORD state, Activation activatio
         const TreeLock lock;
         before = window->style & State_Bits; // what it has been told
     }
-    Go_From_To(window, before, state, [&] { window->Set_State_Bits(state); });
-    if (activation == Activation::Yes) Bring_To_Front(window);
+    Go_From_To(window, before, state, activation, [&] { window->Set_State_Bits(state); });
 }
 
 static void Tell_State(const WindowPointer &window) {
@@ -80,7 +80,7 @@ static void Tell_State(const WindowPointer &window) {
         now = window->Style() & State_Bits;
         window->style = window->Style(); // so that it is told once
     }
-    if (before != now) Go_From_To(window, before, now, [] {});
+    if (before != now) Go_From_To(window, before, now, Activation::No, [] {});
 }
 
 void Catch_Up_With_The_Machine(ThreadQueue &queue) {

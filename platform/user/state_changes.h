@@ -11,9 +11,11 @@ void Change_State(const WindowPointer &window, DWORD state, Activation activatio
 void Catch_Up_With_The_Machine(ThreadQueue &queue);
 
 /// Makes a window without a parent the thread's active one; null for none. WM_ACTIVATE, and the focus goes
-/// with it. Both are of the calling thread. Without Take the machine's foreground goes along only from the
-/// one that was active before, or when nobody has it.
+/// with it. Both are of the calling thread: another's window changes nothing. Without Take the machine's
+/// foreground goes along only from the one that was active before, or when nobody has it.
 enum class Foreground { Take, Leave };
 void Activate(ThreadQueue &queue, const WindowPointer &window, Foreground foreground);
 /// The same for a window of any thread: another's comes to it when it looks for messages.
 void Bring_To_Front(const WindowPointer &window);
+/// Whether the window, or one that stands in it, has its thread's focus.
+bool Has_Focus_Within(const Window &window);

@@ -48,6 +48,7 @@ struct Window {
 
     RECT rectangle = {};               // in the parent's client coordinates, or the screen's
     RECT normal = {};                  // the same when it is neither iconic nor zoomed
+    RECT told_client = {};             // the client area, likewise, of which WM_SIZE and WM_MOVE told last
     bool zoomed_before_iconic = false; // of a window with a parent; others have it in their row
     RECT invalid = {};
 
@@ -141,11 +142,11 @@ class BuiltInClass {
     BuiltInClass *next_;
 };
 
-/// A control's own state, by its window's own thread; null before it has any.
+/// A control's own state, by its window's own thread; null before it has any, and for another kind's.
 template <class Contents>
 Contents *Contents_Of(HWND handle) {
     const WindowPointer window = Find_Window(handle);
-    return window ? static_cast<Contents *>(window->contents.get()) : nullptr;
+    return window ? dynamic_cast<Contents *>(window->contents.get()) : nullptr;
 }
 
 /// Tells the parent of a control about an event: WM_COMMAND with its identifier.

@@ -1,10 +1,12 @@
 #include <reference_suite/installer/install_suite.h>
 
+#include <reference_suite/installer/installed_key.h>
 #include <reference_suite/installer/register_component.h>
 #include <reference_suite/installer/string_tables.h>
+#include <reference_suite/installer/telephony_settings.h>
 
+#include <platform/files.h>
 #include <platform/machine.h>
-#include <platform/registry.h>
 
 #include <fcntl.h>
 #include <filesystem>
@@ -44,6 +46,17 @@ constexpr Companion Companions[] = {
     {"Wait", "kmwait.so", "kmwait.dll"},
 };
 
+// Looked for by name where the system has its modules.
+struct Service {
+    const char *built; // in the folder of built modules
+    const char *installed;
+};
+
+constexpr Service Services[] = {
+    {"tapi32.so", "tapi32.dll"},
+    {"rasapi32.so", "rasapi32.dll"},
+};
+
 struct ComponentFile {
     const char *built; // in the folder of built modules
     const char *installed;
@@ -76,28 +89,6 @@ std::string On_Host(const std::string &windows_path) {
     char path[4096];
     return Host_Path(windows_path.c_str(), path, sizeof path) ? path : std::string();
 }
-
-class OpenKey {
-  public:
-    explicit OpenKey(LONG &result) {
-        result = RegCreateKeyExA(HKEY_LOCAL_MACHINE, Suite_Key, 0, nullptr, 0,
-                                 KEY_QUERY_VALUE | KEY_SET_VALUE, nullptr, &key_, nullptr);
-    }
-    ~OpenKey() {
-        if (key_) RegCloseKey(key_);
-    }
-    OpenKey(const OpenKey &) = delete;
-    OpenKey &operator=(const OpenKey &) = delete;
-
-    LONG Set(const char *value, const std::string &text) const {
-        return RegSetValueExA(key_, value, 0, REG_SZ, reinterpret_cast<const BYTE *>(text.c_str()),
-                              static_cast<DWORD>(text.size()) + 1);
-    }
-    LONG Flush() const { return RegFlushKey(key_); }
-
-  private:
-    HKEY key_ = nullptr;
-};
 
 std::string Make_Folders() {
     for (const SuiteFolder &folder : Folders) {
@@ -153,10 +144,23 @@ std::string Copy_Components(const std::string &module_folder) {
     return {};
 }
 
+// By the library, whose memory services are there once the suite's key is.
 std::string Register_Components() {
     for (const ComponentFile &component : Components) {
         if (component.installed == Server_Program) continue;
         std::string problem = Register_Component(Below_Root("Bin\\") + component.installed);
+        if (!problem.empty()) return problem;
+    }
+    return {};
+}
+
+// To the Windows folder, where they are found whichever Windows the machine is.
+std::string Copy_Services(const std::string &module_folder) {
+    char windows[MAX_PATH];
+    if (GetWindowsDirectoryA(windows, sizeof windows) == 0) return "the machine has no Windows folder";
+    for (const Service &service : Services) {
+        std::string problem =
+            Copy_File(module_folder + "/" + service.built, On_Host(windows) + "/" + service.installed);
         if (!problem.empty()) return problem;
     }
     return {};
@@ -172,33 +176,31 @@ std::string Copy_Content(const std::string &content_folder) {
 }
 
 std::string Write_Keys() {
-    LONG result = 0;
-    const OpenKey key(result);
-    for (const SuiteFolder &folder : Folders) {
-        if (result == 0) result = key.Set(folder.value, Below_Root(folder.name) + "\\");
-    }
-    for (const Companion &companion : Companions) {
-        if (result == 0) result = key.Set(companion.value, Below_Root("Bin\\") + companion.installed);
-    }
-    if (result == 0) result = key.Set("Server", "\"" + Below_Root("Bin\\") + Server_Program + "\"");
-    if (result == 0) result = key.Flush();
-    if (result == 0) return {};
+    InstalledKey key(Suite_Key);
+    for (const SuiteFolder &folder : Folders) key.Set(folder.value, Below_Root(folder.name) + "\\");
+    for (const Companion &companion : Companions)
+        key.Set(companion.value, Below_Root("Bin\\") + companion.installed);
+    key.Set("Server", "\"" + Below_Root("Bin\\") + Server_Program + "\"");
+    key.Flush();
+    if (key.Result() == ERROR_SUCCESS) return {};
     return "the registry key " + std::string(Suite_Key) + " cannot be written: error " +
-           std::to_string(result);
+           std::to_string(key.Result());
 }
 
 } // namespace
 
 std::string Install_Suite(const std::string &module_folder) {
     if (!Machine_Folder()) return "there is no machine to install on";
-    // The keys come last: a program finds the suite only once it is whole.
+    // The suite's key comes last but for the classes: a program finds the suite only once it is whole.
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
     if (problem.empty()) problem = Copy_Components(module_folder);
     if (problem.empty()) problem = Copy_Content(module_folder + "/content");
     if (problem.empty())
         problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));
-    if (problem.empty()) problem = Register_Components();
+    if (problem.empty()) problem = Copy_Services(module_folder);
+    if (problem.empty()) problem = Write_Telephony_Settings();
     if (problem.empty()) problem = Write_Keys();
+    if (problem.empty()) problem = Register_Components();
     return problem;
 }

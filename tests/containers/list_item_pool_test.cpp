@@ -29,21 +29,6 @@ char *First_Item(CDSList &list) {
     return static_cast<char *>(walk.Iterate(&list, static_cast<short>(0)));
 }
 
-TEST_F(Pool, FillsABlockTo499) {
-    CDSList list;
-    for (long n = 0; n < 498; ++n) list.Add(1, 0);
-    EXPECT_EQ(Blocks().size(), 1u);
-    EXPECT_EQ(LibraryHeap::Blocks(2000).size(), 1u) << "its stack of 500 places";
-    list.Add(1, 0);
-    EXPECT_EQ(Blocks().size(), 2u);
-    EXPECT_EQ(Live_Blocks(), 0) << "the memory services are not asked";
-    list.Pop(0);
-    for (long n = 0; n < 499; ++n) list.Add(1, 0);
-    EXPECT_EQ(Blocks().size(), 2u) << "when the second is empty the first serves again";
-    list.Add(1, 0);
-    EXPECT_EQ(Blocks().size(), 3u);
-}
-
 TEST_F(Pool, MarksWhatComesBackAndIgnoresTheRest) {
     OddList list;
     list.Push(5, 0);
@@ -56,7 +41,6 @@ TEST_F(Pool, MarksWhatComesBackAndIgnoresTheRest) {
     foreign.InitListItem(Value(1), 0);
     list.DeleteItem(&foreign);
     EXPECT_EQ(foreign.Entry, Value(1));
-    list.DeleteItem(nullptr);
     list.DeleteItem(reinterpret_cast<CListItem *>(item));
     list.Push(7, 0);
     EXPECT_EQ(First_Item(list), item);

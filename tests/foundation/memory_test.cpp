@@ -1,10 +1,8 @@
-// How the memory services are bound, each time in a process of its own; and what class-level new does.
+// How the memory services are bound, each time in a process of its own.
 
-#include <kelmara/foundation/auto_deleteable_object.h>
 #include <kelmara/foundation/memory.h>
 
 #include <tests/support/companion_test.h>
-#include <tests/support/test_memory.h>
 
 #include <cstdlib>
 
@@ -113,37 +111,6 @@ TEST_F(MemoryBinding, LeavesRegistryAndCompanionAloneForAHostsRoutines) {
     Install("companion_whole");
     EXPECT_EQ(Run("host"), Outcome(7, ""));
     EXPECT_EQ(Run("late_host"), Outcome(7, "loaded\nInitialize\nm_free\nm_free\nunloaded\n"));
-}
-
-class Counted : public CAutoDeleteableObject {
-  public:
-    Counted() { ++made; }
-    ~Counted() override { ++destroyed; }
-    static inline int made = 0, destroyed = 0;
-};
-
-TEST(ClassAllocation, GoesThroughTheMemoryServices) {
-    const NoLeak no_leak;
-    Counted::made = Counted::destroyed = 0;
-    const long blocks = Live_Blocks();
-    CAutoDeleteableObject *object = new Counted;
-    EXPECT_EQ(Live_Blocks(), blocks + 1);
-    auto *several = new Counted[3];
-    EXPECT_EQ(Live_Blocks(), blocks + 2);
-    delete object;
-    delete[] several;
-    delete static_cast<Counted *>(nullptr);
-    EXPECT_EQ(Counted::destroyed, 4);
-    {
-        const FailingMemory failing(1, true);
-        EXPECT_EQ(new Counted, nullptr);
-    }
-    EXPECT_EQ(Counted::made, 4) << "no constructor ran on a null block";
-    alignas(Counted) char place[sizeof(Counted)];
-    (new (place) Counted)->~Counted();
-    int *own = new int(5); // the program's own operators are its own
-    EXPECT_EQ(Live_Blocks(), blocks);
-    delete own;
 }
 
 } // namespace

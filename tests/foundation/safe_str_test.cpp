@@ -106,9 +106,6 @@ TEST(SafeStr, CursorMovesWithTheText) {
     unprimed += 'd';
     for (int i = 0; i < 600; ++i) unprimed += '\0'; // which the Cursor passes and the text's length does not
     EXPECT_EQ(Text_Of(unprimed), "abcd");
-    CSafeStr copied(unprimed);
-    copied += 'e';
-    EXPECT_EQ(Text_Of(copied), "abcde") << "a copy has no Cursor yet";
 }
 
 TEST(SafeStr, TakesItselfAndPiecesOfItself) {
@@ -179,9 +176,6 @@ TEST(SafeStr, ChangesItsTextInPlace) {
     string.Quote_Wrap();
     string.Quote_Wrap();
     EXPECT_EQ(Text_Of(string), "\"\"");
-    string = "\"open";
-    string.Quote_Wrap();
-    EXPECT_EQ(Text_Of(string), "\"open");
     EXPECT_EQ(CSafeStr("ABCDE").Get_Char_Code(), 0x41424344);
     EXPECT_EQ(CSafeStr("\xFF\x80").Get_Char_Code(), static_cast<long>(0xFF800000u));
 }
@@ -203,10 +197,6 @@ TEST(SafeStr, GivesTokensUntilItIsEmptyAndFindsMarkedWords) {
         }
         EXPECT_EQ(tokens, expected);
     }
-    CSafeStr primed;
-    CSafeStr("abc").Next_Token(primed, '\0');
-    primed += 'd';
-    EXPECT_EQ(Text_Of(primed), "abcd") << "a token is primed";
 
     const std::tuple<const char *, int, char, const char *> words[] = {
         {"^ONE and ^TWO", 0, '^', "^ONE"},  {"^ONE and ^TWO", 1, '^', "^TWO"},
@@ -233,9 +223,7 @@ TEST(SafeStr, ReplacesEveryOccurrenceAndComesToAnEnd) {
         string.Replace_String(CSafeStr(find.c_str()), CSafeStr(replacement.c_str()));
         EXPECT_EQ(Text_Of(string), result);
     }
-    CSafeStr endless("abb"), padded(Letters(400).c_str());
+    CSafeStr endless("abb");
     endless.Replace_String(CSafeStr("ab"), CSafeStr("bbaa")); // brings itself back
     EXPECT_LE(endless.Length(), 511);
-    padded.Replace_String(padded, CSafeStr("x"));
-    EXPECT_EQ(std::string(static_cast<char *>(padded) + 1, 511), std::string(511, '\0'));
 }

@@ -156,7 +156,6 @@ TEST(StringHelpers, NormalisesWhiteSpaceOutsideQuotes) {
 }
 
 TEST(StringHelpers, TokenisesWithQuotesAndEmptyTokens) {
-    EXPECT_EQ(smartok(nullptr, ","), nullptr);
     const std::tuple<std::string, const char *, const char *> cases[] = {
         {"one,,two", ",", "[one][][two]"},
         {"a;b,", ",;", "[a][b][]"},
@@ -170,7 +169,6 @@ TEST(StringHelpers, TokenisesWithQuotesAndEmptyTokens) {
             tokens += "[" + std::string(token) + "]";
         }
         EXPECT_EQ(tokens, expected);
-        EXPECT_EQ(smartok(nullptr, ","), nullptr);
     }
     char text[] = "a b;c", other[] = "x y";
     EXPECT_STREQ(smartok(text, " "), "a");
@@ -184,7 +182,6 @@ TEST(StringHelpers, SplitsOffTheTail) {
         {"c:\\d\\file", '\\', false, "c:\\d", "file"},
         {"\\a\\", '\\', false, "\\a", ""},
         {"", '\\', false, "", ""},
-        {"file", '\\', false, "file", "file"},
         {"\\", '\\', false, "\\", "\\"},
         {"\\file", '\\', false, "\\file", "\\file"},
         {"file", '\0', false, "file", "file"}};

@@ -72,6 +72,8 @@ SECOND_PROCESS(mapper) {
 TEST_F(Mappings, AreFreshOnceAndSharedFromThenOn) {
     const HANDLE first = Create();
     EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_EQ(fs::status(Files().at(0)).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(Files().at(0).parent_path()).permissions(), fs::perms(0700));
     char *view = View(first);
     EXPECT_EQ(std::string(view, Size), std::string(Size, '\0'));
     std::strcpy(view, "from the first");
@@ -131,18 +133,6 @@ TEST_F(Mappings, KeepToTheirSizeAndAlignment) {
     EXPECT_EQ(CreateFileMappingA(nullptr, nullptr, PAGE_READWRITE, 0, 10, "N"), nullptr);
     EXPECT_EQ(Error_Of(View(reinterpret_cast<HANDLE>(4000L))), ERROR_INVALID_HANDLE);
     EXPECT_EQ(Error_Of(Create(10, "M")), ERROR_INVALID_HANDLE) << "a mutex's name";
-}
-
-TEST_F(Mappings, BelongToTheirOwnerAndTheirMachine) {
-    const TestHandle mapping(Create());
-    EXPECT_EQ(fs::status(Files().at(0)).permissions(), fs::perms(0600));
-    EXPECT_EQ(fs::status(Files().at(0).parent_path()).permissions(), fs::perms(0700));
-    EXPECT_EQ(fs::status(machine.Folder()).permissions(), fs::perms(0700));
-    {
-        const TestMachine other;
-        EXPECT_EQ(TestHandle(Create()).error, 0) << "another machine has names of its own";
-    }
-    Enter_Machine(machine.Folder().c_str());
 }
 
 TEST_F(Mappings, OfAnotherLayoutAreRefusedAndLeftAlone) {

@@ -12,7 +12,6 @@ namespace {
 
 using ::testing::EndsWith;
 using MessageBoxes = MachineTest;
-using DebugOutput = MachineTest;
 using Process = MachineTest;
 
 TEST_F(MessageBoxes, AnswerWithTheDefaultButtonOnStandardError) {
@@ -45,23 +44,7 @@ TEST_F(MessageBoxes, GoToTheirHandler) {
     EXPECT_EQ(shown, "Error||1");
     Set_Message_Box_Handler([](HWND, LPCSTR, LPCSTR, UINT, void *) -> int { throw 7; }, nullptr);
     EXPECT_THROW(MessageBoxA(nullptr, "", "", MB_OK), int);
-    Set_Message_Box_Handler([](HWND, LPCSTR, LPCSTR, UINT, void *) { return IDNO; }, nullptr);
-    EXPECT_EQ(MessageBoxA(nullptr, "", "", MB_YESNO), IDNO); // no longer within a handler
     Set_Message_Box_Handler(nullptr, nullptr);
-}
-
-TEST_F(DebugOutput, IsSilentUnlessSomebodyListens) {
-    testing::internal::CaptureStderr();
-    OutputDebugStringA("nobody");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    std::string heard;
-    Set_Debug_Output_Sink([](const char *text, void *to) { *static_cast<std::string *>(to) += text; },
-                          &heard);
-    OutputDebugStringA("a%n");
-    OutputDebugStringA(nullptr);
-    Set_Debug_Output_Sink(nullptr, nullptr);
-    OutputDebugStringA("b");
-    EXPECT_EQ(heard, "a%n");
 }
 
 FirstProcess *ending = nullptr;

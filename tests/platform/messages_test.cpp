@@ -64,22 +64,6 @@ TEST_F(WindowTest, A_Full_Queue_Refuses) {
     EXPECT_EQ(Error_Of(PostMessageA(window, WM_USER, 0, 0)), ERROR_NOT_ENOUGH_QUOTA);
 }
 
-TEST_F(WindowTest, Keys_Become_Characters_And_Messages_Reach_Their_Procedure) {
-    std::string typed;
-    TestWindow window(WS_POPUP, Anywhere, nullptr, 0, [&](HWND, UINT message, WPARAM w, LPARAM) {
-        if (message == WM_CHAR) typed += static_cast<char>(w);
-        return std::optional<LRESULT>();
-    });
-    for (const int key : {+'H', +'I', +'5', 37, +' '})
-        PostMessageA(window, WM_KEYDOWN, static_cast<WPARAM>(key), 0);
-    MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
-    }
-    EXPECT_EQ(typed, "hi5 ");
-}
-
 // A thread with a window, which answers until it is told to end.
 class OtherThread {
   public:
@@ -121,6 +105,19 @@ TEST_F(WindowTest, Messages_To_Another_Thread_S_Window_Run_There_And_May_Call_Ba
     EXPECT_EQ(Error_Of(SetFocus(other.window)), ERROR_ACCESS_DENIED);
     EXPECT_FALSE(ShowWindow(other.window, SW_SHOWNA));
     EXPECT_TRUE(IsWindowVisible(other.window));
+}
+
+TEST_F(WindowTest, Another_Thread_S_Window_Is_Never_The_Active_One_Here) {
+    OtherThread other({});
+    ShowWindow(other.window, SW_SHOWNA);
+    TestWindow popup(WS_POPUP | WS_VISIBLE, Anywhere, other.window);
+    ShowWindow(popup, SW_HIDE);
+    EXPECT_EQ(GetActiveWindow(), nullptr);
+    EXPECT_EQ(GetForegroundWindow(), other.window) << "the owner's thread is to see to it";
+    TestWindow child(WS_CHILD, Anywhere, other.window);
+    SetFocus(child);
+    EXPECT_EQ(GetFocus(), child);
+    EXPECT_EQ(GetActiveWindow(), nullptr);
 }
 
 TEST_F(WindowTest, A_Throw_To_A_Sender_Leaves_Nobody_Waiting) {

@@ -1,5 +1,4 @@
 #include <tests/support/handles.h>
-#include <tests/support/second_process.h>
 #include <tests/support/test_machine.h>
 
 #include <atomic>
@@ -90,7 +89,6 @@ TEST_F(Modules, GiveTheirOwnExportsOnly) {
         SetLastError(0);
         EXPECT_EQ(Error_Of(GetProcAddress(module, none)), ERROR_PROC_NOT_FOUND);
     }
-    EXPECT_EQ(Error_Of(GetProcAddress(nullptr, "Answer")), ERROR_PROC_NOT_FOUND);
     EXPECT_EQ(Error_Of(GetProcAddress(GetModuleHandleA("kernel32"), "malloc")), ERROR_PROC_NOT_FOUND);
     for (const HMODULE none : {reinterpret_cast<HMODULE>(-1L), reinterpret_cast<HMODULE>(0x1000), as_data}) {
         EXPECT_EQ(Error_Of(GetProcAddress(none, "Answer")), ERROR_MOD_NOT_FOUND) << none;
@@ -111,10 +109,6 @@ TEST_F(Modules, AreSoughtInOrder) {
         Put("plain", std::string(folder) + "/" + name + ".dll");
         EXPECT_EQ(Found_As(name), found + name + ".dll");
     }
-    const HMODULE current = LoadLibraryA(name.c_str());
-    Go_To("drive_d/path");
-    EXPECT_EQ(File_Name(current), "C:\\work\\" + name + ".dll") << "the directory moved on, it did not";
-    EXPECT_TRUE(FreeLibrary(current));
     fs::copy_file(TEST_MODULE_FOLDER "/plain.so", beside_program);
     EXPECT_EQ(Found_As(name).substr(0, 3), "Z:\\");
     fs::remove(beside_program);
@@ -129,7 +123,6 @@ TEST_F(Modules, AreFoundUnderTheHostsNamesToo) {
         Put("plain", std::string("drive_c/work/") + file);
         EXPECT_EQ(Found_As(name), std::string("C:\\work\\") + file) << name;
     }
-    EXPECT_EQ(Found_As("five") + Found_As("one."), "error 126error 126");
     Put("plain", "drive_c/work/one.so");
     EXPECT_EQ(Found_As("one"), "C:\\work\\one.DLL") << "the name itself goes before the host's";
     fs::create_directory("one.ocx");
@@ -151,7 +144,6 @@ TEST_F(Modules, IncludeTheMachineAndTheProgram) {
         EXPECT_EQ(LoadLibraryA(name), platform) << name;
         EXPECT_TRUE(FreeLibrary(platform));
     }
-    EXPECT_EQ(GetProcAddress(platform, "GetTickCount"), reinterpret_cast<FARPROC>(&GetTickCount));
     char host[1024];
     ASSERT_TRUE(Host_Path(File_Name(GetModuleHandleA(nullptr)).c_str(), host, sizeof host));
     EXPECT_EQ(host, fs::read_symlink("/proc/self/exe"));
@@ -159,7 +151,7 @@ TEST_F(Modules, IncludeTheMachineAndTheProgram) {
 
 TEST_F(Modules, TellTheirFileNameCutToTheBuffer) {
     const std::string whole = File_Name(nullptr);
-    for (const std::size_t room : {whole.size() + 1, whole.size(), std::size_t{1}}) {
+    for (const std::size_t room : {whole.size() + 1, whole.size()}) {
         std::vector<char> path(room + 1, '#');
         SetLastError(0);
         const bool fits = room > whole.size();
@@ -168,9 +160,6 @@ TEST_F(Modules, TellTheirFileNameCutToTheBuffer) {
         EXPECT_EQ(path[room], '#');
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(fits ? NO_ERROR : ERROR_INSUFFICIENT_BUFFER));
     }
-    const std::string folder(200, 'd'), file = std::string(46, 'm') + ".dll"; // 254 characters in all
-    Put("plain", "drive_c/" + folder + "/" + file);
-    EXPECT_EQ(Found_As("C:\\" + folder + "\\" + file), "C:\\" + folder + "\\" + file);
 }
 
 TEST_F(Modules, ThatSayNoAreUnloaded) {
@@ -188,23 +177,6 @@ TEST_F(Modules, ThatSayNoAreUnloaded) {
         EXPECT_TRUE(FreeLibrary(module));
         EXPECT_EQ(Heard(), "destroyed ");
     }
-}
-
-SECOND_PROCESS(loader_of_a_thrower) {
-    setenv("TALKATIVE", "throw in constructor", 1);
-    try {
-        LoadLibraryA("c:\\talkative.dll");
-    } catch (...) {
-    }
-    process.Tell("went on");
-    return 0;
-}
-
-TEST_F(Modules, WhoseConstructorThrowsEndTheProcess) {
-    Put("talkative", "drive_c/talkative.dll");
-    SecondProcess loader("loader_of_a_thrower");
-    EXPECT_EQ(loader.Hear(), "");
-    EXPECT_NE(loader.Wait(), 0);
 }
 
 TEST_F(Modules, AsDataFilesRunNothing) {

@@ -4,6 +4,7 @@
 #include <platform/files.h>
 #include <platform/gdi.h>
 #include <platform/kernel.h>
+#include <platform/local_memory.h>
 #include <platform/machine.h>
 #include <platform/registry.h>
 #include <platform/runtime.h>
@@ -412,6 +413,11 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"event", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, "Scarce event")); }},
         {"event without a name", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, nullptr)); }},
         {"mapping", Maps},
+        {"local block",
+         [] {
+             const HLOCAL block = LocalAlloc(LMEM_ZEROINIT, 10);
+             return block && LocalSize(block) == 10 && !LocalFree(block);
+         }},
         {"process", [] { return Closed(OpenProcess(PROCESS_ALL_ACCESS, FALSE, GetCurrentProcessId())); }},
         {"start of a process", Starts_A_Process},
         {"module", Loads},

@@ -67,22 +67,16 @@ std::vector<NamedCall> Every_Call() {
 TEST_F(RegistryCalls, RefuseWhatIsNoOpenKey) {
     const HKEY closed = TestKey("closed");
     const HANDLE mutex = CreateMutexA(nullptr, FALSE, nullptr);
-    for (const HKEY key : {HKEY{}, closed, HKEY(mutex), HKEY(0x7777), HKEY(0x80000007u),
-                           HKEY_PERFORMANCE_DATA, HKEY_DYN_DATA, HKEY(INVALID_HANDLE_VALUE)}) {
+    for (const HKEY key :
+         {HKEY{}, closed, HKEY(mutex), HKEY(0x80000007u), HKEY_DYN_DATA, HKEY(INVALID_HANDLE_VALUE)}) {
         for (const NamedCall &row : Every_Call()) {
             EXPECT_EQ(row.call(key), ERROR_INVALID_HANDLE) << row.name << " " << key;
         }
-        if (key != HKEY_PERFORMANCE_DATA && key != HKEY_DYN_DATA) {
+        if (key != HKEY_DYN_DATA) {
             EXPECT_EQ(RegCloseKey(key), ERROR_INVALID_HANDLE) << key;
         }
     }
     EXPECT_TRUE(CloseHandle(mutex)) << "RegCloseKey leaves other kinds alone";
-
-    const HKEY key = Open(HKEY_CURRENT_USER, "", KEY_READ);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(key) % 4, 0u);
-    EXPECT_TRUE(CloseHandle(key));
-    EXPECT_EQ(RegCloseKey(key), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(RegCloseKey(HKEY_LOCAL_MACHINE), ERROR_SUCCESS);
 }
 
 TEST_F(RegistryCalls, AskForTheRightThatTheyNeed) {
@@ -134,10 +128,7 @@ TEST_F(RegistryCalls, RefuseBadArgumentsAndTouchNothing) {
         RegSetValueExA(key, "a", 0, REG_BINARY, nullptr, 1),
         RegSetValueExA(key, std::string(16384, 'n').c_str(), 0, REG_BINARY, data, 1),
         Subkey_Name(key, 0, nullptr, &size),
-        Subkey_Name(key, 0, name, nullptr),
-        RegEnumKeyExA(key, 0, name, &size, nullptr, name, nullptr, nullptr),
         Value_Name(key, 0, nullptr, &size),
-        Value_Name(key, 0, name, nullptr),
         RegEnumValueA(key, 0, name, &size, nullptr, nullptr, data, nullptr),
     };
     EXPECT_THAT(codes, Each(ERROR_INVALID_PARAMETER));
@@ -159,12 +150,9 @@ TEST_F(RegistryCalls, FindPathsHoweverTheyAreSpelled) {
     }
     HKEY key = nullptr;
     EXPECT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, "One\\Missing\\Three", &key), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "One\\Two"), ERROR_ACCESS_DENIED) << "it has a subkey";
     EXPECT_EQ(RegOpenKeyA(deep, "", &key), ERROR_SUCCESS);
     EXPECT_EQ(key, deep.handle) << "the key itself, not opened anew";
-    EXPECT_EQ(RegOpenKeyExA(deep, "", 0, KEY_READ, &key), ERROR_SUCCESS);
-    EXPECT_NE(key, deep.handle);
-    EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "One\\Two"), ERROR_ACCESS_DENIED) << "it has a subkey";
 }
 
 TEST_F(RegistryCalls, KnowThePredefinedRootsAndKeepThem) {
@@ -254,34 +242,26 @@ TEST_F(RegistryCalls, TellSizesAndFillBuffersExactly) {
         char behind; // the byte behind the data, '#' for an untouched one
     };
     for (const Row &row :
-         {Row{"text", 0, REG_SZ, 8, 5, 0, '#'}, Row{"text", 0, REG_SZ, 5, 5, 0, '#'},
-          Row{"text", 0, REG_SZ, 4, 5, ERROR_MORE_DATA, '#'}, Row{"bare", 1, REG_EXPAND_SZ, 5, 4, 0, '\0'},
-          Row{"bare", 1, REG_EXPAND_SZ, 4, 4, 0, '#'}, Row{"bytes", 2, REG_BINARY, 8, 4, 0, '#'},
-          Row{"odd", 3, 0xDEADBEEF, 0, 0, 0, '#'}}) {
-        SCOPED_TRACE(std::string(row.name) + " " + std::to_string(row.room));
-        BYTE data[11];
-        char name[10];
-        DWORD type = 0, size = 0, name_size = sizeof name;
-        const auto Expect = [&](LONG result, LONG expected) {
-            EXPECT_EQ(result, expected);
+         {Row{"text", 0, REG_SZ, 5, 5, 0, '#'}, Row{"text", 0, REG_SZ, 4, 5, ERROR_MORE_DATA, '#'},
+          Row{"bare", 1, REG_EXPAND_SZ, 5, 4, 0, '\0'}, Row{"bare", 1, REG_EXPAND_SZ, 4, 4, 0, '#'},
+          Row{"bytes", 2, REG_BINARY, 8, 4, 0, '#'}, Row{"odd", 3, 0xDEADBEEF, 0, 0, 0, '#'}}) {
+        for (const bool by_index : {false, true}) {
+            SCOPED_TRACE(std::string(row.name) + " " + std::to_string(row.room));
+            BYTE data[11];
+            std::memset(data, '#', sizeof data);
+            char name[10];
+            DWORD type = 0, size = row.room, name_size = sizeof name;
+            const LONG result =
+                by_index ? RegEnumValueA(key, row.index, name, &name_size, nullptr, &type, data, &size)
+                         : Query(key, row.name, data, &size, &type);
+            EXPECT_EQ(result, row.result);
             EXPECT_EQ(type, row.type);
             EXPECT_EQ(size, row.size);
-            EXPECT_EQ(data[row.size], expected ? '#' : row.behind);
-            std::memset(data, '#', sizeof data);
-            type = 0, size = row.room;
-        };
-        const auto Enumerate = [&] {
-            return RegEnumValueA(key, row.index, name, &name_size, nullptr, &type, data, &size);
-        };
-        EXPECT_EQ(Query(key, row.name, nullptr, &size), ERROR_SUCCESS);
-        EXPECT_EQ(size, row.size);
-        std::memset(data, '#', sizeof data);
-        size = row.room;
-        Expect(Query(key, row.name, data, &size, &type), row.result);
-        Expect(Enumerate(), row.result);
-        EXPECT_EQ(name_size, std::strlen(row.name) + (row.result ? 1 : 0));
-        name_size = std::strlen(row.name);
-        Expect(Enumerate(), ERROR_MORE_DATA);
+            EXPECT_EQ(data[row.size], row.result ? '#' : row.behind);
+        }
+        char name[10];
+        DWORD name_size = std::strlen(row.name);
+        EXPECT_EQ(Value_Name(key, row.index, name, &name_size), ERROR_MORE_DATA);
         EXPECT_EQ(name_size, std::strlen(row.name) + 1);
     }
     const TestKey sub("key\\subkey");
@@ -290,8 +270,6 @@ TEST_F(RegistryCalls, TellSizesAndFillBuffersExactly) {
     EXPECT_EQ(Subkey_Name(key, 0, name, &size), ERROR_MORE_DATA);
     EXPECT_EQ(size, 7u);
     EXPECT_STREQ(name, "untouched");
-    EXPECT_EQ(Subkey_Name(key, 0, name, &size), ERROR_SUCCESS);
-    EXPECT_EQ(name + std::to_string(size), "subkey6");
 }
 
 TEST_F(RegistryCalls, GiveTheDefaultValueAsText) {
@@ -321,20 +299,18 @@ TEST_F(RegistryCalls, CountAKeysContents) {
     }
     DWORD class_size = 9, counts[7]; // subkeys, longest, longest class, values, longest name, longest data
     FILETIME before, after;
-    const auto Query = [&](FILETIME *time) {
+    const auto Query = [&] {
         return RegQueryInfoKeyA(key, read_class, &class_size, nullptr, &counts[0], &counts[1], &counts[2],
-                                &counts[3], &counts[4], &counts[5], &counts[6], time);
+                                &counts[3], &counts[4], &counts[5], &counts[6], &before);
     };
-    EXPECT_EQ(Query(&before), ERROR_MORE_DATA);
+    EXPECT_EQ(Query(), ERROR_MORE_DATA);
     EXPECT_EQ(class_size, 10u);
-    EXPECT_EQ(Query(&before), ERROR_SUCCESS);
+    EXPECT_EQ(Query(), ERROR_SUCCESS);
     EXPECT_EQ(read_class + std::to_string(class_size), "the class9");
     EXPECT_THAT(counts, ElementsAre(3, 12, 0, 3, 5, 7, _));
     RegDeleteValueA(key, "one");
-    class_size = sizeof read_class;
-    EXPECT_EQ(Query(&after), ERROR_SUCCESS);
+    EXPECT_EQ(Last_Change(key, &after), ERROR_SUCCESS);
     EXPECT_NE(before.dwLowDateTime, after.dwLowDateTime) << "the time of the last change";
-    EXPECT_EQ(counts[3], 2u);
 }
 
 TEST_F(RegistryCalls, ServeManyThreads) {

@@ -140,26 +140,6 @@ TEST_F(RegistryProcesses, NeverTakeAFreshKeyForADeletedOne) {
     EXPECT_EQ(holder.Ask("get value"), "(1018)");
 }
 
-TEST_F(RegistryProcesses, LeaveNothingOpen) {
-    const auto Open_Descriptors = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
-                             std::filesystem::directory_iterator());
-    };
-    TestKey("warm-up").Set("value", "value");
-    const auto before = Open_Descriptors();
-    for (int round = 0; round < 5; ++round) {
-        const TestMachine another;
-        for (const std::string &folder : {another.Folder(), machine.Folder()}) {
-            ASSERT_TRUE(Enter_Machine(folder.c_str()));
-            const TestKey key("key");
-            EXPECT_EQ(key.Get("folder"), round > 0 && folder == machine.Folder() ? folder : Missing);
-            key.Set("folder", folder);
-            Compact();
-        }
-    }
-    EXPECT_EQ(Open_Descriptors(), before);
-}
-
 constexpr int Names_Per_Writer = 300;
 
 // Overwrites its names with ever greater numbers, from the one given on, and so many bytes behind them. Tells

@@ -30,35 +30,6 @@ int Errno_Of(int result) {
     return result == 0 ? 0 : errno;
 }
 
-TEST_F(Streams, OpenAsTheirModesSay) {
-    machine.Write("drive_c/Sub/File", "12345");
-    for (const char *mode : {"rb", "r+b", "rb+", "ab", "a+b", "ab+"}) {
-        EXPECT_EQ(Errno_Of_Opening("c:\\\\SUB\\file", mode), 0) << mode;
-        EXPECT_EQ(machine.Read("drive_c/Sub/File"), "12345") << mode;
-    }
-    EXPECT_EQ(Errno_Of_Opening("SUB\\FILE", "wbx"), EEXIST);
-    EXPECT_EQ(Errno_Of_Opening("sub\\new wbx", "wbx"), 0);
-    EXPECT_EQ(Errno_Of_Opening("sub", "wbx"), EEXIST);
-    Write_Protect("drive_c/Sub/new wbx");
-    EXPECT_EQ(Errno_Of_Opening("sub\\new wbx", "wbx"), EEXIST);
-    EXPECT_EQ(machine.Read("drive_c/Sub/File"), "12345");
-    FILE *stream = Machine_Open_Stream("sub\\FILE", "a+b");
-    EXPECT_EQ(fgetc(stream), '1');
-    rewind(stream);
-    EXPECT_EQ(fwrite("6", 1, 1, stream), 1u) << "at the end, wherever it stands";
-    EXPECT_NE(fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC, 0);
-    EXPECT_EQ(fcntl(fileno(stream), F_GETFL) & O_NONBLOCK, 0);
-    fclose(stream);
-    EXPECT_EQ(machine.Read("drive_c/Sub/File"), "123456");
-    for (const char *mode : {"wb", "w+b", "wb+", "ab", "a+b"}) {
-        EXPECT_EQ(Errno_Of_Opening("sub\\FILE", mode), 0) << mode;
-        EXPECT_EQ(Errno_Of_Opening((std::string("sub\\new ") + mode).c_str(), mode), 0) << mode;
-    }
-    EXPECT_EQ(machine.Read("drive_c/Sub/File"), "");
-    EXPECT_EQ(Found("sub\\*"), ". .. File new a+b new ab new w+b new wb new wb+ new wbx")
-        << "no second spelling";
-}
-
 TEST_F(Streams, AreRefusedWithTheirReasonAndNothingIsTouched) {
     machine.Write("drive_c/file", "12345");
     machine.Write("drive_c/protected", "12345");
@@ -78,6 +49,7 @@ TEST_F(Streams, AreRefusedWithTheirReasonAndNothingIsTouched) {
              {EINVAL, ERROR_INVALID_NAME, all, {"file\\", "a?b"}},
              {EACCES, ERROR_ACCESS_DENIED, all, {"folder", "c:\\", "pipe"}},
              {EACCES, ERROR_ACCESS_DENIED, writing, {"protected"}},
+             {EEXIST, ERROR_FILE_EXISTS, {"wbx"}, {"FILE", "folder", "protected"}},
              {EINVAL, ERROR_INVALID_PARAMETER, {"w", "xb", "", nullptr}, {"file", "none"}}}) {
         for (const char *path : paths) {
             for (const char *mode : modes) {
@@ -88,8 +60,6 @@ TEST_F(Streams, AreRefusedWithTheirReasonAndNothingIsTouched) {
             }
         }
     }
-    EXPECT_EQ(Errno_Of_Opening("protected", "rb"), 0);
-    EXPECT_EQ(Errno_Of_Opening(std::string(300, 'n').c_str(), "wb"), ENOENT);
     EXPECT_EQ(machine.Read("drive_c/file") + machine.Read("drive_c/protected"), "1234512345");
     EXPECT_EQ(Found("*"), "file folder pipe protected");
 }
@@ -113,9 +83,6 @@ TEST_F(Streams, KeepTheirFileFromBeingDeletedByAnyProcess) {
     holder.Kill();
     holder.Wait();
     EXPECT_EQ(Errno_Of(Machine_Remove("file")), 0);
-    EXPECT_EQ(Errno_Of(Machine_Remove("file")), ENOENT);
-    EXPECT_EQ(Errno_Of(Machine_Remove("c:\\")), EACCES);
-    EXPECT_EQ(Errno_Of(Machine_Remove(nullptr)), ENOENT);
 }
 
 // Children that have what this process had open, and never become another program.
@@ -214,11 +181,9 @@ TEST_F(Renaming, FailsWhenTheTargetIsThere) {
     EXPECT_EQ(Errno_Of(Machine_Rename("none", "new")), ENOENT);
     EXPECT_EQ(Errno_Of(Machine_Rename("from", "no\\where")), ENOENT);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
-    EXPECT_EQ(Errno_Of(Machine_Rename("from", "a*")), EINVAL);
     EXPECT_EQ(Errno_Of(Machine_Rename("from", "new\\")), EINVAL);
     EXPECT_EQ(Errno_Of(Machine_Rename("c:\\", "new")), EACCES);
     EXPECT_EQ(Errno_Of(Machine_Rename("folder", "folder\\inside")), EACCES);
-    EXPECT_EQ(Errno_Of(Machine_Rename("", nullptr)), ENOENT);
     EXPECT_EQ(Found("*"), "folder from link To");
     EXPECT_EQ(machine.Read("drive_c/from") + machine.Read("drive_c/To"), "fromto");
 }

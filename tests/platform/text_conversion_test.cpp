@@ -14,19 +14,6 @@ int Widen(const char *text, int length, WCHAR *out, int size, UINT page = CP_ACP
     return MultiByteToWideChar(page, flags, text, length, out, size);
 }
 
-TEST(TextConversion, BringsEveryByteThereAndBack) {
-    char bytes[256], back[256] = {};
-    for (int i = 0; i < 256; ++i) bytes[i] = static_cast<char>(i);
-    WCHAR wide[256];
-    ASSERT_EQ(Widen(bytes, 256, wide, 256, 1252), 256);
-    EXPECT_EQ(wide[0x80], 0x20AC);
-    EXPECT_EQ(wide[0xE9], 0xE9);
-    BOOL replaced = TRUE;
-    ASSERT_EQ(WideCharToMultiByte(1252, 0, wide, 256, back, 256, nullptr, &replaced), 256);
-    EXPECT_EQ(std::string(back, 256), std::string(bytes, 256));
-    EXPECT_FALSE(replaced);
-}
-
 TEST(TextConversion, ReplacesWhatTheCodePageDoesNotHave) {
     const Wide text = {'a', 0x416, 0x20AC, 0xD83D, 0xDE00};
     char out[8];
@@ -36,19 +23,6 @@ TEST(TextConversion, ReplacesWhatTheCodePageDoesNotHave) {
     EXPECT_TRUE(replaced);
     EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, out, 8, "_", nullptr), 6);
     EXPECT_STREQ(out, "a_\x80__");
-}
-
-TEST(TextConversion, CountsTheTerminatorOnlyWhenItIsGivenOne) {
-    char narrow[5] = "????";
-    WCHAR wide[5] = {9, 9, 9, 9, 9};
-    EXPECT_EQ(Narrow(-1, nullptr, 0), 5);
-    EXPECT_EQ(Narrow(4, nullptr, 0), 4);
-    EXPECT_EQ(Widen("text", -1, wide, 0), 5);
-    EXPECT_EQ(wide[0], 9) << "a size of 0 only asks";
-    EXPECT_EQ(Narrow(2, narrow, 2), 2);
-    EXPECT_STREQ(narrow, "te??");
-    EXPECT_EQ(Widen("text", 4, wide, 4), 4);
-    EXPECT_EQ(Wide(wide, 5), Text + WCHAR{9});
 }
 
 TEST(TextConversion, RefusesWhatItCannotDoAndWritesNothing) {

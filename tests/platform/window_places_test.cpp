@@ -63,26 +63,6 @@ TEST_F(WindowTest, A_Style_Takes_Its_Frame_From_The_Window) {
     }
 }
 
-TEST_F(WindowTest, Coordinates_Add_Up_From_Client_Area_To_Client_Area) {
-    TestWindow main(WS_POPUP | WS_CAPTION, {100, 200, 300, 400});
-    TestWindow box(WS_CHILD | WS_BORDER, {10, 20, 110, 120}, main);
-    TestWindow inner(WS_CHILD, {5, 6, 15, 16}, box);
-    EXPECT_EQ(Place_Of(inner), "119 249 129 259"); // 100 + 3 + 10 + 1 + 5, 200 + 3 + 19 + 20 + 1 + 6
-    POINT point = {0, 0};
-    EXPECT_TRUE(ClientToScreen(inner, &point));
-    EXPECT_EQ(point.x, 119);
-    EXPECT_TRUE(ScreenToClient(box, &point));
-    EXPECT_EQ(point.y, 6);
-    MoveWindow(main, 0, 0, 200, 200, TRUE);
-    EXPECT_EQ(Place_Of(inner), "19 49 29 59");
-    EXPECT_EQ(Place_Of(GetDesktopWindow()), "0 0 1024 768");
-    Override_Machine_Setting("screen_width", "640");
-    EXPECT_EQ(Place_Of(GetDesktopWindow()), "0 0 640 768");
-    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN), 640);
-    Override_Machine_Setting("screen_width", nullptr);
-    EXPECT_EQ(GetSystemMetrics(SM_CXBORDER), 1);
-}
-
 TEST_F(WindowTest, Moving_Sends_What_Changes_And_Nothing_Else) {
     TestWindow main(Dialog, {0, 0, 100, 100});
     TestWindow child(WS_CHILD, {10, 10, 30, 30}, main);
@@ -110,15 +90,13 @@ TEST_F(WindowTest, Moving_Sends_What_Changes_And_Nothing_Else) {
         EXPECT_EQ(child.Heard(), row.heard);
         EXPECT_EQ(Place_Of(child), row.place);
     }
-}
-
-TEST_F(WindowTest, The_Procedure_May_Change_Where_A_Window_Goes) {
-    TestWindow window(WS_POPUP, {0, 0, 10, 10}, nullptr, 0, [](HWND, UINT message, WPARAM, LPARAM lparam) {
-        if (message == WM_WINDOWPOSCHANGING) reinterpret_cast<WINDOWPOS *>(lparam)->cx = 77;
-        return std::optional<LRESULT>();
-    });
-    MoveWindow(window, 5, 5, 20, 20, TRUE);
-    EXPECT_EQ(Place_Of(window), "5 5 82 25");
+    main.Heard();
+    SetWindowLongA(main, GWL_STYLE, static_cast<LONG>(WS_POPUP | WS_CAPTION));
+    for (const char *heard : {"WM_WINDOWPOSCHANGING WM_WINDOWPOSCHANGED WM_MOVE WM_SIZE",
+                              "WM_WINDOWPOSCHANGING WM_WINDOWPOSCHANGED"}) {
+        SetWindowPos(main, nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
+        EXPECT_EQ(main.Heard(), heard) << "the caption takes its part once";
+    }
 }
 
 TEST_F(WindowTest, Places_Beyond_Reach_Are_Brought_Within) {

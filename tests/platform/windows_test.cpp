@@ -44,13 +44,10 @@ TEST_F(WindowTest, What_Is_No_Window_Is_Refused_With_Its_Code) {
     EXPECT_EQ(make("No Such Class", WS_POPUP, nullptr), ERROR_CANNOT_FIND_WND_CLASS);
     EXPECT_EQ(make(TestWindow::Class(), WS_CHILD, nullptr), ERROR_TLW_WITH_WSCHILD);
     EXPECT_EQ(make(TestWindow::Class(), WS_CHILD, none), ERROR_INVALID_WINDOW_HANDLE);
-    for (const HWND bad : {none, reinterpret_cast<HWND>(3), HWND(nullptr)}) {
-        char text[5];
+    for (const HWND bad : {none, HWND(nullptr)}) {
         RECT r;
         EXPECT_EQ(Error_Of(IsWindow(bad)), ERROR_INVALID_WINDOW_HANDLE);
         EXPECT_EQ(Error_Of(GetWindowRect(bad, &r)), ERROR_INVALID_WINDOW_HANDLE);
-        EXPECT_EQ(Error_Of(GetWindowTextA(bad, text, sizeof text)), ERROR_INVALID_WINDOW_HANDLE);
-        EXPECT_EQ(Error_Of(SetWindowLongA(bad, GWL_USERDATA, 1)), ERROR_INVALID_WINDOW_HANDLE);
         EXPECT_EQ(Error_Of(DestroyWindow(bad)), ERROR_INVALID_WINDOW_HANDLE);
     }
     EXPECT_EQ(Error_Of(GetWindowLongA(dialog, -3)), ERROR_INVALID_INDEX);
@@ -69,45 +66,13 @@ TEST_F(WindowTest, A_Procedure_May_Refuse_Its_Window) {
     TestWindow late(WS_POPUP, Somewhere, nullptr, 0, answer(WM_CREATE, -1));
     EXPECT_EQ(HWND(late), nullptr);
     EXPECT_EQ(late.Heard(), "WM_NCCREATE WM_CREATE WM_DESTROY WM_NCDESTROY");
-    const auto throws = [](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message == WM_CREATE) throw std::runtime_error("no");
-        return std::nullopt;
+    const auto throws = [](HWND window, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message != WM_CREATE) return std::nullopt;
+        CreateWindowExA(0, "ComboBox", "", WS_CHILD | CBS_DROPDOWN, 0, 0, 9, 9, window, nullptr, nullptr,
+                        nullptr); // its list goes with it
+        throw std::runtime_error("no");
     };
     EXPECT_THROW(TestWindow(WS_POPUP, Somewhere, nullptr, 0, throws), std::runtime_error);
-}
-
-LRESULT (*next_procedure)(HWND, UINT, WPARAM, LPARAM) = nullptr;
-
-LRESULT Doubling(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-    return 2 * CallWindowProcA(next_procedure, window, message, wparam, lparam);
-}
-
-TEST_F(WindowTest, A_Procedure_Can_Be_Put_Before_Another) {
-    TestWindow window(WS_POPUP, Somewhere, nullptr, 0, [](HWND, UINT message, WPARAM w, LPARAM l) {
-        return message == WM_USER ? std::optional<LRESULT>(static_cast<LRESULT>(w) + l) : std::nullopt;
-    });
-    EXPECT_EQ(SendMessageA(window, WM_USER, 3, 4), 7);
-    const LONG own = GetWindowLongA(window, GWL_WNDPROC);
-    next_procedure = reinterpret_cast<WNDPROC>(own);
-    EXPECT_EQ(SetWindowLongA(window, GWL_WNDPROC, reinterpret_cast<LONG>(Doubling)), own);
-    EXPECT_EQ(SendMessageA(window, WM_USER, 3, 4), 14);
-    SetWindowLongA(window, GWL_WNDPROC, own);
-    EXPECT_EQ(SendMessageA(window, WM_USER, 3, 4), 7);
-    EXPECT_EQ(CallWindowProcA(nullptr, window, WM_USER, 3, 4), 0);
-}
-
-TEST_F(WindowTest, Text_Goes_Through_The_Procedure) {
-    TestWindow window(WS_POPUP, Somewhere, nullptr, 0, {}, "First");
-    EXPECT_EQ(Title_Of(window), "First");
-    window.Heard();
-    EXPECT_TRUE(SetWindowTextA(window, "Something longer"));
-    EXPECT_EQ(GetWindowTextLengthA(window), 16);
-    char cut[5];
-    EXPECT_EQ(GetWindowTextA(window, cut, sizeof cut), 4);
-    EXPECT_STREQ(cut, "Some");
-    EXPECT_EQ(window.Heard(), "WM_SETTEXT 14 WM_GETTEXT");
-    EXPECT_TRUE(SetWindowTextA(window, nullptr));
-    EXPECT_EQ(Title_Of(window), "");
 }
 
 TEST_F(WindowTest, Destruction_Tells_The_Family_In_Order) {
@@ -204,21 +169,17 @@ TEST_F(WindowTest, An_Enumeration_Stands_What_Is_Destroyed_Under_It) {
         if (GetDlgCtrlID(window) == 1) DestroyWindow(to_destroy);
         return GetDlgCtrlID(window) != last;
     };
-    seen.clear();
-    to_destroy = nullptr;
-    EXPECT_TRUE(EnumChildWindows(main, visit, -1));
-    EXPECT_EQ(seen, "1324");
-    seen.clear();
-    to_destroy = b;
-    EXPECT_FALSE(EnumChildWindows(main, visit, 3));
-    EXPECT_EQ(seen, "13");
-    seen.clear();
-    to_destroy = a;
-    EXPECT_TRUE(EnumChildWindows(main, visit, -1));
-    EXPECT_EQ(seen, "14");
+    const std::tuple<HWND, LPARAM, const char *> rows[] = {
+        {nullptr, -1, "1324"}, {b, 3, "13"}, {a, -1, "14"}};
+    for (const auto &[doomed, last, shown] : rows) {
+        seen.clear();
+        to_destroy = doomed;
+        EXPECT_EQ(EnumChildWindows(main, visit, last), last == -1);
+        EXPECT_EQ(seen, shown);
+    }
     seen.clear();
     EXPECT_TRUE(EnumChildWindows(nullptr, visit, -1));
-    EXPECT_EQ(seen, "0"); // the topmost one alone
+    EXPECT_EQ(seen, "0") << "the topmost one alone";
 }
 
 TEST_F(WindowTest, Showing_And_Enabling_Tell_What_Was_And_Send_What_Changes) {
@@ -227,7 +188,7 @@ TEST_F(WindowTest, Showing_And_Enabling_Tell_What_Was_And_Send_What_Changes) {
     EXPECT_FALSE(IsWindowVisible(child));
     main.Heard();
     EXPECT_FALSE(ShowWindow(main, SW_SHOW));
-    EXPECT_EQ(main.Heard(), "WM_SHOWWINDOW WM_WINDOWPOSCHANGING WM_WINDOWPOSCHANGED WM_ACTIVATE WM_SETFOCUS");
+    EXPECT_EQ(main.Heard(), "WM_SHOWWINDOW WM_WINDOWPOSCHANGING WM_ACTIVATE WM_SETFOCUS WM_WINDOWPOSCHANGED");
     EXPECT_TRUE(IsWindowVisible(child));
     EXPECT_TRUE(ShowWindow(main, SW_SHOW));
     EXPECT_EQ(main.Heard(), "");
@@ -276,9 +237,22 @@ TEST_F(WindowTest, What_Stands_Behind_Comes_Forward_And_Nobody_Steals_The_Foregr
     TestWindow second(Dialog | WS_VISIBLE, Somewhere), third(Dialog | WS_VISIBLE, Somewhere);
     DestroyWindow(third);
     EXPECT_EQ(GetForegroundWindow(), second);
+    SetWindowPos(second, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    EXPECT_EQ(GetWindow(second, GW_HWNDNEXT), nullptr);
+    EXPECT_TRUE(SetWindowPos(second, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE));
+    EXPECT_EQ(GetWindow(second, GW_HWNDPREV), nullptr);
+    const HWND combo = CreateWindowExA(0, "ComboBox", "", WS_CHILD | WS_VISIBLE | CBS_DROPDOWN, 0, 0, 9, 9,
+                                       second, nullptr, nullptr, nullptr);
+    SendMessageA(combo, CB_SHOWDROPDOWN, TRUE, 0); // the list stands on the desktop
     ShowWindow(second, SW_HIDE);
     EXPECT_EQ(GetForegroundWindow(), first);
     EXPECT_EQ(GetFocus(), first);
+    TestWindow careless(Dialog | WS_VISIBLE, Somewhere, nullptr, 0, [](HWND, UINT message, WPARAM, LPARAM) {
+        return message == WM_ACTIVATE ? std::optional<LRESULT>(0) : std::nullopt;
+    });
+    EXPECT_EQ(GetFocus(), careless);
+    ShowWindow(hidden, SW_SHOWMINIMIZED);
+    EXPECT_EQ(GetFocus(), nullptr);
     std::thread([] {
         TestWindow behind(Dialog, Somewhere);
         const HWND foreground = GetForegroundWindow();
@@ -290,7 +264,7 @@ TEST_F(WindowTest, What_Stands_Behind_Comes_Forward_And_Nobody_Steals_The_Foregr
     }).join();
 }
 
-TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
+TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus_And_Closes_By_Cancel) {
     const HWND dialog = CreateWindowExA(0, "#32770", "", Dialog | WS_VISIBLE, 0, 0, 90, 90, nullptr, nullptr,
                                         nullptr, nullptr);
     EXPECT_EQ(GetFocus(), dialog);
@@ -308,7 +282,23 @@ TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus) {
         EXPECT_EQ(GetFocus(), popup);
     }
     EXPECT_EQ(GetFocus(), plain);
-    DestroyWindow(dialog);
+    SetFocus(dialog);
+    EXPECT_EQ(GetFocus(), stop);
+    const HWND cancel =
+        CreateWindowExA(0, "Button", "", WS_CHILD, 0, 0, 9, 9, dialog, HMENU(IDCANCEL), nullptr, nullptr);
+    const auto procedure = reinterpret_cast<WNDPROC>(GetWindowLongA(dialog, GWL_WNDPROC));
+    CallWindowProcA(procedure, cancel, WM_SETFONT, 48, 0);
+    EXPECT_EQ(CallWindowProcA(procedure, cancel, WM_GETFONT, 0, 0), 0) << "it has nothing of a dialog's";
+    const unsigned long beeps = Message_Beep_Count();
+    for (const BOOL enabled : {TRUE, FALSE}) {
+        EnableWindow(cancel, enabled);
+        SendMessageA(dialog, WM_CLOSE, 0, 0);
+        MSG message = {};
+        EXPECT_EQ(PeekMessageA(&message, dialog, WM_COMMAND, WM_COMMAND, PM_REMOVE), enabled);
+        EXPECT_EQ(message.lParam, enabled ? reinterpret_cast<LPARAM>(cancel) : 0);
+    }
+    EXPECT_EQ(Message_Beep_Count(), beeps + 1);
+    EXPECT_TRUE(DestroyWindow(dialog));
 }
 
 } // namespace

@@ -24,6 +24,13 @@ DWORD Translated(DWORD style, std::initializer_list<StylePair> pairs) {
     return out;
 }
 
+// It stands on the desktop, and goes with the combo box however that goes.
+void Give_List_To(HWND combo, HWND list) {
+    const TreeLock lock;
+    const WindowPointer owner = Find_Window(combo), owned = Find_Window(list);
+    if (owner && owned) owned->owner = owner.get();
+}
+
 } // namespace
 
 LRESULT ComboBox::To_List(UINT message, WPARAM wparam, LPARAM lparam) const {
@@ -44,6 +51,7 @@ LRESULT ComboBox::Create(const CREATESTRUCTA &create) {
                         reinterpret_cast<HMENU>(List_Id), create.hInstance, nullptr);
     if (!list_) return -1;
     Contents_Of<ListBox>(list_)->Belong_To(window_);
+    if (Drops()) Give_List_To(window_, list_);
     if (Kind() != CBS_DROPDOWNLIST) {
         const DWORD edit_style = WS_CHILD | WS_VISIBLE |
                                  Translated(style, {{CBS_AUTOHSCROLL, ES_AUTOHSCROLL},

@@ -36,12 +36,14 @@ HWND Next_Stop(const std::vector<HWND> &stops, HWND from, bool back) {
 
 void Tab(HWND dialog) {
     std::vector<HWND> stops;
-    if (!Within_Memory(false, [&] { return stops = Tab_Stops(dialog), true; })) return;
-    if (const HWND next = Next_Stop(stops, GetFocus(), Is_Key_Down(VK_SHIFT))) Go_To(next);
+    const HWND focus = GetFocus();
+    if (!Within_Memory(false, [&] { return stops = Tab_Stops(dialog, focus), true; })) return;
+    if (const HWND next = Next_Stop(stops, focus, Is_Key_Down(VK_SHIFT))) Go_To(next);
 }
 
 // Arrows go to the next usable control of the group; a radio button that they reach is clicked.
-void Arrow(HWND focus, bool back) {
+void Arrow(HWND dialog, HWND focus, bool back) {
+    if (focus == dialog) return; // its siblings are none of its controls
     std::vector<HWND> group;
     if (!Succeed_Or_Tell(Code_Of([&] { return Collect_Group(focus, group); }))) return;
     if (back) std::reverse(group.begin(), group.end());
@@ -60,7 +62,7 @@ void Arrow(HWND focus, bool back) {
     }
 }
 
-// A button with the focus, else the dialog's default one, else IDOK.
+// A button with the focus, else the dialog's default one, else IDOK. The focus stays.
 void Enter(HWND dialog, HWND focus) {
     HWND button = nullptr;
     if (focus && (Code_Of_Control(focus, nullptr) & (DLGC_UNDEFPUSHBUTTON | DLGC_DEFPUSHBUTTON)))
@@ -68,12 +70,10 @@ void Enter(HWND dialog, HWND focus) {
     for (HWND each = GetWindow(dialog, GW_CHILD); each && !button; each = GetWindow(each, GW_HWNDNEXT)) {
         if (Code_Of_Control(each, nullptr) & DLGC_DEFPUSHBUTTON) button = each;
     }
-    if (button) {
-        if (IsWindowEnabled(button)) SendMessageA(button, BM_CLICK, 0, 0);
-        return;
-    }
-    const HWND ok = GetDlgItem(dialog, IDOK);
-    SendMessageA(dialog, WM_COMMAND, IDOK, As_Parameter(ok));
+    if (button && !IsWindowEnabled(button)) return;
+    const auto id = button ? static_cast<UINT>(GetDlgCtrlID(button)) & 0xFFFF : UINT{IDOK};
+    if (!button) button = GetDlgItem(dialog, IDOK);
+    SendMessageA(dialog, WM_COMMAND, id | BN_CLICKED << 16, As_Parameter(button));
 }
 
 void Escape(HWND dialog) {
@@ -90,10 +90,10 @@ bool Answer_Key(HWND dialog, const MSG &message) {
         return !wants(DLGC_WANTTAB) && (Tab(dialog), true);
     case VK_LEFT:
     case VK_UP:
-        return !wants(DLGC_WANTARROWS) && (Arrow(message.hwnd, true), true);
+        return !wants(DLGC_WANTARROWS) && (Arrow(dialog, message.hwnd, true), true);
     case VK_RIGHT:
     case VK_DOWN:
-        return !wants(DLGC_WANTARROWS) && (Arrow(message.hwnd, false), true);
+        return !wants(DLGC_WANTARROWS) && (Arrow(dialog, message.hwnd, false), true);
     case VK_RETURN:
         return !wants(0) && (Enter(dialog, message.hwnd), true);
     case VK_ESCAPE:

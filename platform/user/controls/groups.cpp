@@ -26,8 +26,9 @@ long Collect_Group(HWND control, std::vector<HWND> &group) {
     return NO_ERROR;
 }
 
-std::vector<HWND> Tab_Stops(HWND dialog) {
+std::vector<HWND> Tab_Stops(HWND dialog, HWND from) {
     std::vector<HWND> all, stops;
+    const auto holds = [from](HWND stop) { return IsChild(stop, from); };
     const TreeLock lock;
     const WindowPointer window = Find_Window(dialog);
     if (!window) return stops;
@@ -35,7 +36,8 @@ std::vector<HWND> Tab_Stops(HWND dialog) {
     for (const HWND each : all) {
         const WindowPointer control = Find_Window(each);
         const bool usable = control && !(control->style & WS_DISABLED) && control->Is_Visible_In_All();
-        if (usable && (control->style & WS_TABSTOP)) stops.push_back(each);
+        const bool stop = usable && (control->style & WS_TABSTOP);
+        if (stop || (each == from && std::none_of(stops.begin(), stops.end(), holds))) stops.push_back(each);
     }
     return stops;
 }

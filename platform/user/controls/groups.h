@@ -9,6 +9,6 @@
 /// itself among them. Codes of errors.h. May throw std::bad_alloc.
 long Collect_Group(HWND control, std::vector<HWND> &group);
 
-/// The descendants of `dialog` that Tab stops at: visible and enabled, with WS_TABSTOP. May throw
-/// std::bad_alloc.
-std::vector<HWND> Tab_Stops(HWND dialog);
+/// The descendants of `dialog` that Tab stops at: visible and enabled, with WS_TABSTOP. Where `from` neither
+/// is one nor stands in one it is there too, so that its neighbours are known. May throw std::bad_alloc.
+std::vector<HWND> Tab_Stops(HWND dialog, HWND from = nullptr);

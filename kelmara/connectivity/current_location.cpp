@@ -1,0 +1,109 @@
+#include <kelmara/connectivity/tapi.h>
+
+#include <kelmara/foundation/owned_block.h>
+#include <kelmara/foundation/string_helpers.h>
+#include <kelmara/system/reg_master.h>
+
+#include <platform/files.h>
+#include <platform/kernel.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+#define LOCATIONS_KEY "Software\\Microsoft\\Windows\\CurrentVersion\\Telephony\\Locations"
+
+constexpr int Name_Size = 256; // of a name that is staged, terminator included
+
+bool Keeps_Locations_In_Registry() {
+    OSVERSIONINFOA version = {};
+    version.dwOSVersionInfoSize = sizeof version;
+    GetVersionExA(&version);
+    return version.dwPlatformId == VER_PLATFORM_WIN32_NT || version.dwMinorVersion >= 10;
+}
+
+void Copy_Cut(const char *text, char *out, int size) {
+    const std::size_t length = strnlen(text, static_cast<std::size_t>(size));
+    std::memmove(out, text, length);
+    out[length] = 0;
+}
+
+// --- the registry form ---
+
+bool Open_Location(CRegMaster &location, const char *subkey) {
+    char path[sizeof LOCATIONS_KEY + Name_Size];
+    std::snprintf(path, sizeof path, LOCATIONS_KEY "\\%s", subkey);
+    return location.OpenKey(HKEY_LOCAL_MACHINE, path);
+}
+
+bool Open_Current_Location(CRegMaster &location) {
+    CRegMaster locations;
+    long current = 0, id = 0;
+    if (!locations.OpenKey(HKEY_LOCAL_MACHINE, LOCATIONS_KEY)) return false;
+    if (!locations.GetRegEntry("CurrentID", &current)) return false;
+    char subkey[Name_Size];
+    for (unsigned long index = 0; locations.GetSubkey(index, subkey); ++index) {
+        if (Open_Location(location, subkey) && location.GetRegEntry("ID", &id) && id == current) return true;
+    }
+    return false;
+}
+
+// Whatever its size: the part that counts is kept. Empty where there is none, or no memory for it.
+void Read_Name(CRegMaster &location, char (&name)[Name_Size]) {
+    *name = 0;
+    unsigned long size = 0;
+    if (!location.GetRegEntry("Name", nullptr, &size) || size == 0 || size >= LONG_MAX) return;
+    const OwnedBlock whole(ds_malloc_clear(static_cast<long>(size + 1)));
+    if (whole.Get() && location.GetRegEntry("Name", whole.Get(), size))
+        Copy_Cut(whole.Get(), name, Name_Size - 1);
+}
+
+// A CRegMaster that finds no memory for its list throws an `int`.
+bool Read_From_Registry(char (&name)[Name_Size]) try {
+    CRegMaster location;
+    if (!Open_Current_Location(location)) return false;
+    Read_Name(location, name);
+    return true;
+} catch (int) {
+    return false;
+}
+
+// --- the file form ---
+
+bool Read_Entry(const char *key, char (&entry)[Name_Size]) {
+    GetPrivateProfileStringA("Locations", key, "", entry, Name_Size - 1, "telephon.ini");
+    return *entry != 0;
+}
+
+char *Behind_Comma(char *text) {
+    char *const comma = std::strchr(text, ',');
+    return comma ? comma + 1 : nullptr;
+}
+
+bool Read_From_File(char (&name)[Name_Size]) {
+    char entry[Name_Size] = {};
+    if (!Read_Entry("CurrentLocation", entry)) return false;
+    const char *const number = Behind_Comma(entry);
+    if (!number) return false;
+    char key[sizeof "Location" + Name_Size];
+    std::snprintf(key, sizeof key, "Location%s", number);
+    if (!Read_Entry(key, entry)) return false;
+    char *const field = Behind_Comma(entry);
+    if (!field) return false;
+    if (char *const end = std::strchr(field, ',')) *end = 0;
+    Strip_Quotes(field);
+    Copy_Cut(field, name, Name_Size - 1);
+    return true;
+}
+
+} // namespace
+
+bool Get_Current_Dial_Location(char *out, int size) {
+    if (!out || size < 0) return false;
+    char name[Name_Size];
+    if (!(Keeps_Locations_In_Registry() ? Read_From_Registry(name) : Read_From_File(name))) return false;
+    Copy_Cut(name, out, size);
+    return true;
+}
