@@ -57,17 +57,17 @@ HRESULT Folder::EnumObjects(HWND, DWORD flags, IEnumIDList **out) {
 HRESULT Folder::BindToObject(LPCITEMIDLIST list, IBindCtx *, REFIID iid, void **out) {
     if (!out) return E_POINTER;
     *out = nullptr;
-    ShellItem item = ShellItem::Of_Class({});
-    if (!ShellItem::Read(list, item) || !Has(item)) return E_INVALIDARG;
-    return Result_Within_Memory([&] { return Open(item, iid, out); });
+    const std::optional<ShellItem> item = ShellItem::Read(list);
+    if (!item || !Has(*item)) return E_INVALIDARG;
+    return Result_Within_Memory([&] { return Open(*item, iid, out); });
 }
 
 HRESULT Folder::GetDisplayNameOf(LPCITEMIDLIST list, DWORD flags, STRRET *name) {
     if (!name) return E_POINTER;
-    ShellItem item = ShellItem::Of_Class({});
-    if (!ShellItem::Read(list, item) || !Has(item)) return E_INVALIDARG;
+    const std::optional<ShellItem> item = ShellItem::Read(list);
+    if (!item || !Has(*item)) return E_INVALIDARG;
     return Result_Within_Memory(
-        [&] { return Give_Text(flags & SHGDN_FORPARSING ? Parsing_Name_Of(item) : Name_Of(item), *name); });
+        [&] { return Give_Text(flags & SHGDN_FORPARSING ? Parsing_Name_Of(*item) : Name_Of(*item), *name); });
 }
 
 HRESULT Folder::ParseDisplayName(HWND, IBindCtx *, WCHAR *, ULONG *eaten, LPITEMIDLIST *out, ULONG *) {

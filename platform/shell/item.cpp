@@ -50,11 +50,12 @@ bool Read_One(LPCITEMIDLIST list, Item &item) {
 
 } // namespace
 
-bool ShellItem::Read(LPCITEMIDLIST list, ShellItem &item) {
-    if (ClassItem found; Read_One(list, found)) return item = Of_Class(found.clsid), true;
-    DriveItem found;
-    if (!Read_One(list, found) || found.root[0] < 'A' || found.root[0] > 'Z') return false;
-    return item = Of_Drive(found.root[0]), true;
+std::optional<ShellItem> ShellItem::Read(LPCITEMIDLIST list) {
+    ClassItem of_class;
+    if (Read_One(list, of_class)) return Of_Class(of_class.clsid);
+    DriveItem drive;
+    const bool known = Read_One(list, drive) && drive.root[0] >= 'A' && drive.root[0] <= 'Z';
+    return known ? std::optional(Of_Drive(drive.root[0])) : std::nullopt;
 }
 
 LPITEMIDLIST ShellItem::Give_List() const {

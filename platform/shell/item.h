@@ -4,12 +4,14 @@
 
 #include <platform/shell.h>
 
+#include <optional>
+
 class ShellItem {
   public:
     static ShellItem Of_Class(REFCLSID clsid) { return ShellItem(clsid, 0); }
     static ShellItem Of_Drive(char letter) { return ShellItem({}, letter); }
-    /// From a list of this one item. False, `item` untouched, for any other list and for what cannot be read.
-    static bool Read(LPCITEMIDLIST list, ShellItem &item);
+    /// From a list of this one item. None for any other list and for what cannot be read.
+    static std::optional<ShellItem> Read(LPCITEMIDLIST list);
 
     bool Is_Class() const { return drive_ == 0; }
     bool Is_Class(REFCLSID clsid) const { return Is_Class() && IsEqualGUID(clsid_, clsid); }

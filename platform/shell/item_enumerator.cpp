@@ -3,6 +3,7 @@
 #include <platform/com/class_keys.h>
 
 #include <algorithm>
+#include <utility>
 
 HRESULT ItemEnumerator::QueryInterface(REFIID iid, void **out) {
     if (!out) return E_POINTER;

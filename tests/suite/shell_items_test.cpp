@@ -1,13 +1,12 @@
 #include <kelmara/suite/shell_items.h>
 
+#include <kelmara/foundation/conversions.h>
 #include <kelmara/suite/com_registration.h>
 #include <tests/modules/com_class.h>
 #include <tests/support/registry_verbs.h>
 #include <tests/support/replaced_import.h>
 #include <tests/support/test_memory.h>
 
-#include <memory>
-#include <optional>
 #include <sys/mman.h>
 
 namespace {
@@ -41,72 +40,14 @@ HRESULT No_Malloc(IMalloc **) {
     return E_UNEXPECTED;
 }
 
-// Items of one letter each; their names are in order.
-struct FakeFolder final : IShellFolder {
-    struct Item {
-        UINT type;
-        std::string name;
-        HRESULT result = S_OK;
-    };
-    explicit FakeFolder(std::vector<Item> those) : items(std::move(those)), enumerator(*this) {}
+WCHAR *Wide(const std::string &text) {
+    auto *const wide = static_cast<WCHAR *>(CoTaskMemAlloc((text.size() + 1) * sizeof(WCHAR)));
+    *std::copy(text.begin(), text.end(), wide) = 0;
+    return wide;
+}
 
-    struct Enumerator final : IEnumIDList {
-        explicit Enumerator(FakeFolder &of) : folder(of) {}
-        HRESULT QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
-        ULONG AddRef() override { return 2; }
-        ULONG Release() override { return ++released; }
-        HRESULT Next(ULONG, LPITEMIDLIST *out, ULONG *) override {
-            if (next == folder.items.size()) return S_FALSE;
-            *out = static_cast<LPITEMIDLIST>(CoTaskMemAlloc(5));
-            const BYTE bytes[5] = {3, 0, next++, 0, 0};
-            std::memcpy(*out, bytes, sizeof bytes);
-            return S_OK;
-        }
-        HRESULT Skip(ULONG) override { return E_NOTIMPL; }
-        HRESULT Reset() override { return E_NOTIMPL; }
-        HRESULT Clone(IEnumIDList **) override { return E_NOTIMPL; }
-        FakeFolder &folder;
-        BYTE next = 0;
-        ULONG released = 0;
-    };
-    HRESULT QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
-    ULONG AddRef() override { return 2; }
-    ULONG Release() override { return 1; }
-    HRESULT EnumObjects(HWND, DWORD flags, IEnumIDList **out) override {
-        EXPECT_EQ(flags, 0xE0u);
-        return *out = &enumerator, S_OK;
-    }
-    HRESULT GetDisplayNameOf(LPCITEMIDLIST item, DWORD flags, STRRET *out) override {
-        EXPECT_EQ(flags, 0x2000u);
-        EXPECT_EQ(out->uType, STRRET_CSTR);
-        const Item &found = items[item->mkid.abID[0]];
-        out->uType = found.type;
-        if (found.type == STRRET_CSTR) found.name.copy(out->cStr, sizeof out->cStr);
-        if (found.type == STRRET_WSTR) out->pOleStr = Wide(found.name);
-        return found.result;
-    }
-    static WCHAR *Wide(const std::string &text) {
-        auto *const wide = static_cast<WCHAR *>(CoTaskMemAlloc((text.size() + 1) * 2));
-        *std::copy(text.begin(), text.end(), wide) = 0;
-        return wide;
-    }
-    HRESULT ParseDisplayName(HWND, IBindCtx *, WCHAR *, ULONG *, LPITEMIDLIST *, ULONG *) override {
-        return E_NOTIMPL;
-    }
-    HRESULT BindToObject(LPCITEMIDLIST, IBindCtx *, REFIID, void **) override { return E_NOTIMPL; }
-    HRESULT BindToStorage(LPCITEMIDLIST, IBindCtx *, REFIID, void **) override { return E_NOTIMPL; }
-    HRESULT CompareIDs(LPARAM, LPCITEMIDLIST, LPCITEMIDLIST) override { return E_NOTIMPL; }
-    HRESULT CreateViewObject(HWND, REFIID, void **) override { return E_NOTIMPL; }
-    HRESULT GetAttributesOf(UINT, LPCITEMIDLIST *, ULONG *) override { return E_NOTIMPL; }
-    HRESULT GetUIObjectOf(HWND, UINT, LPCITEMIDLIST *, REFIID, UINT *, void **) override { return E_NOTIMPL; }
-    HRESULT SetNameOf(HWND, LPCITEMIDLIST, const WCHAR *, DWORD, LPITEMIDLIST *) override {
-        return E_NOTIMPL;
-    }
-
-    std::vector<Item> items;
-    Enumerator enumerator;
-};
-
+constexpr char Name_Space[] =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\MyComputer\\NameSpace\\";
 _ITEMIDLIST *const Untouched = reinterpret_cast<_ITEMIDLIST *>(8);
 
 struct ShellItems : MachineTest {
@@ -121,11 +62,11 @@ struct ShellItems : MachineTest {
         CoTaskMemFree(list);
         return bytes;
     }
-    static void Show(const std::string &name) {
-        RegisterServer(nullptr, CLSID_TestCounter, name.c_str(), "Test.Counter", "Test.Counter.1");
-        TestKey("Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\MyComputer\\NameSpace\\"
-                "{5B0A3A10-77C1-4D0E-9122-3F5E016C2001}",
-                HKEY_LOCAL_MACHINE);
+    static void Show(const std::string &name, _GUID clsid = CLSID_TestCounter) {
+        RegisterServer(nullptr, clsid, name.c_str(), "Test.Counter", "Test.Counter.1");
+        char text[39];
+        GUIDToString(&clsid, text, false);
+        TestKey(Name_Space + std::string(text), HKEY_LOCAL_MACHINE);
     }
 };
 
@@ -188,41 +129,40 @@ TEST_F(ShellItems, LeaveNothingBehindWhenAStepFails) {
     }
 }
 
-TEST_F(ShellItems, TakeTheFirstItemOfAName) {
-    using Items = std::vector<FakeFolder::Item>;
-    constexpr UINT W = STRRET_WSTR, C = STRRET_CSTR;
+TEST_F(ShellItems, AreTheFirstOfTheirName) {
     const std::string longest(255, 'n');
+    const std::string shown[] = {"\xE4",  longest + "n",         "Counter", "COUNTER",
+                                 longest, std::string(300, 'm'), ""};
+    for (unsigned char i = 0; i < std::size(shown); ++i) Show(shown[i], {0, 0, 0, {i}});
     const struct {
-        Items items;
         std::string name;
-        int found; // -1: none
-        int freed; // items and texts
-    } cases[] = {
-        {{{C, "other"}, {C, "Counter"}, {C, "COUNTER"}}, "cOUNTER", 1, 1},
-        {{{W, "other"}, {W, "counter"}}, "Counter", 1, 3},
-        {{{C, "\xE4"}, {C, "\xC4"}}, "\xC4", 1, 1},
-        {{{W, longest + "n"}, {W, longest}}, longest, 1, 3},
-        {{{W, std::string(300, 'n')}, {C, std::string(260, 'n')}}, std::string(300, 'n'), -1, 0},
-        {{{W, std::string(300, 'n')}, {STRRET_OFFSET, ""}, {C, "", E_FAIL}, {7, ""}}, "", -1, 5},
-        {{{C, ""}}, "", 0, 0},
-        {{}, "counter", -1, 0},
-    };
+        int found; // of the shown ones, -1: none
+    } cases[] = {{"cOUNTER", 2}, {"\xE4", 0}, {"\xC4", -1}, {longest, 4}, {std::string(255, 'm'), -1},
+                 {"", 6}};
+    IShellFolder *desktop;
+    void *my_computer;
+    _ITEMIDLIST *item;
+    ASSERT_EQ(SHGetDesktopFolder(&desktop), S_OK);
+    ASSERT_EQ(SHGetSpecialFolderLocation(nullptr, CSIDL_DRIVES, &item), S_OK);
+    ASSERT_EQ(desktop->BindToObject(item, nullptr, IID_IShellFolder, &my_computer), S_OK);
+    CoTaskMemFree(item);
+    auto *const folder = static_cast<IShellFolder *>(my_computer);
     for (const auto &each : cases) {
         WatchedMemory memory;
-        FakeFolder folder(each.items);
-        _ITEMIDLIST *item = Untouched;
-        EXPECT_EQ(Get_PIDL(&folder, each.name.c_str(), &item), each.found >= 0) << each.name;
-        EXPECT_EQ(item ? item->mkid.abID[0] : -1, each.found) << each.name;
-        EXPECT_EQ(memory.freed, each.freed) << each.name;
-        EXPECT_EQ(folder.enumerator.released, each.name.size() < 256 ? 1u : 0u);
+        item = Untouched;
+        EXPECT_EQ(Get_PIDL(folder, each.name.c_str(), &item), each.found >= 0) << each.name;
+        EXPECT_EQ(item ? reinterpret_cast<const BYTE *>(item)[12] : -1, each.found) << each.name;
+        // Behind two drives. Every name was a wide one, and each item that was passed over came back.
+        EXPECT_EQ(memory.freed, item ? 2 * (each.found + 2) + 1 : 2 * (2 + 7)) << each.name;
         EXPECT_EQ(memory.released, memory.given);
         CoTaskMemFree(item);
     }
-    FakeFolder folder({});
-    _ITEMIDLIST *item = Untouched;
+    item = Untouched;
     EXPECT_FALSE(Get_PIDL(nullptr, "counter", &item));
     EXPECT_FALSE(item);
-    EXPECT_FALSE(Get_PIDL(&folder, nullptr, &item));
+    EXPECT_FALSE(Get_PIDL(folder, nullptr, &item));
+    EXPECT_FALSE(Get_PIDL(folder, (longest + "n").c_str(), &item)) << "which no item can be found by";
+    EXPECT_EQ(folder->Release(), 0u);
 }
 
 TEST(ShellNames, AreTextOrStayTheRecords) {
@@ -249,7 +189,7 @@ TEST(ShellNames, AreTextOrStayTheRecords) {
         STRRET record = {};
         record.uType = each.type;
         if (each.type == STRRET_CSTR) each.name.copy(record.cStr, sizeof record.cStr);
-        if (each.type == STRRET_WSTR) record.pOleStr = FakeFolder::Wide(each.name);
+        if (each.type == STRRET_WSTR) record.pOleStr = Wide(each.name);
         EXPECT_EQ(DS_StrRetToStr(&record, out, each.size), each.result) << each.name << each.size;
         EXPECT_EQ(std::string(out), each.text ? each.text : each.name) << each.name << each.size;
         if (each.type != STRRET_WSTR) continue;
@@ -259,7 +199,7 @@ TEST(ShellNames, AreTextOrStayTheRecords) {
     char out[4] = "###";
     STRRET record = {};
     EXPECT_EQ(DS_StrRetToStr(&record, out, 4), E_INVALIDARG) << "a wide text that is null";
-    record.pOleStr = FakeFolder::Wide("abc");
+    record.pOleStr = Wide("abc");
     {
         const ReplacedImport import("libkelmara.so", "SHGetMalloc", reinterpret_cast<void *>(No_Malloc));
         EXPECT_EQ(DS_StrRetToStr(&record, out, 4), E_UNEXPECTED);
