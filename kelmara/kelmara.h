@@ -4,6 +4,8 @@
 #include <kelmara/connectivity/component_interfaces.h>
 #include <kelmara/connectivity/component_records.h>
 #include <kelmara/connectivity/connection_kind.h>
+#include <kelmara/connectivity/connection_utility.h>
+#include <kelmara/connectivity/dial_location.h>
 #include <kelmara/connectivity/phone_numbers.h>
 #include <kelmara/connectivity/tapi.h>
 #include <kelmara/containers/hash_table.h>
@@ -15,6 +17,7 @@
 #include <kelmara/content/define_file.h>
 #include <kelmara/content/sections.h>
 #include <kelmara/content/tokenizer.h>
+#include <kelmara/dialogs/active_help.h>
 #include <kelmara/dialogs/auto_position.h>
 #include <kelmara/dialogs/binding_interfaces.h>
 #include <kelmara/dialogs/bound_checkbox.h>
@@ -24,6 +27,7 @@
 #include <kelmara/dialogs/bound_list_box.h>
 #include <kelmara/dialogs/bound_radio_group.h>
 #include <kelmara/dialogs/bound_text.h>
+#include <kelmara/dialogs/icons.h>
 #include <kelmara/dialogs/window_helpers.h>
 #include <kelmara/dialogs/window_user_data.h>
 #include <kelmara/foundation/auto_deleteable_object.h>

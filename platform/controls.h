@@ -7,7 +7,8 @@
 // control keeps what it holds, and says so with what Windows answers then: LB_ERRSPACE, CB_ERRSPACE, FALSE,
 // EN_ERRSPACE.
 //
-// Not there: owner-drawn kinds, lists of several choices, undo, the clipboard, images, double clicks.
+// Not there: owner-drawn kinds, lists of several choices, undo, the clipboard, images other than icons,
+// double clicks.
 
 #include <platform/types.h>
 
@@ -46,10 +47,19 @@ inline constexpr DWORD SS_TYPEMASK = 0x1F;
 inline constexpr DWORD SS_NOPREFIX = 0x80;
 inline constexpr DWORD SS_NOTIFY = 0x100;
 inline constexpr DWORD SS_CENTERIMAGE = 0x200;
+inline constexpr DWORD SS_REALSIZECONTROL = 0x40;
 inline constexpr DWORD SS_SUNKEN = 0x1000;
 inline constexpr UINT STN_CLICKED = 0;
 inline constexpr UINT STN_ENABLE = 2;
 inline constexpr UINT STN_DISABLE = 3;
+
+// The icon of an SS_ICON, which takes on its size unless it has SS_CENTERIMAGE or SS_REALSIZECONTROL. It
+// stays its owner's; the one before is the result. Of images there are icons alone.
+inline constexpr UINT STM_SETICON = 0x170;
+inline constexpr UINT STM_GETICON = 0x171;
+inline constexpr UINT STM_SETIMAGE = 0x172;
+inline constexpr UINT STM_GETIMAGE = 0x173;
+inline constexpr WPARAM IMAGE_ICON = 1;
 
 // --- button -----------------------------------------------------------------------------------------------
 

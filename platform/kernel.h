@@ -7,7 +7,7 @@
 // set it to 0 or ERROR_ALREADY_EXISTS. Named objects belong to the machine (see machine.h): every process on
 // it meets the same object under the same name, and the name is gone with the last process that held it,
 // killed ones included. A process starts others by a fresh program; one that forks without it does not take
-// part.
+// part, and the handles that it inherits are its parent's.
 
 #include <platform/errors.h>
 #include <platform/types.h>
@@ -90,9 +90,13 @@ PLATFORM_API BOOL ReleaseMutex(HANDLE mutex);
 /// Waits until the calling thread owns the mutex: WAIT_OBJECT_0, or WAIT_ABANDONED when the last owner
 /// ended, by thread or process, without releasing it; the caller owns it all the same, and the next one
 /// gets WAIT_OBJECT_0 again. Waits until an event is set; one that is not manual is reset by that, in one
-/// step, so that one wait of all ends for each time that it is set. Waits until a process, or the thread that
-/// it began with, has ended. WAIT_TIMEOUT after `milliseconds`, which may be 0 or INFINITE. WAIT_FAILED for
-/// anything that cannot be waited for, the own process by GetCurrentProcess too.
+/// step, so that one wait of all ends for each time that it is set. Waits until a process has ended, or a
+/// thread: one of _beginthreadex (runtime.h), or the one that a process began with. WAIT_TIMEOUT after
+/// `milliseconds`, which may be 0 or INFINITE. WAIT_FAILED for anything that cannot be waited for, the own
+/// process by GetCurrentProcess too. A handle that is closed meanwhile does not end a wait.
+///
+/// A wait sleeps until it is woken, and is at once; once a second it looks for itself, for a process may be
+/// killed, or stopped, between taking what others wait for and waking them.
 PLATFORM_API DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 
 inline constexpr DWORD EVENT_MODIFY_STATE = 0x2;
@@ -110,7 +114,8 @@ PLATFORM_API HANDLE CreateEventA(const SECURITY_ATTRIBUTES *security, BOOL manua
 PLATFORM_API HANDLE OpenEventA(DWORD access, BOOL inherit_handle, LPCSTR name);
 
 /// Sets an event. A manual one stays set and ends every wait that is under way, even if it is reset at once;
-/// of more than 100 waits the later ones only look every 2 ms whether it is set. Another one ends the wait
+/// of more than 100 waits the later ones only look every 2 ms whether it is set, and a wait that answers a
+/// sent message is not under way meanwhile. Another one ends the wait
 /// that began first, of a thread that still lives, or stays set for the next. FALSE with
 /// ERROR_SERVICE_REQUEST_TIMEOUT, and nothing changed, when a process that is stopped in a call on this event
 /// keeps it for more than a second.
@@ -244,6 +249,15 @@ PLATFORM_API BOOL TerminateProcess(HANDLE process, UINT exit_code);
 PLATFORM_API HANDLE GetCurrentProcess();
 /// Stands for the calling thread in OpenThreadToken. Not to be closed.
 PLATFORM_API HANDLE GetCurrentThread();
+
+/// STILL_ACTIVE, or what the thread ended with; for the thread that a process began with, as
+/// GetExitCodeProcess for the process. FALSE and ERROR_INVALID_HANDLE for what is no thread.
+PLATFORM_API BOOL GetExitCodeThread(HANDLE thread, DWORD *exit_code);
+
+/// Ends the calling thread, with `code` if _beginthreadex started it. Unlike on Windows the objects on its
+/// stack are destroyed on the way; a catch of everything has to throw on. From the thread that the process
+/// began with it ends that one alone, and the process ends with the last.
+[[noreturn]] PLATFORM_API void ExitThread(DWORD code);
 
 /// Ends the process as the host's exit does: the program's exit routines run, then those of its modules
 /// (their DllMain is not called). An exit routine may end the process again, with another code; other threads

@@ -64,11 +64,12 @@ PLATFORM_API void Set_Debug_Output_Sink(DebugOutputSink sink, void *context);
 /// where it was.
 PLATFORM_API unsigned long Open_Handle_Count();
 
-/// Windows of this process that have not been destroyed, objects of gdi.h that have not been given back, and
-/// menus: what a test brings back to where it was.
+/// Windows of this process that have not been destroyed, objects of gdi.h that have not been given back,
+/// menus and icons: what a test brings back to where it was.
 PLATFORM_API unsigned long Window_Count();
 PLATFORM_API unsigned long Gdi_Object_Count();
 PLATFORM_API unsigned long Menu_Count();
+PLATFORM_API unsigned long Icon_Count();
 
 /// How often MessageBeep has sounded in this process.
 PLATFORM_API unsigned long Message_Beep_Count();
@@ -94,7 +95,8 @@ PLATFORM_API bool Press_Key(UINT key);
 PLATFORM_API bool Hold_Key(UINT key);
 PLATFORM_API bool Release_Key(UINT key);
 
-/// Moves the pointer: WM_SETCURSOR with what WM_NCHITTEST gave, and WM_MOUSEMOVE inside a client area.
+/// Moves the pointer: WM_SETCURSOR with what WM_NCHITTEST gave and the number of WM_MOUSEMOVE, and
+/// WM_MOUSEMOVE itself inside a client area. A button's messages come in the same way.
 PLATFORM_API bool Point_At(LONG x, LONG y);
 /// At its middle; false when something else lies there, and nothing is done.
 PLATFORM_API bool Point_At_Window(HWND window);

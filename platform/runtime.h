@@ -1,8 +1,8 @@
 #pragma once
 // The machine's C runtime, where it differs from the host's: files by their Windows paths, the current
-// directory as one, and random numbers.
+// directory as one, random numbers, and threads with handles.
 //
-// They have names of their own beside the host's calls. What an opened stream is given to (fread, fwrite,
+// What the host has too goes by a name of its own here. What an opened stream is given to (fread, fwrite,
 // fflush, fseek, ftell, ...) are the host's own, but streams are closed by Machine_Close_Stream. A call that
 // fails sets errno as Windows' C runtime does, and the last error to the reason in Windows' terms (files.h
 // tells the paths and their errors). All calls may be made from any thread.
@@ -52,4 +52,16 @@ PLATFORM_API int Machine_Rand();
 
 /// Starts the series of `seed` for the calling thread. A series is the same on every machine.
 PLATFORM_API void Machine_Seed_Rand(unsigned int seed);
+
+/// Starts a thread that runs `routine` and ends with what it gives. A handle to the thread, for the caller to
+/// close: it lasts beyond the thread's end, and the thread beyond it (WaitForSingleObject,
+/// GetExitCodeThread). `stack_size` 0 is the host's usual one, others are rounded up to 64 KB at least; the
+/// thread's number goes to `thread_id`, which may be null. 0 on failure, with errno and the last error:
+/// EINVAL for `flags` other than 0, without a routine, or for a stack that cannot be; ENOMEM or EAGAIN when
+/// there is no room for one more. What the routine throws ends the process.
+PLATFORM_API std::uintptr_t _beginthreadex(void *security, unsigned stack_size, unsigned (*routine)(void *),
+                                           void *argument, unsigned flags, unsigned *thread_id);
+
+/// ExitThread.
+[[noreturn]] PLATFORM_API void _endthreadex(unsigned code);
 }

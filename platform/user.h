@@ -15,10 +15,14 @@
 // none. Handles are multiples of 4, one window of the machine each, and come again after some hundred
 // thousand others.
 //
+// A forked child has none of these windows, and may make its own. Classes, menus and objects of GDI it has as
+// they were at the fork; a class that had windows then cannot be unregistered there.
+//
 // A handle that is no window: the call fails with ERROR_INVALID_WINDOW_HANDLE. Nothing is painted.
 
 #include <platform/controls.h>
 #include <platform/errors.h>
+#include <platform/icons.h>
 #include <platform/menus.h>
 #include <platform/types.h>
 #include <platform/window_constants.h>
@@ -151,6 +155,8 @@ PLATFORM_API HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCST
 /// and to it. May be called from the window's own procedure and in the middle of its destruction, which then
 /// goes on alone. FALSE and ERROR_ACCESS_DENIED for another thread's.
 PLATFORM_API BOOL DestroyWindow(HWND window);
+/// FALSE with ERROR_INVALID_WINDOW_HANDLE for what is none; with another last error when what the machine's
+/// processes know of each other's windows cannot be had, and it is none of this process's.
 PLATFORM_API BOOL IsWindow(HWND window);
 
 // --- procedures and words ---------------------------------------------------------------------------------
@@ -206,10 +212,16 @@ PLATFORM_API LRESULT DispatchMessageA(const MSG *message);
 /// else of the default one, nothing if that is disabled, else of IDOK; Esc of IDCANCEL. FALSE, nothing done,
 /// for messages that are not to `dialog` or one of its descendants.
 PLATFORM_API BOOL IsDialogMessageA(HWND dialog, MSG *message);
-/// WaitForSingleObject for the first of `count` (at most 63) objects, or until there is something in the
-/// calling thread's queue, WAIT_OBJECT_0 + count: with QS_POSTMESSAGE in `mask` a posted message, old or new,
-/// so that none is left lying; with QS_SENDMESSAGE a sent one. Sent ones are answered on the way without it.
-/// WAIT_FAILED and ERROR_INVALID_PARAMETER for `all`.
+/// WaitForSingleObject for the first of `count` (at most 63) objects, in their order, WAIT_OBJECT_0 or
+/// WAIT_ABANDONED + its index, or until something is in the calling thread's queue, WAIT_OBJECT_0 + count. Of
+/// objects that come to be had at once one alone is taken. With QS_POSTMESSAGE or QS_ALLPOSTMESSAGE in `mask`
+/// that is a posted message, input included; with QS_KEY, QS_MOUSEMOVE or QS_MOUSEBUTTON a message of that
+/// kind; with QS_SENDMESSAGE a sent one. Sent ones are answered on the way without it. Unlike on Windows a
+/// message counts until it is taken out, also when it was looked at before: a loop that takes one for each
+/// wait leaves none lying. Timers and painting there are none. WAIT_FAILED: ERROR_INVALID_PARAMETER for `all`
+/// and for more objects, ERROR_INVALID_HANDLE when one of the handles, wherever it stands, is not open. Where
+/// the host does not let a thread sleep on several words (Linux before 5.16, or what forbids it) the objects
+/// are looked at every 2 ms.
 PLATFORM_API DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE *handles, BOOL all, DWORD milliseconds,
                                              DWORD mask);
 
@@ -246,6 +258,7 @@ PLATFORM_API BOOL IsWindowEnabled(HWND window);
 PLATFORM_API BOOL GetWindowRect(HWND window, RECT *rectangle);
 /// From 0, 0: what the frame and scroll bars of its style leave; empty for an iconic one.
 PLATFORM_API BOOL GetClientRect(HWND window, RECT *rectangle);
+/// Both wrap around at the ends of what a LONG holds.
 PLATFORM_API BOOL ScreenToClient(HWND window, POINT *point);
 PLATFORM_API BOOL ClientToScreen(HWND window, POINT *point);
 /// Moves, sizes, restacks, shows and hides: WM_WINDOWPOSCHANGING, whose receiver may change what is wanted,
@@ -288,4 +301,7 @@ PLATFORM_API BOOL MessageBeep(UINT type);
 /// One of the SM_ measures, 0 for others. The screen is 1024 by 768, or as the settings "screen_width" and
 /// "screen_height" say.
 PLATFORM_API int GetSystemMetrics(int index);
+/// Objects of a kind (GR_) that this process has: those of GDI, or windows, menus and icons. 0 on failure:
+/// ERROR_INVALID_HANDLE unless `process` is what GetCurrentProcess gives, ERROR_INVALID_PARAMETER.
+PLATFORM_API DWORD GetGuiResources(HANDLE process, DWORD kind);
 }

@@ -155,10 +155,14 @@ inline constexpr UINT WPF_RESTORETOMAXIMIZED = 2;
 inline constexpr UINT PM_NOREMOVE = 0;
 inline constexpr UINT PM_REMOVE = 1;
 
+inline constexpr DWORD QS_KEY = 0x1;
+inline constexpr DWORD QS_MOUSEMOVE = 0x2;
+inline constexpr DWORD QS_MOUSEBUTTON = 0x4;
 inline constexpr DWORD QS_POSTMESSAGE = 0x8;
 inline constexpr DWORD QS_SENDMESSAGE = 0x40;
 inline constexpr DWORD QS_ALLEVENTS = 0xBF;
 inline constexpr DWORD QS_ALLINPUT = 0xFF;
+inline constexpr DWORD QS_ALLPOSTMESSAGE = 0x100;
 
 inline constexpr int SM_CXSCREEN = 0;
 inline constexpr int SM_CYSCREEN = 1;
@@ -169,8 +173,15 @@ inline constexpr int SM_CXBORDER = 5;
 inline constexpr int SM_CYBORDER = 6;
 inline constexpr int SM_CXDLGFRAME = 7;
 inline constexpr int SM_CYDLGFRAME = 8;
+inline constexpr int SM_CXICON = 11;
+inline constexpr int SM_CYICON = 12;
 inline constexpr int SM_CYMENU = 15;
 inline constexpr int SM_CXFRAME = 32;
 inline constexpr int SM_CYFRAME = 33;
 inline constexpr int SM_CXEDGE = 45;
 inline constexpr int SM_CYEDGE = 46;
+inline constexpr int SM_CXSMICON = 49;
+inline constexpr int SM_CYSMICON = 50;
+
+inline constexpr DWORD GR_GDIOBJECTS = 0;
+inline constexpr DWORD GR_USEROBJECTS = 1;

@@ -1,5 +1,5 @@
 #pragma once
-// What kind of connection a device makes.
+// What kind of connection a device makes, and the connection that needs no dialling.
 
 #include <kelmara/api.h>
 
@@ -14,3 +14,10 @@
 /// The adapter's name is read at the first call on Windows XP that finds it, and then stays. That call is for
 /// one thread.
 KELMARA_API bool Modem_Is_DSL(const char *name, char *type);
+
+/// Has the suite connect by the configuration that its server names as the current one, if that needs no
+/// dialling: the server's setting "svac" becomes its name, and the connection component connects without dial
+/// data, whatever it answers. 0 when it has run through, also for a configuration that is dialled, and when
+/// anything is thrown on the way. The code of a server or a configuration that cannot be had, and 0x8000FFFF
+/// for a connection component that cannot; the debug log is told. COM is initialised on the thread.
+KELMARA_API unsigned int Verify_Static_Connection();

@@ -12,9 +12,10 @@
 //
 // What is to be kept is measured when a control is registered. Windows may be destroyed before the manager or
 // after it: one that is gone is left in peace, and a neighbour that is gone counts as a rectangle of zeroes.
-// The manager is used on the thread that owns the window, and lives until its operations have returned; the
-// procedures of the windows may register and release controls while it moves them. Coordinates wrap at 32
-// bits. A copy shares the records: of the two only one may be changed or destroyed.
+// A group box wraps the members that are left, and stays when there are none. The manager is used on the
+// thread that owns the window, and lives until its operations have returned; the procedures of the windows
+// may register and release controls while it moves them. Coordinates wrap at 32 bits. A copy shares the
+// records: of the two only one may be changed or destroyed.
 
 #include <kelmara/containers/list.h>
 

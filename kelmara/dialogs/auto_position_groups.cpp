@@ -39,11 +39,19 @@ class NewGroup {
     GroupBoxsListEntry *m_Group = nullptr;
 };
 
+// Of those that are still there.
 template <class Use>
 void For_Each_Member(GroupBoxsListEntry &group, Use use) {
     CIterator walk;
-    for (void *member = walk.Iterate(&group.m_Members); member; member = walk.Next())
-        use(static_cast<HWND>(member));
+    for (void *member = walk.Iterate(&group.m_Members); member; member = walk.Next()) {
+        if (IsWindow(static_cast<HWND>(member))) use(static_cast<HWND>(member));
+    }
+}
+
+bool Is_Empty(GroupBoxsListEntry &group) {
+    bool is_empty = true;
+    For_Each_Member(group, [&is_empty](HWND) { is_empty = false; });
+    return is_empty;
 }
 
 } // namespace
@@ -124,6 +132,7 @@ void CAutoPositionManager::Follow_Neighbour(GroupBoxsListEntry &group) {
 }
 
 void CAutoPositionManager::Wrap_Members(GroupBoxsListEntry &group) {
+    if (Is_Empty(group)) return;
     Edges edges;
     Get_GroupBox_Extremes(&group, &edges.left, &edges.right, &edges.bottom, &edges.top);
     Put(group.m_Box,

@@ -34,8 +34,11 @@ void CBoundCheckboxControl::Binding_Changed() {
 
 void CBoundCheckboxControl::Clicked() {
     if (!m_Hwnd) return;
+    const ObjectWatch watch(this);
+    const HWND window = m_Hwnd;
     const bool checked = To_Native(BM_GETCHECK, 0, 0) != BST_UNCHECKED;
-    if (m_Valid) Write_To_Client(checked != m_Opposite ? "TRUE" : "FALSE");
+    if (watch.Is_There() && m_Hwnd == window && m_Valid)
+        Write_To_Client(checked != m_Opposite ? "TRUE" : "FALSE");
 }
 
 long CBoundCheckboxControl::GetWndProc() {
@@ -44,7 +47,7 @@ long CBoundCheckboxControl::GetWndProc() {
 
 long CBoundCheckboxControl::ExternWndProc(HWND window, unsigned int message, unsigned int wparam,
                                           long lparam) {
-    auto *const control = static_cast<CBoundCheckboxControl *>(Of_Window(window, ExternWndProc));
+    auto *const control = BoundWindow::Control_Of<CBoundCheckboxControl>(window);
     if (!control) return BoundWindow::Pass_On(ExternWndProc, window, message, wparam, lparam);
     const ObjectWatch watch(control);
     const long result = control->Forward(window, message, wparam, lparam);

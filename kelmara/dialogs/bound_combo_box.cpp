@@ -42,7 +42,9 @@ bool CBoundComboBoxControl::AttachTo(HWND window) {
 // Made if the box takes new ones; -1 for none, whatever the box says when it fails.
 long CBoundComboBoxControl::Line_Of(const char *value) {
     const auto from_start = static_cast<unsigned int>(-1);
+    const ObjectWatch watch(this);
     long line = To_Native(CB_FINDSTRINGEXACT, from_start, As_Parameter(value));
+    if (!watch.Is_There()) return CB_ERR;
     const long kind = GetWindowLongA(m_Hwnd, GWL_STYLE) & Kind_Mask;
     if (line < 0 && kind == CBS_DROPDOWN) line = To_Native(CB_ADDSTRING, 0, As_Parameter(value));
     return line < 0 ? CB_ERR : line;
@@ -58,9 +60,12 @@ void CBoundComboBoxControl::Binding_Changed() {
 }
 
 void CBoundComboBoxControl::Get_Chosen_Line(char *text, int size) {
+    const ObjectWatch watch(this);
+    const long chosen = To_Native(CB_GETCURSEL, 0, 0);
+    if (!watch.Is_There()) return;
     COMBOBOXEXITEM item = {};
     item.mask = CBEIF_TEXT;
-    item.iItem = static_cast<int>(To_Native(CB_GETCURSEL, 0, 0));
+    item.iItem = static_cast<int>(chosen);
     item.pszText = text;
     item.cchTextMax = size;
     To_Native(CBEM_GETITEM, 0, As_Parameter(&item));
@@ -70,11 +75,12 @@ void CBoundComboBoxControl::HandleSelectionChange() {
     if (!m_Hwnd || !m_Client) return;
     char text[Text_Size] = {};
     const ObjectWatch watch(this);
+    const HWND window = m_Hwnd;
     if (m_Extended)
         Get_Chosen_Line(text, Text_Limit);
     else
-        GetWindowTextA(m_Hwnd, text, Text_Limit);
-    if (watch.Is_There()) Write_To_Client(text);
+        GetWindowTextA(window, text, Text_Limit);
+    if (watch.Is_There() && m_Hwnd == window) Write_To_Client(text);
 }
 
 void CBoundComboBoxControl::Heard(unsigned int message, unsigned int notice) {
@@ -98,7 +104,7 @@ long CBoundComboBoxControl::GetWndProc() {
 
 long CBoundComboBoxControl::ExternWndProc(HWND window, unsigned int message, unsigned int wparam,
                                           long lparam) {
-    auto *const control = static_cast<CBoundComboBoxControl *>(Of_Window(window, ExternWndProc));
+    auto *const control = BoundWindow::Control_Of<CBoundComboBoxControl>(window);
     if (!control) return BoundWindow::Pass_On(ExternWndProc, window, message, wparam, lparam);
     const ObjectWatch watch(control);
     const long result = control->Forward(window, message, wparam, lparam);

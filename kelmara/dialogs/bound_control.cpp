@@ -76,7 +76,9 @@ void CBoundControlNotifier::Install_Client_Interface(IBindingClientInterface *cl
 }
 
 bool CBoundControlNotifier::AttachTo(HWND window) {
+    const ObjectWatch watch(this);
     if (m_Hwnd && m_Hwnd != window) Detach();
+    if (!watch.Is_There()) return false;
     const long own = GetWndProc();
     if (!m_OldWndProc) m_OldWndProc = BoundWindow::Native(window, reinterpret_cast<WNDPROC>(own));
     BoundWindow::Displace(window, this);
@@ -93,12 +95,6 @@ void CBoundControlNotifier::Detach() {
 
 long CBoundControlNotifier::GetWndProc() {
     return 0;
-}
-
-CBoundControlNotifier *CBoundControlNotifier::Of_Window(HWND window, BoundProcedure procedure) {
-    CBoundControlNotifier *const notifier = BoundWindow::Notifier_Of(window);
-    const bool is_its = notifier && notifier->GetWndProc() == reinterpret_cast<long>(procedure);
-    return is_its ? notifier : nullptr;
 }
 
 long CBoundControlNotifier::Forward(HWND window, unsigned int message, unsigned int wparam, long lparam) {

@@ -58,9 +58,9 @@ class KELMARA_API CBoundControlNotifier : public IBindingNotifierInterface {
 
     /// Takes the window over; true. A control that has it loses it, and the procedure that messages are
     /// passed on to is the native one all the same, from the first attachment on for good. A control that has
-    /// another window is detached from that first. What is no window counts as none. Where the window's word
-    /// is used for something else, or there is no memory for its record, the window keeps its procedure:
-    /// values are shown in it, and none is written.
+    /// another window is detached from that first; false when it is destroyed in that. What is no window
+    /// counts as none. Where the window's word is used for something else, or there is no memory for its
+    /// record, the window keeps its procedure: values are shown in it, and none is written.
     virtual bool AttachTo(HWND window);
     /// Gives the window its procedure back.
     virtual void Detach();
@@ -79,9 +79,6 @@ class KELMARA_API CBoundControlNotifier : public IBindingNotifierInterface {
     void *m_UserData = nullptr;                  // offset 24, the window's record
     unsigned long m_RefCount = 0;                // offset 28
 
-    /// The control that a window procedure works for; null when the window is not bound to one whose
-    /// procedure it is.
-    KELMARA_INTERNAL static CBoundControlNotifier *Of_Window(HWND window, BoundProcedure procedure);
     /// Passes a message on. Of the window's last one the control takes its leave.
     KELMARA_INTERNAL long Forward(HWND window, unsigned int message, unsigned int wparam, long lparam);
     /// A message of the control's own to its window, unheard by its procedure.

@@ -21,6 +21,45 @@ struct BoundListBoxLayout {
 };
 #pragma GCC diagnostic pop
 
+namespace {
+
+class MessageOnItsWay;
+[[gnu::tls_model("initial-exec")]] constinit thread_local MessageOnItsWay *Innermost = nullptr;
+
+/// A message that a list box passes on. What it is passed on to may stand above the list box as well, and
+/// hand the same message back to it: what has had the window before, and has put itself back since.
+class MessageOnItsWay {
+  public:
+    MessageOnItsWay(HWND window, unsigned int message, unsigned int wparam, long lparam)
+        : m_Window(window), m_Message(message), m_Wparam(wparam), m_Lparam(lparam), m_Outer(Innermost) {
+        Innermost = this;
+    }
+    ~MessageOnItsWay() { Innermost = m_Outer; }
+    MessageOnItsWay(const MessageOnItsWay &) = delete;
+    MessageOnItsWay &operator=(const MessageOnItsWay &) = delete;
+
+    /// Whether it is the one that the window is working at.
+    static bool Is_There(HWND window, unsigned int message, unsigned int wparam, long lparam) {
+        const MessageOnItsWay *on_its_way = Innermost;
+        while (on_its_way && on_its_way->m_Window != window) on_its_way = on_its_way->m_Outer;
+        return on_its_way && on_its_way->m_Message == message && on_its_way->m_Wparam == wparam &&
+               on_its_way->m_Lparam == lparam;
+    }
+
+  private:
+    const HWND m_Window;
+    const unsigned int m_Message, m_Wparam;
+    const long m_Lparam;
+    MessageOnItsWay *const m_Outer;
+};
+
+long Send_On(BoundProcedure procedure, HWND window, unsigned int message, unsigned int wparam, long lparam) {
+    const MessageOnItsWay on_its_way(window, message, wparam, lparam);
+    return CallWindowProcA(procedure, window, message, wparam, lparam);
+}
+
+} // namespace
+
 CBoundListEntry::CBoundListEntry(CBoundListboxControl *list_box, int index)
     : m_List(list_box), m_Index(index) {}
 CBoundListEntry::CBoundListEntry(const CBoundListEntry &other) = default;
@@ -49,9 +88,7 @@ CBoundListboxControl::~CBoundListboxControl() {
 
 bool CBoundListboxControl::AttachTo(HWND window) {
     if (m_Hwnd && m_Hwnd != window) Detach();
-    const bool has_it =
-        m_Hwnd && BoundWindow::List_Box_Of(window) == this; // perhaps below others, who call it
-    if (!has_it) m_OldWndProc = BoundWindow::Current(window, ExternWndProc);
+    m_OldWndProc = BoundWindow::Current(window, ExternWndProc);
     BoundWindow::Displace(window, this);
     if (BoundWindow::Enter(window, this, m_UserData))
         SetWindowLongA(window, GWL_WNDPROC, reinterpret_cast<LONG>(ExternWndProc));
@@ -83,20 +120,21 @@ void CBoundListboxControl::SetEntry(int line, const char *text) {
     const auto at = static_cast<unsigned int>(line);
     SendMessageA(window, WM_SETREDRAW, 0, 0);
     if (!*text)
-        CallWindowProcA(native, window, LB_DELETESTRING, at, 0);
-    else if (CallWindowProcA(native, window, LB_INSERTSTRING, at, reinterpret_cast<long>(text)) >= 0)
-        CallWindowProcA(native, window, LB_DELETESTRING, at + 1, 0);
+        Send_On(native, window, LB_DELETESTRING, at, 0);
+    else if (Send_On(native, window, LB_INSERTSTRING, at, reinterpret_cast<long>(text)) >= 0)
+        Send_On(native, window, LB_DELETESTRING, at + 1, 0);
     SendMessageA(window, WM_SETREDRAW, 1, 0);
 }
 
 void CBoundListboxControl::Write_Line(int line, CBoundListEntry *entry) {
     const ObjectWatch watch(this);
-    const long length = SendMessageA(m_Hwnd, LB_GETTEXTLEN, static_cast<unsigned int>(line), 0);
+    const HWND window = m_Hwnd; // which may be lost in each call
+    const long length = SendMessageA(window, LB_GETTEXTLEN, static_cast<unsigned int>(line), 0);
     if (length == LONG_MAX) return;
     TransferBuffer buffer(std::max(length, 0L) + 1);
-    if (!watch.Is_There() || !buffer.Get()) return;
+    if (!watch.Is_There() || m_Hwnd != window || !buffer.Get()) return;
     GetEntry(line, buffer.Get());
-    if (watch.Is_There()) entry->Write_String(buffer.Get());
+    if (watch.Is_There() && m_Hwnd == window) entry->Write_String(buffer.Get());
 }
 
 void CBoundListboxControl::ListChanged() {
@@ -112,10 +150,12 @@ void CBoundListboxControl::ListChanged() {
 long CBoundListboxControl::ExternWndProc(HWND window, unsigned int message, unsigned int wparam,
                                          long lparam) {
     CBoundListboxControl *const control = BoundWindow::List_Box_Of(window);
-    if (!control) return BoundWindow::Pass_On(ExternWndProc, window, message, wparam, lparam);
+    const bool has_come_back = MessageOnItsWay::Is_There(window, message, wparam, lparam);
+    if (!control || control->m_Hwnd != window || has_come_back)
+        return BoundWindow::Pass_On(ExternWndProc, window, message, wparam, lparam);
     const ObjectWatch watch(control);
-    if (message == WM_NCDESTROY && control->m_Hwnd == window) control->m_Hwnd = nullptr;
-    const long result = CallWindowProcA(control->m_OldWndProc, window, message, wparam, lparam);
+    if (message == WM_NCDESTROY) control->m_Hwnd = nullptr;
+    const long result = Send_On(control->m_OldWndProc, window, message, wparam, lparam);
     const bool changes_lines = message >= LB_ADDSTRING && message <= LB_DELETESTRING;
     if (changes_lines && watch.Is_There() && control->m_Hwnd == window) control->ListChanged();
     return result;

@@ -79,6 +79,7 @@ unsigned long CBoundRadioGroupControl::Release() {
 }
 
 void CBoundRadioGroupControl::Remove_Notifiers() {
+    ObjectWatch::Tell_Of_End(&m_Notifiers); // those who walk them
     while (m_Notifiers.Entries(0) > 0) {
         auto *const notifier = static_cast<CBoundRadioButtonControl *>(m_Notifiers.Pop(0));
         if (notifier) delete notifier;
@@ -121,10 +122,11 @@ void CBoundRadioGroupControl::Setup_Bound_Notifiers(HWND dialog) {
 void CBoundRadioGroupControl::Binding_Changed() {
     char value[256] = {};
     if (!Read_Binding(sizeof value, value)) return;
-    const ObjectWatch watch(this);
-    for (Buttons walk(&m_Notifiers, m_Values); watch.Is_There() && walk.More(); walk.Next()) {
+    const ObjectWatch watch(&m_Notifiers);
+    for (Buttons walk(&m_Notifiers, m_Values); walk.More(); walk.Next()) {
         const bool is_value = walk.Value() && std::strcmp(walk.Value(), value) == 0;
         if (walk.Notifier()) walk.Notifier()->To_Native(BM_SETCHECK, is_value, 0);
+        if (!watch.Is_There()) return; // with the group or set up anew
     }
 }
 
@@ -141,7 +143,7 @@ long CBoundRadioGroupControl::GetWndProc() {
 
 long CBoundRadioGroupControl::ExternWndProc(HWND window, unsigned int message, unsigned int wparam,
                                             long lparam) {
-    auto *const button = static_cast<CBoundRadioButtonControl *>(Of_Window(window, ExternWndProc));
+    auto *const button = BoundWindow::Control_Of<CBoundRadioButtonControl>(window);
     if (!button) return BoundWindow::Pass_On(ExternWndProc, window, message, wparam, lparam);
     const ObjectWatch watch(button);
     const long result = button->Forward(window, message, wparam, lparam);

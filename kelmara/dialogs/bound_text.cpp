@@ -61,7 +61,10 @@ void CBoundTextControl::Binding_Invalid() {
 
 void CBoundTextControl::Install_Client_Interface(IBindingClientInterface *client) {
     CBoundControlNotifier::Install_Client_Interface(client);
-    Limit_Input();
+    if (client)
+        Limit_Input();
+    else
+        To_Native(EM_LIMITTEXT, 0, 0);
 }
 
 bool CBoundTextControl::AttachTo(HWND window) {
@@ -71,8 +74,9 @@ bool CBoundTextControl::AttachTo(HWND window) {
 }
 
 void CBoundTextControl::Detach() {
+    const ObjectWatch watch(this);
     To_Native(EM_LIMITTEXT, 0, 0);
-    CBoundControlNotifier::Detach();
+    if (watch.Is_There()) CBoundControlNotifier::Detach();
 }
 
 void CBoundTextControl::Limit_Input() {
@@ -92,7 +96,7 @@ void CBoundTextControl::Write_Binding() {
     TransferBuffer buffer(size);
     if (!buffer.Get()) return;
     GetWindowTextA(window, buffer.Get(), size);
-    if (watch.Is_There() && m_Client) m_Client->Write_Value(buffer.Get());
+    if (watch.Is_There() && m_Client && m_Hwnd == window) m_Client->Write_Value(buffer.Get());
 }
 
 // After a call that may have changed everything. A text that was blanked in it is no value.
@@ -122,7 +126,7 @@ long CBoundTextControl::GetWndProc() {
 }
 
 long CBoundTextControl::ExternWndProc(HWND window, unsigned int message, unsigned int wparam, long lparam) {
-    auto *const control = static_cast<CBoundTextControl *>(Of_Window(window, ExternWndProc));
+    auto *const control = BoundWindow::Control_Of<CBoundTextControl>(window);
     if (!control) return BoundWindow::Pass_On(ExternWndProc, window, message, wparam, lparam);
     if (message == WM_SETTEXT && !control->m_Updating) return control->Set_By_Others(window, wparam, lparam);
     if (message != WM_KILLFOCUS && (message != WM_KEYUP || Is_Arrow(wparam)))

@@ -26,6 +26,13 @@ BoundProcedure As_Procedure(long word) {
     return reinterpret_cast<BoundProcedure>(word);
 }
 
+// What the window had when its record was made.
+BoundProcedure Recorded(HWND window, BoundProcedure own) {
+    const long recorded = GetWindowUserData(window, Procedure_Slot);
+    const bool is_of_use = recorded != Nothing && recorded != 0 && As_Procedure(recorded) != own;
+    return is_of_use ? As_Procedure(recorded) : DefWindowProcA;
+}
+
 BoundProcedure Other_Than(BoundProcedure own, BoundProcedure procedure) {
     return procedure && procedure == own ? DefWindowProcA : procedure;
 }
@@ -56,19 +63,18 @@ BoundProcedure BoundWindow::Native(HWND window, BoundProcedure own) {
 
 BoundProcedure BoundWindow::Current(HWND window, BoundProcedure own) {
     const BoundProcedure current = As_Procedure(GetWindowLongA(window, GWL_WNDPROC));
-    CBoundControlNotifier *const notifier = Notifier_Of(window);
-    if (notifier && current == As_Procedure(notifier->GetWndProc()))
-        return Other_Than(own, notifier->m_OldWndProc);
+    const CBoundControlNotifier *const notifier = Notifier_Of(window);
+    if (notifier && notifier->m_Hwnd == window) return Other_Than(own, notifier->m_OldWndProc);
     const CBoundListboxControl *const list_box = List_Box_Of(window);
-    return Other_Than(own, list_box && current == own ? list_box->m_OldWndProc : current);
+    if (list_box && list_box->m_Hwnd == window) return list_box->m_OldWndProc;
+    return current == own ? Native(window, own) : current;
 }
 
 long BoundWindow::Pass_On(BoundProcedure own, HWND window, unsigned int message, unsigned int wparam,
                           long lparam) {
-    BoundProcedure saved = nullptr;
-    if (const CBoundControlNotifier *const notifier = Notifier_Of(window)) saved = notifier->m_OldWndProc;
-    if (const CBoundListboxControl *const list_box = List_Box_Of(window)) saved = list_box->m_OldWndProc;
-    const BoundProcedure next = saved && saved != own ? saved : DefWindowProcA;
+    const CBoundControlNotifier *const notifier = Notifier_Of(window);
+    const BoundProcedure saved = notifier ? notifier->m_OldWndProc : nullptr;
+    const BoundProcedure next = saved && saved != own ? saved : Recorded(window, own);
     return CallWindowProcA(next, window, message, wparam, lparam);
 }
 
@@ -96,8 +102,7 @@ bool BoundWindow::Enter(HWND window, void *owner, void *&record) {
 
 void BoundWindow::Leave(const void *owner, void *&record) {
     if (!record) return;
-    long &slot = static_cast<WindowUserData *>(record)->Slots[Control_Slot];
-    if (reinterpret_cast<const void *>(slot) == owner) slot = 0;
+    Empty_Window_Slot(record, Control_Slot, owner);
     DeleteWindowUserData(record);
     record = nullptr;
 }

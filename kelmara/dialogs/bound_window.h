@@ -11,16 +11,23 @@ struct BoundWindow {
     /// kind.
     static CBoundControlNotifier *Notifier_Of(HWND window);
     static CBoundListboxControl *List_Box_Of(HWND window);
+    /// The notifier if it is of the kind that a window procedure works for, or derived from it.
+    template <class Control>
+    static Control *Control_Of(HWND window) {
+        return dynamic_cast<Control *>(Notifier_Of(window));
+    }
     /// Lets a control other than `by` know that it has lost the window.
     static void Displace(HWND window, const void *by);
 
     /// What a notifier whose own procedure is `own` passes messages on to: what the window had when its
     /// record was made, without a record what it has now. Never `own`. Null for what is no window.
     static BoundProcedure Native(HWND window, BoundProcedure own);
-    /// What a list box passes them on to: what the window has now; where that is a bound control's, what that
-    /// control has saved. Never `own`.
+    /// What a list box passes them on to: what the window has now; where a control is attached to it, what
+    /// that control has saved, as a procedure above it would call it again. Never `own`.
     static BoundProcedure Current(HWND window, BoundProcedure own);
-    /// Answers a message in the stead of `own`, which found no control of its kind.
+    /// Answers a message in the stead of `own`, which has no control to work for, as a procedure above it
+    /// still calls it or one below: by what the notifier has saved that has the window, otherwise by what the
+    /// window had when its record was made.
     static long Pass_On(BoundProcedure own, HWND window, unsigned int message, unsigned int wparam,
                         long lparam);
     /// Gives the window a saved procedure back, unless it is somebody else's by now.

@@ -2,7 +2,7 @@
 
 namespace {
 
-constinit thread_local ObjectWatch *Innermost = nullptr;
+[[gnu::tls_model("initial-exec")]] constinit thread_local ObjectWatch *Innermost = nullptr;
 
 } // namespace
 

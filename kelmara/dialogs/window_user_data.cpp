@@ -48,9 +48,10 @@ void Unchain(const WindowUserData *record) {
     *link = record->Next;
 }
 
-WindowUserData *Live_Record(unsigned long address) {
+WindowUserData *Live_Record(const void *wanted) {
+    if (!wanted) return nullptr;
     const ChainTurn turn;
-    WindowUserData *const record = *Link_To(address);
+    WindowUserData *const record = *Link_To(reinterpret_cast<unsigned long>(wanted));
     return record && record->Magic == Alive ? record : nullptr;
 }
 
@@ -111,8 +112,13 @@ long GetWindowUserData(HWND window, int slot) {
     return record ? record->Slots[slot] : -1;
 }
 
+void Empty_Window_Slot(void *record, int slot, const void *value) {
+    WindowUserData *const live = Live_Record(record);
+    if (live && live->Slots[slot] == reinterpret_cast<long>(value)) live->Slots[slot] = 0;
+}
+
 void DeleteWindowUserData(void *record) {
-    WindowUserData *const live = record ? Live_Record(reinterpret_cast<unsigned long>(record)) : nullptr;
+    WindowUserData *const live = Live_Record(record);
     if (!live || --live->References > 0) return;
     Clear_Word(live);
     Unchain(live);

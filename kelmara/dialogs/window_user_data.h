@@ -36,3 +36,6 @@ KELMARA_API long GetWindowUserData(HWND window, int slot);
 
 /// Counts one owner less; at none the record goes. What is no live record, null too, is ignored.
 KELMARA_API void DeleteWindowUserData(void *record);
+
+/// Inside the library: empties a slot that holds `value`, in a live record alone.
+void Empty_Window_Slot(void *record, int slot, const void *value);

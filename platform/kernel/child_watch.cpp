@@ -1,5 +1,8 @@
 #include <platform/kernel/child_watch.h>
 
+#include <platform/kernel/outcome.h>
+
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdint>
@@ -19,7 +22,7 @@ constexpr useconds_t Pause = 1000;
 struct Watch {
     std::mutex lock;
     bool running = false;
-    FileDescriptor news; // written to when a process is added
+    FileDescriptor news; // written to when the list changes
     Children children;
 };
 
@@ -67,7 +70,7 @@ bool Take_In_Ended(Watch &watch) {
     return !ended.empty();
 }
 
-// True when a process was added.
+// True when the list has changed.
 bool Wait_For_News(std::vector<pollfd> &waiting) {
     std::uint64_t count;
     return poll(waiting.data(), waiting.size(), -1) > 0 && waiting[0].revents != 0 &&
@@ -78,9 +81,9 @@ void *Run(void *) {
     Watch &watch = The_Watch();
     std::vector<pollfd> waiting;
     for (;;) {
-        const bool added = List_What_To_Wait_For(watch, waiting) && Wait_For_News(waiting);
+        const bool changed = List_What_To_Wait_For(watch, waiting) && Wait_For_News(waiting);
         // An end that cannot be taken in yet, or a lack of memory: no reason to go round and round.
-        if (!Take_In_Ended(watch) && !added) usleep(Pause);
+        if (!Take_In_Ended(watch) && !changed) usleep(Pause);
     }
 }
 
@@ -120,11 +123,34 @@ void Watch_Child(Children &place) {
     eventfd_write(watch.news.Get(), 1);
 }
 
+bool Watch_Stranger(ProcessObject &process) {
+    return Within_Memory(false, [&] {
+        Children place = {&process};
+        if (!Begin_Child_Watch()) return false;
+        Watch_Child(place);
+        return true;
+    });
+}
+
+// Its descriptor may go with it: what is waited for is listed again.
+void Watch_Stranger_No_More(ProcessObject &process) {
+    Watch &watch = The_Watch();
+    Children found;
+    {
+        const std::lock_guard guard(watch.lock);
+        const auto at = std::find(watch.children.begin(), watch.children.end(), &process);
+        if (at == watch.children.end()) return;
+        found.splice(found.end(), watch.children, at);
+    }
+    eventfd_write(watch.news.Get(), 1);
+    process.Release();
+}
+
 ProcessObject *Find_Child(pid_t id) {
     Watch &watch = The_Watch();
     const std::lock_guard guard(watch.lock);
     for (ProcessObject *child : watch.children) {
-        if (child->Id() != id || child->Has_Ended()) continue;
+        if (!child->Was_Started_Here() || child->Id() != id || child->Has_Ended()) continue;
         child->Retain();
         return child;
     }

@@ -2,31 +2,26 @@
 //
 // Whoever waits has a place in the block, with its turn and a word to sleep on, and keeps the place's robust
 // lock while it waits: so whoever sets the event finds out which of them still live, and gives the release of
-// an event that is not manual to the first that does.
+// an event that is not manual to the first that does. A wait for several objects may be released by more than
+// one of them, or be over for another reason; what it does not take it sets again, for the next in line.
 //
 // Places are taken, and their waiters released, under the event's own robust lock, and while an automatic
-// event is set nobody has a place; each change is one store, so that a killed holder leaves nothing half
-// done. A stopped holder holds up nobody beyond a limit: to take the event, to leave a place and to reset is
-// one step each without the lock, and who wants the lock waits for it only as long as its caller has said, or
-// a second. A thread may be killed or stopped anywhere between a release and the call that wakes the released
-// one: sleepers look again every second.
+// event is set nobody has a place, but for a moment; each change is one store, so that a killed holder leaves
+// nothing half done. A stopped holder holds up nobody beyond a limit: to take the event, to leave a place and
+// to reset is one step each without the lock, who wants a place looks for itself until the lock is free, and
+// who sets waits for it a second. A thread may be killed or stopped anywhere between a release and the call
+// that wakes the released one: sleepers look again every second.
 
 #include <platform/kernel/named_objects.h>
 #include <platform/kernel/robust_lock.h>
 #include <platform/kernel/waiting.h>
 
-#include <atomic>
-#include <cerrno>
-#include <linux/futex.h>
 #include <pthread.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace {
 
 constexpr unsigned Most_Places = 100; // all that a page holds; more waiters look for themselves every while
-constexpr long Round_Milliseconds = 1000, Look_Milliseconds = 2;
-constexpr DWORD Patience_To_Set = 1000; // milliseconds
+constexpr DWORD Patience_To_Set = 1000, Patience_To_Wait = 2; // milliseconds
 
 enum : std::uint32_t { Waiting, Released, Given_Up };
 
@@ -72,18 +67,6 @@ class StateLock {
     bool held_;
 };
 
-// Returns early for any reason of the host's.
-void Sleep_On(std::atomic<std::uint32_t> &word, long milliseconds) {
-    struct {
-        long seconds, nanoseconds; // the host's old form, which this call has at this word size
-    } limit = {milliseconds / 1000, milliseconds % 1000 * 1000000};
-    syscall(SYS_futex, &word, FUTEX_WAIT, 0, &limit, nullptr, 0);
-}
-
-void Wake_On(std::atomic<std::uint32_t> &word) {
-    syscall(SYS_futex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
-}
-
 bool Take_If_Set(EventState &state) {
     if (state.manual) return state.set.load(std::memory_order_acquire) != 0;
     std::uint32_t set = 1;
@@ -127,7 +110,7 @@ bool Has_Waiter(Place &place) {
 bool Release(Place &place) {
     std::uint32_t stage = Waiting;
     if (!place.stage.compare_exchange_strong(stage, Released)) return false;
-    Wake_On(place.stage);
+    Wake_One(place.stage);
     return true;
 }
 
@@ -163,7 +146,9 @@ class EventObject final : public NamedObject {
           block_(std::move(block)),
           state_(*static_cast<EventState *>(block_->Contents())) {}
 
-    DWORD Wait(DWORD milliseconds) override;
+    DWORD Try() override { return Take_If_Set(state_) ? WAIT_OBJECT_0 : WAIT_TIMEOUT; }
+    DWORD Look(WaitSpot &spot) override;
+    DWORD Leave(WaitSpot &spot, bool wanted) override;
     /// False when the lock is not to be had in time; nothing has changed.
     bool Set();
     void Reset() { state_.set = 0; }
@@ -175,7 +160,8 @@ class EventObject final : public NamedObject {
 
   private:
     ~EventObject() override = default;
-    bool Wait_In(Place &place, const Deadline &deadline);
+    bool Give_Up(Place &place);
+    void Pass_On();
     void Let_Name_Go() override { block_->Let_Name_Go_If_Last(SharedBlock::Patience::Give_Up); }
     void Last_Released() override {
         Forget_Name();
@@ -186,37 +172,43 @@ class EventObject final : public NamedObject {
     EventState &state_;
 };
 
-DWORD EventObject::Wait(DWORD milliseconds) {
-    const Deadline deadline(milliseconds);
-    for (;;) {
-        if (Take_If_Set(state_)) return WAIT_OBJECT_0;
-        const long long left = deadline.Left();
-        if (left == 0) return WAIT_TIMEOUT;
-        Place *place = nullptr;
-        {
-            const StateLock lock(state_, static_cast<DWORD>(std::min<long long>(left, Round_Milliseconds)));
-            if (!lock) continue;
-            if (Take_If_Set(state_)) return WAIT_OBJECT_0;
-            place = Find_Place(state_);
-        }
-        if (place) return Wait_In(*place, deadline) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
-        ::Sleep(Look_Milliseconds);
+DWORD EventObject::Look(WaitSpot &spot) {
+    if (auto *place = static_cast<Place *>(spot.place)) {
+        const bool set = Take_If_Set(state_);
+        if (!set && place->stage.load(std::memory_order_acquire) == Waiting) return WAIT_TIMEOUT;
+        if (Give_Up(*place) && set) Pass_On();
+        return WAIT_OBJECT_0;
     }
+    if (Take_If_Set(state_)) return WAIT_OBJECT_0;
+    const StateLock lock(state_, Patience_To_Wait);
+    if (!lock) return WAIT_TIMEOUT;
+    if (Take_If_Set(state_)) return WAIT_OBJECT_0;
+    Place *const place = Find_Place(state_);
+    if (!place) return WAIT_TIMEOUT;
+    spot = {{&place->stage, Waiting}, place};
+    return WAIT_TIMEOUT;
 }
 
-bool EventObject::Wait_In(Place &place, const Deadline &deadline) {
-    bool seen_set = false;
-    while (place.stage.load(std::memory_order_acquire) == Waiting) {
-        const long long left = deadline.Left();
-        seen_set = state_.manual && state_.set;
-        if (left == 0 || seen_set) break;
-        Sleep_On(place.stage, static_cast<long>(std::min<long long>(left, Round_Milliseconds)));
-    }
+DWORD EventObject::Leave(WaitSpot &spot, bool wanted) {
+    auto *place = static_cast<Place *>(spot.place);
+    const bool released = place && Give_Up(*place);
+    if (wanted && (released || Take_If_Set(state_))) return WAIT_OBJECT_0;
+    if (released) Pass_On();
+    return WAIT_TIMEOUT;
+}
+
+// Whether the release came first.
+bool EventObject::Give_Up(Place &place) {
     std::uint32_t stage = Waiting;
     const bool released = !place.stage.compare_exchange_strong(stage, Given_Up);
     place.turn = 0;
     pthread_mutex_unlock(&place.presence);
-    return released || seen_set || Take_If_Set(state_);
+    return released;
+}
+
+// A release that was not needed. Who waits sees within a round what is set without the lock.
+void EventObject::Pass_On() {
+    if (!state_.manual && !Set()) state_.set = 1;
 }
 
 // A manual event is set before the releases: whoever is released finds it set, and whoever is not, because

@@ -110,11 +110,6 @@ void KernelObject::Release() {
     if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) Last_Released();
 }
 
-DWORD KernelObject::Wait(DWORD) {
-    SetLastError(ERROR_INVALID_HANDLE);
-    return WAIT_FAILED;
-}
-
 HandleUse::HandleUse(const void *handle) {
     HandleSlot *slot = Slot_Of(handle);
     if (!slot || !Take_Use(slot)) return;

@@ -4,9 +4,9 @@
 // An object lives as long as a handle to it is open or a call is under way on it. Slots and the table's
 // chunks are never given back to the heap, so that a stale handle can be looked at safely; it is refused.
 
-#include <platform/types.h>
+#include <platform/kernel.h>
+#include <platform/kernel/sleep_word.h>
 
-#include <atomic>
 #include <utility>
 
 enum class ObjectKind : unsigned char {
@@ -18,6 +18,12 @@ enum class ObjectKind : unsigned char {
     Thread = 6,
     Token = 7,
     Event = 8,
+};
+
+/// What a wait has at an object while it sleeps.
+struct WaitSpot {
+    SleepWord sleep;       // with no word the object is to be looked at every while
+    void *place = nullptr; // the object's own
 };
 
 /// Base of everything that a handle can name. Counted by the handles to it and by whoever else holds it.
@@ -35,9 +41,20 @@ class alignas(16) KernelObject {
     bool Retain_If_Alive();
     void Release();
 
-    /// What WaitForSingleObject does. The default is for what cannot be waited for: WAIT_FAILED and
-    /// ERROR_INVALID_HANDLE.
+    /// What WaitForSingleObject does, by the three that follow unless a kind knows better.
     virtual DWORD Wait(DWORD milliseconds);
+    /// Takes the object if it is to be had at once: WAIT_OBJECT_0, WAIT_ABANDONED, WAIT_TIMEOUT. The default
+    /// is for what cannot be waited for: WAIT_FAILED and ERROR_INVALID_HANDLE.
+    virtual DWORD Try();
+    /// Try, before and after each sleep of a wait. With WAIT_TIMEOUT the wait stands in line at the object,
+    /// and `spot` says what to sleep on; WAIT_OBJECT_0 and WAIT_ABANDONED have ended that.
+    virtual DWORD Look(WaitSpot &spot) {
+        spot.sleep = {};
+        return Try();
+    }
+    /// Ends a stay in line. WAIT_TIMEOUT; or, `wanted`, WAIT_OBJECT_0 for an object that came at the last
+    /// moment. Unwanted, it goes to whoever is next.
+    virtual DWORD Leave(WaitSpot &, [[maybe_unused]] bool wanted) { return WAIT_TIMEOUT; }
 
   protected:
     virtual ~KernelObject() = default;

@@ -12,6 +12,7 @@
 
 #include <platform/kernel/announced_use.h>
 #include <platform/kernel/named_objects.h>
+#include <platform/kernel/robust_lock.h>
 #include <platform/kernel/waiting.h>
 
 #include <platform/kernel.h>
@@ -39,9 +40,11 @@ class MutexObject final : public NamedObject {
   public:
     MutexObject() : NamedObject(ObjectKind::Mutex) {}
 
-    /// False when another thread owns it.
-    bool Try(DWORD &result);
+    /// By the host's own way, which also wakes the next when who was woken is killed before it has the lock.
     DWORD Wait(DWORD milliseconds) override;
+    DWORD Try() override;
+    DWORD Look(WaitSpot &spot) override;
+    DWORD Leave(WaitSpot &spot, bool wanted) override;
     BOOL Release_By_Owner();
     /// The lock was taken by this thread while the block was made.
     void Begin_As_Owner();
@@ -90,23 +93,11 @@ Shelf &The_Shelf() {
 }
 
 void Prepare_Lock(void *contents) {
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
-    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-    pthread_mutex_init(static_cast<pthread_mutex_t *>(contents), &attributes);
-    pthread_mutexattr_destroy(&attributes);
+    Make_Robust_Lock(*static_cast<pthread_mutex_t *>(contents), PTHREAD_MUTEX_RECURSIVE);
 }
 
 void Take_Prepared_Lock(void *contents) {
     pthread_mutex_lock(static_cast<pthread_mutex_t *>(contents));
-}
-
-int Lock(pthread_mutex_t *lock, DWORD milliseconds) {
-    if (milliseconds == INFINITE) return pthread_mutex_lock(lock);
-    const timespec deadline = Time_After(milliseconds);
-    return pthread_mutex_clocklock(lock, CLOCK_MONOTONIC, &deadline);
 }
 
 DWORD MutexObject::Outcome(int locked) {
@@ -126,6 +117,7 @@ DWORD MutexObject::Unusual_Outcome(int locked) {
         owner_.store(This_Thread(), std::memory_order_relaxed);
         depth_ = 1;
         return WAIT_ABANDONED;
+    case EBUSY:
     case ETIMEDOUT:
         return WAIT_TIMEOUT;
     default:
@@ -134,15 +126,34 @@ DWORD MutexObject::Unusual_Outcome(int locked) {
     }
 }
 
-bool MutexObject::Try(DWORD &result) {
-    const int locked = pthread_mutex_trylock(lock_);
-    if (locked == EBUSY) return false;
-    result = Outcome(locked);
-    return true;
+DWORD MutexObject::Try() {
+    return Outcome(pthread_mutex_trylock(lock_));
 }
 
+// In rounds: a wait for several objects that was woken may have been stopped or killed before it woke
+// another.
 DWORD MutexObject::Wait(DWORD milliseconds) {
-    return Outcome(Lock(lock_, milliseconds));
+    const Deadline deadline(milliseconds);
+    for (;;) {
+        const long long left = deadline.Left();
+        const timespec limit = Time_After(static_cast<DWORD>(std::min(left, Round_Milliseconds)));
+        const int locked = pthread_mutex_clocklock(lock_, CLOCK_MONOTONIC, &limit);
+        if (locked != ETIMEDOUT || left <= Round_Milliseconds) return Outcome(locked);
+    }
+}
+
+DWORD MutexObject::Look(WaitSpot &spot) {
+    for (;;) {
+        const DWORD result = Try();
+        const bool owned = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+        if (owned && spot.sleep.word) Word_Of(*lock_).fetch_or(FUTEX_WAITERS);
+        if (result != WAIT_TIMEOUT || Announce_Sleeper(*lock_, spot.sleep)) return result;
+    }
+}
+
+DWORD MutexObject::Leave(WaitSpot &spot, bool) {
+    if (spot.sleep.word) Wake_One(*spot.sleep.word);
+    return WAIT_TIMEOUT;
 }
 
 BOOL MutexObject::Release_By_Owner() {
@@ -166,9 +177,7 @@ BOOL MutexObject::Release_By_Owner() {
 // announcements: a thread takes the lock before it ends its own.
 bool MutexObject::In_Use_By_This_Process() const {
     if (Is_Announced(this)) return true;
-    constexpr unsigned Thread_Mask = 0x3FFFFFFF;
-    const int word = __atomic_load_n(&lock_->__data.__lock, __ATOMIC_SEQ_CST);
-    const unsigned thread = static_cast<unsigned>(word) & Thread_Mask;
+    const std::uint32_t thread = Word_Of(*lock_).load() & FUTEX_TID_MASK;
     if (thread == 0) return false;
     return syscall(SYS_tgkill, getpid(), thread, 0) == 0;
 }
@@ -281,11 +290,10 @@ DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
     auto *mutex = static_cast<MutexObject *>(quick.Get());
     if (!mutex) [[unlikely]]
         return Wait_By_Kind(handle, milliseconds);
-    DWORD result = WAIT_TIMEOUT;
-    const bool done = mutex->Try(result);
+    const DWORD result = mutex->Try();
     quick.End();
     mutex->Finish_If_Lingering();
-    if (done || milliseconds == 0) return result;
+    if (result != WAIT_TIMEOUT || milliseconds == 0) return result;
     return Wait_By_Kind(handle, milliseconds);
 }
 

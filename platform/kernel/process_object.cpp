@@ -2,6 +2,7 @@
 
 #include <platform/files/host_error.h>
 #include <platform/kernel.h>
+#include <platform/kernel/child_watch.h>
 #include <platform/kernel/process_descriptor.h>
 #include <platform/kernel/waiting.h>
 
@@ -60,12 +61,29 @@ DWORD ProcessObject::Wait(DWORD milliseconds) {
     }
 }
 
+// The watch has those that were started here from the start.
+DWORD ProcessObject::Look(WaitSpot &spot) {
+    if (!Was_Started_Here() && !spot.place && Watch_Stranger(*this)) spot.place = this;
+    if (Has_Ended()) {
+        Leave(spot, false);
+        return WAIT_OBJECT_0;
+    }
+    spot.sleep = Was_Started_Here() || spot.place ? SleepWord{&ended_, 0} : SleepWord{};
+    return WAIT_TIMEOUT;
+}
+
+DWORD ProcessObject::Leave(WaitSpot &spot, bool) {
+    if (spot.place) Watch_Stranger_No_More(*this);
+    return WAIT_TIMEOUT;
+}
+
 bool ProcessObject::Has_Ended() {
     const std::lock_guard guard(lock_);
-    if (!ended_)
-        ended_ = Wait_For(Descriptor(), Deadline(0)) == WAIT_OBJECT_0 &&
-                 (origin_ == Origin::Elsewhere || Take_Exit_Code());
-    return ended_;
+    if (ended_ || Wait_For(Descriptor(), Deadline(0)) != WAIT_OBJECT_0) return ended_;
+    if (Was_Started_Here() && !Take_Exit_Code()) return false;
+    ended_ = 1;
+    Wake_All(ended_);
+    return true;
 }
 
 // False while a debugger of the host keeps the process from being taken in.

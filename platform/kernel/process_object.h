@@ -6,7 +6,7 @@
 // until then the host keeps the process's remains.
 
 #include <platform/kernel/file_descriptor.h>
-#include <platform/kernel/handle_table.h>
+#include <platform/kernel/thread_object.h>
 
 #include <mutex>
 #include <optional>
@@ -33,6 +33,9 @@ class ProcessObject final : public KernelObject {
     /// A process that a debugger of the host holds on to after its end has not ended yet. WAIT_FAILED, with
     /// the reason as the last error, when the host cannot wait.
     DWORD Wait(DWORD milliseconds) override;
+    DWORD Try() override { return Has_Ended() ? WAIT_OBJECT_0 : WAIT_TIMEOUT; }
+    DWORD Look(WaitSpot &spot) override;
+    DWORD Leave(WaitSpot &spot, bool wanted) override;
     /// Asks the host, and takes the exit code when it is to be had.
     bool Has_Ended();
     /// Codes of errors.h, as GetExitCodeProcess and TerminateProcess tell them.
@@ -48,22 +51,24 @@ class ProcessObject final : public KernelObject {
     const Origin origin_;
 
     std::mutex lock_; // of what follows
-    bool ended_ = false;
+    std::atomic<std::uint32_t> ended_{0};
     std::optional<DWORD> exit_code_;
     std::optional<DWORD> terminated_with_;
 };
 
 /// The thread that a started process began with, as far as it can be told from outside: it lasts as long.
-class ThreadObject final : public KernelObject {
+class FirstThread final : public ThreadObject {
   public:
     /// Holds on to the process.
-    explicit ThreadObject(ProcessObject &process) : KernelObject(ObjectKind::Thread), process_(process) {
-        process_.Retain();
-    }
+    explicit FirstThread(ProcessObject &process) : process_(process) { process_.Retain(); }
     DWORD Wait(DWORD milliseconds) override { return process_.Wait(milliseconds); }
+    DWORD Try() override { return process_.Try(); }
+    DWORD Look(WaitSpot &spot) override { return process_.Look(spot); }
+    DWORD Leave(WaitSpot &spot, bool wanted) override { return process_.Leave(spot, wanted); }
+    long Find_Exit_Code(DWORD &code) override { return process_.Find_Exit_Code(code); }
 
   private:
-    ~ThreadObject() override { process_.Release(); }
+    ~FirstThread() override { process_.Release(); }
 
     ProcessObject &process_;
 };

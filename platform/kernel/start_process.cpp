@@ -150,7 +150,7 @@ using ThreadHold = std::unique_ptr<ThreadObject, decltype([](ThreadObject *objec
 // All that a started process needs of memory, so that there is no lack of it once it runs.
 struct NewProcess {
     ProcessHold process{new ProcessObject};
-    ThreadHold thread{new ThreadObject(*process)};
+    ThreadHold thread{new FirstThread(*process)};
     Children place{process.get()};
 };
 

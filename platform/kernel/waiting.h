@@ -1,10 +1,18 @@
 #pragma once
-// Waiting for whatever a handle names.
+// Waiting for whatever handles name.
 
 #include <platform/kernel.h>
+#include <platform/kernel/handle_table.h>
 
 #include <algorithm>
+#include <array>
 #include <ctime>
+#include <optional>
+#include <span>
+
+/// Who sleeps looks again after this time, for all that a thread may have been killed or stopped at before it
+/// came to wake anybody.
+inline constexpr long long Round_Milliseconds = 1000;
 
 /// The end of a wait, on the host's clock that nobody sets.
 class Deadline {
@@ -38,6 +46,33 @@ inline timespec Time_After(DWORD milliseconds) {
     }
     return at;
 }
+
+inline constexpr DWORD Most_Waited_For = 63;
+
+/// The first of these objects that is to be had at once: its index, WAIT_ABANDONED + index, WAIT_TIMEOUT for
+/// none, WAIT_FAILED with the last error.
+DWORD Try_First(std::span<KernelObject *const> objects);
+
+/// The same, waiting in line at all of them (63 at most) until one is to be had, and also until `further` has
+/// moved on, if given: WAIT_TIMEOUT then too.
+DWORD Wait_For_First(std::span<KernelObject *const> objects, const Deadline &deadline,
+                     const SleepWord *further = nullptr);
+
+/// What a call waits for, held by the call: whoever closes the handles meanwhile does not matter to it.
+class WaitedFor {
+  public:
+    /// At most 63.
+    WaitedFor(DWORD count, const HANDLE *handles);
+    /// False when one of the handles is not open.
+    bool All_There() const { return all_there_; }
+    std::span<KernelObject *const> Objects() const { return {objects_.data(), count_}; }
+
+  private:
+    std::array<std::optional<HandleUse>, Most_Waited_For> uses_;
+    std::array<KernelObject *, Most_Waited_For> objects_;
+    std::size_t count_ = 0;
+    bool all_there_ = true;
+};
 
 /// WaitForSingleObject for a handle of any kind: each waits in its own way (KernelObject::Wait).
 DWORD Wait_By_Kind(HANDLE handle, DWORD milliseconds);

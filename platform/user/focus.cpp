@@ -93,6 +93,17 @@ void Activate(ThreadQueue &queue, const WindowPointer &window, Foreground foregr
     Bring_Focus_Along(queue, window);
 }
 
+void Cancel_Pointer_In(const WindowPointer &window) {
+    WindowPointer holder;
+    if (!window->queue) return;
+    {
+        const TreeLock lock;
+        holder = Find_Window(window->queue->pointer_held_for);
+        if (!holder || (holder != window && !Is_Descendant(*holder, *window))) return;
+    }
+    Send_To(holder, WM_CANCELMODE, 0, 0);
+}
+
 void Bring_To_Front(const WindowPointer &window) {
     {
         const TreeLock lock;

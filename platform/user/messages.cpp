@@ -4,13 +4,9 @@
 
 #include <platform/kernel.h>
 #include <platform/kernel/outcome.h>
-
-#include <algorithm>
+#include <platform/kernel/waiting.h>
 
 namespace {
-
-constexpr DWORD Most_Objects = 63;
-constexpr DWORD Look_At_Objects_Every = 5; // milliseconds
 
 MSG Made_Now(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     return {window, message, wparam, lparam, GetTickCount(), {0, 0}};
@@ -39,14 +35,9 @@ bool Is_Usable(const ThreadQueue::Filter &filter) {
     return Within_Memory(false, [&] { return Find_Window_Or_Tell(filter.window) != nullptr; });
 }
 
-// The index of the first object that is to be had, WAIT_TIMEOUT for none.
-DWORD Try_Objects(DWORD count, const HANDLE *handles) {
-    for (DWORD i = 0; i < count; ++i) {
-        const DWORD result = WaitForSingleObject(handles[i], 0);
-        if (result == WAIT_FAILED) return WAIT_FAILED;
-        if (result != WAIT_TIMEOUT) return result + i;
-    }
-    return WAIT_TIMEOUT;
+DWORD Wait_Failed(long error) {
+    SetLastError(static_cast<DWORD>(error));
+    return WAIT_FAILED;
 }
 
 } // namespace
@@ -107,24 +98,22 @@ LRESULT DispatchMessageA(const MSG *message) {
 
 DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE *handles, BOOL all, DWORD milliseconds,
                                 DWORD mask) {
-    if (all || count > Most_Objects || (count && !handles)) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return WAIT_FAILED;
-    }
+    if (all || count > Most_Waited_For || (count && !handles)) return Wait_Failed(ERROR_INVALID_PARAMETER);
+    const WaitedFor held(count, handles);
+    if (!held.All_There()) return Wait_Failed(ERROR_INVALID_HANDLE);
     const auto queue = Own_Queue();
     if (!queue) return WAIT_FAILED;
-    const DWORD begin = GetTickCount();
+    const Deadline deadline(milliseconds);
     for (;;) {
-        const std::uint32_t seen = queue->Seen();
-        const DWORD object = Try_Objects(count, handles);
-        if (object != WAIT_TIMEOUT) return object;
+        const SleepWord woken = {&queue->Row().woken, queue->Seen()};
+        const DWORD at_once = Try_First(held.Objects());
+        if (at_once != WAIT_TIMEOUT) return at_once;
         if (queue->Has(mask)) return WAIT_OBJECT_0 + count;
         queue->Answer_Sent();
-        const DWORD passed = GetTickCount() - begin;
-        if (milliseconds != INFINITE && passed >= milliseconds) return WAIT_TIMEOUT;
+        if (deadline.Left() == 0) return WAIT_TIMEOUT;
         queue->Row().Set_Idle();
-        const DWORD left = milliseconds == INFINITE ? INFINITE : milliseconds - passed;
-        queue->Sleep(seen, std::min<DWORD>(left, count ? Look_At_Objects_Every : 1000));
+        const DWORD result = Wait_For_First(held.Objects(), deadline, &woken);
+        if (result != WAIT_TIMEOUT) return result;
     }
 }
 }

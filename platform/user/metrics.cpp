@@ -16,10 +16,22 @@ struct Metric {
 };
 
 constexpr Metric Metrics[] = {
-    {SM_CXVSCROLL, Scroll_Bar_Size},    {SM_CYHSCROLL, Scroll_Bar_Size}, {SM_CYCAPTION, Caption_Height},
-    {SM_CXBORDER, Border_Size},         {SM_CYBORDER, Border_Size},      {SM_CXDLGFRAME, Dialog_Frame_Size},
-    {SM_CYDLGFRAME, Dialog_Frame_Size}, {SM_CYMENU, Menu_Height},        {SM_CXFRAME, Sizing_Frame_Size},
-    {SM_CYFRAME, Sizing_Frame_Size},    {SM_CXEDGE, Edge_Size},          {SM_CYEDGE, Edge_Size},
+    {SM_CXVSCROLL, Scroll_Bar_Size},
+    {SM_CYHSCROLL, Scroll_Bar_Size},
+    {SM_CYCAPTION, Caption_Height},
+    {SM_CXBORDER, Border_Size},
+    {SM_CYBORDER, Border_Size},
+    {SM_CXDLGFRAME, Dialog_Frame_Size},
+    {SM_CYDLGFRAME, Dialog_Frame_Size},
+    {SM_CYMENU, Menu_Height},
+    {SM_CXFRAME, Sizing_Frame_Size},
+    {SM_CYFRAME, Sizing_Frame_Size},
+    {SM_CXEDGE, Edge_Size},
+    {SM_CYEDGE, Edge_Size},
+    {SM_CXICON, 32},
+    {SM_CYICON, 32},
+    {SM_CXSMICON, 16},
+    {SM_CYSMICON, 16},
 };
 
 // A setting that is no size of a screen leaves the usual one.

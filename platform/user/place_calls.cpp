@@ -41,6 +41,10 @@ RECT Around_Both(const RECT &a, const RECT &b) {
             std::max(a.bottom, b.bottom)};
 }
 
+LONG Wrapped_Sum(LONG a, LONG b) {
+    return static_cast<LONG>(static_cast<DWORD>(a) + static_cast<DWORD>(b));
+}
+
 UINT Show_Command(DWORD style) {
     if (style & WS_MINIMIZE) return SW_SHOWMINIMIZED;
     return (style & WS_MAXIMIZE) ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL;
@@ -69,7 +73,7 @@ BOOL GetClientRect(HWND handle, RECT *rectangle) {
 BOOL ScreenToClient(HWND handle, POINT *point) {
     return Look_At(handle, [point](const Window &window) {
         const POINT corner = Client_Origin(window);
-        *point = {point->x - corner.x, point->y - corner.y};
+        *point = {Wrapped_Sum(point->x, -corner.x), Wrapped_Sum(point->y, -corner.y)};
         return TRUE;
     });
 }
@@ -77,7 +81,7 @@ BOOL ScreenToClient(HWND handle, POINT *point) {
 BOOL ClientToScreen(HWND handle, POINT *point) {
     return Look_At(handle, [point](const Window &window) {
         const POINT corner = Client_Origin(window);
-        *point = {point->x + corner.x, point->y + corner.y};
+        *point = {Wrapped_Sum(point->x, corner.x), Wrapped_Sum(point->y, corner.y)};
         return TRUE;
     });
 }

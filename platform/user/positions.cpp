@@ -115,7 +115,7 @@ bool Is_Place_In_Order(HWND after) {
 
 void Reposition(const WindowPointer &window, WINDOWPOS wanted, StateBits bits) {
     if (!(wanted.flags & SWP_NOSENDCHANGING)) Send_To(window, WM_WINDOWPOSCHANGING, 0, As_Parameter(&wanted));
-    bool activate;
+    bool activate, sinks;
     {
         const TreeLock lock;
         if (window->gone) return;
@@ -123,7 +123,10 @@ void Reposition(const WindowPointer &window, WINDOWPOS wanted, StateBits bits) {
         Apply(*window, wanted);
         if (bits == StateBits::As_They_Are) Apply_Visibility(*window, wanted);
         activate = Needs_Activation(*window, wanted.flags, restacks, bits);
+        sinks =
+            (wanted.flags & SWP_HIDEWINDOW) || ((wanted.flags & SWP_STATECHANGED) && window->Is(WS_MINIMIZE));
     }
+    if (sinks) Cancel_Pointer_In(window);
     const bool nothing =
         (wanted.flags & Nothing_Changes) == Nothing_Changes &&
         !(wanted.flags & (SWP_SHOWWINDOW | SWP_HIDEWINDOW | SWP_STATECHANGED | SWP_FRAMECHANGED));

@@ -32,7 +32,7 @@ struct ThreadRow {
     std::atomic<std::uint32_t> woken; // counts what has come for the thread; it sleeps on it
     std::atomic<std::uint32_t> idle;  // it has waited for input with an empty queue
 
-    bool Lives() const;
+    bool Lives();
     /// Lets the thread look at its queue. From any process.
     void Wake();
     void Set_Idle() { idle.store(1, std::memory_order_release); }

@@ -161,7 +161,10 @@ BOOL EnableWindow(HWND handle, BOOL enable) {
         changes = was_disabled == (enable != FALSE);
     }
     if (!changes) return was_disabled;
-    if (!enable) Send_To(window, WM_CANCELMODE, 0, 0);
+    if (!enable) {
+        Send_To(window, WM_CANCELMODE, 0, 0);
+        Cancel_Pointer_In(window);
+    }
     {
         const TreeLock lock;
         window->style = enable ? window->style & ~WS_DISABLED : window->style | WS_DISABLED;

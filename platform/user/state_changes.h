@@ -15,7 +15,9 @@ void Catch_Up_With_The_Machine(ThreadQueue &queue);
 /// foreground goes along only from the one that was active before, or when nobody has it.
 enum class Foreground { Take, Leave };
 void Activate(ThreadQueue &queue, const WindowPointer &window, Foreground foreground);
-/// The same for a window of any thread: another's comes to it when it looks for messages.
+/// WM_CANCELMODE to what the pointer is held for, if it is the window or stands in it.
+void Cancel_Pointer_In(const WindowPointer &window);
+/// Activate for a window of any thread: another's comes to it when it looks for messages.
 void Bring_To_Front(const WindowPointer &window);
 /// Whether the window, or one that stands in it, has its thread's focus.
 bool Has_Focus_Within(const Window &window);

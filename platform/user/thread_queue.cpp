@@ -1,8 +1,6 @@
 #include <platform/user/thread_queue.h>
 
 #include <platform/kernel.h>
-#include <platform/kernel/outcome.h>
-#include <platform/user/state_changes.h>
 #include <platform/user/window_end.h>
 
 #include <algorithm>
@@ -92,6 +90,12 @@ std::unique_ptr<std::shared_ptr<ThreadQueue>> Make_Queue() {
     return hold;
 }
 
+DWORD Input_Kind(UINT message) {
+    if (message >= WM_KEYDOWN && message <= WM_CHAR) return QS_KEY;
+    if (message == WM_MOUSEMOVE) return QS_MOUSEMOVE;
+    return message > WM_MOUSEMOVE && message <= WM_LBUTTONUP ? QS_MOUSEBUTTON : 0;
+}
+
 } // namespace
 
 ThreadQueue::ThreadQueue(DWORD thread_id, std::shared_ptr<SharedWindows> shared, ThreadRow *row)
@@ -168,84 +172,6 @@ void ThreadQueue::Post_Quit(int exit_code) {
     Row().Wake();
 }
 
-LRESULT ThreadQueue::Send(const std::shared_ptr<SentMessage> &sent, ThreadQueue &receiver) {
-    const long error = Code_Of([&]() -> long {
-        std::lock_guard guard(receiver.lock_);
-        if (receiver.closed_) return ERROR_INVALID_WINDOW_HANDLE;
-        receiver.sent_.push_back(sent);
-        receiver.Row().Wake();
-        return NO_ERROR;
-    });
-    if (!Succeed_Or_Tell(error)) return 0;
-    // What the message points to lasts as long as this call, also when it ends by an exception.
-    struct Withdrawal {
-        const std::shared_ptr<SentMessage> &sent;
-        ThreadQueue &receiver;
-        ~Withdrawal() {
-            if (!receiver.Withdraw(sent)) receiver.Wait_For_Answer(*sent);
-        }
-    } withdrawal{sent, receiver};
-    for (;;) {
-        const std::uint32_t seen = sent->sender->Seen();
-        const bool may_answer = receiver.Lives();
-        if (sent->answered.load(std::memory_order_acquire)) return sent->result;
-        if (!may_answer) return Succeed_Or_Tell(ERROR_INVALID_WINDOW_HANDLE);
-        sent->sender->Answer_Sent();
-        sent->sender->Sleep(seen, 1000);
-    }
-}
-
-// True when nobody has begun to answer it.
-bool ThreadQueue::Withdraw(const std::shared_ptr<SentMessage> &sent) {
-    std::lock_guard guard(lock_);
-    return std::erase(sent_, sent) != 0;
-}
-
-// Without running procedures; the receiver's may wait for an answer in its turn, and gets none.
-void ThreadQueue::Wait_For_Answer(const SentMessage &sent) {
-    for (;;) {
-        const std::uint32_t seen = sent.sender->Seen();
-        if (sent.answered.load(std::memory_order_acquire) || !Lives()) return;
-        sent.sender->Refuse_Sent();
-        sent.sender->Sleep(seen, 1000);
-    }
-}
-
-std::shared_ptr<SentMessage> ThreadQueue::Next_Sent() {
-    std::lock_guard guard(lock_);
-    if (sent_.empty()) return nullptr;
-    std::shared_ptr<SentMessage> sent = std::move(sent_.front());
-    sent_.pop_front();
-    return sent;
-}
-
-void ThreadQueue::Refuse_Sent() {
-    while (const std::shared_ptr<SentMessage> sent = Next_Sent()) {
-        sent->answered.store(true, std::memory_order_release);
-        sent->sender->Row().Wake();
-    }
-}
-
-bool ThreadQueue::Lives() const {
-    const ThreadRow &row = Row();
-    return row.Lives() && row.thread_id.load(std::memory_order_relaxed) == thread_id_;
-}
-
-void ThreadQueue::Answer_Sent() {
-    while (const std::shared_ptr<SentMessage> sent = Next_Sent()) {
-        struct Answer {
-            SentMessage &sent;
-            ~Answer() {
-                sent.answered.store(true, std::memory_order_release);
-                sent.sender->Row().Wake();
-            }
-        } answer{*sent};
-        sent->result = Send_To(sent->window, sent->message, sent->wparam, sent->lparam);
-    }
-    Catch_Up_With_The_Machine(*this);
-    if (const std::shared_ptr<QueueVisitor> present = visitor) present->Messages_Are_Looked_For();
-}
-
 void ThreadQueue::Wake() {
     std::lock_guard guard(lock_);
     if (!closed_) Row().Wake();
@@ -280,8 +206,11 @@ bool ThreadQueue::Take(const Filter &filter, bool remove, MSG &message) {
     return true;
 }
 
+// Input is posted like all else.
 bool ThreadQueue::Has(DWORD mask) {
     std::lock_guard guard(lock_);
-    return ((mask & QS_POSTMESSAGE) && (!posted_.empty() || quit_)) ||
-           ((mask & QS_SENDMESSAGE) && !sent_.empty());
+    if ((mask & QS_SENDMESSAGE) && !sent_.empty()) return true;
+    if (mask & (QS_POSTMESSAGE | QS_ALLPOSTMESSAGE)) return !posted_.empty() || quit_;
+    return std::any_of(posted_.begin(), posted_.end(),
+                       [mask](const MSG &each) { return mask & Input_Kind(each.message); });
 }

@@ -2,7 +2,7 @@
 // A thread's queue: what was posted to it, what other threads send and wait for, and what it works with.
 //
 // Made when the thread first needs one, and gone with the thread, and its windows with it. What other threads
-// put in is under the queue's own lock; focus and active window are under the tree's lock.
+// put in is under the queue's own lock; focus, active window and pointer are under the tree's lock.
 
 #include <platform/user/window.h>
 
@@ -73,6 +73,7 @@ class ThreadQueue : public std::enable_shared_from_this<ThreadQueue> {
     Window *focus = nullptr;
     Window *active = nullptr;   // without a parent
     bool in_foreground = false; // `active` is the machine's, or was when the thread looked last
+    HWND pointer_held_by = nullptr, pointer_held_for = nullptr; // a combo box's list holds it for the box
 
     std::shared_ptr<QueueVisitor> visitor; // of the own thread; may be null
 

@@ -3,11 +3,11 @@
 #include <platform/files/paths.h>
 #include <platform/kernel.h>
 #include <platform/kernel/code_page.h>
+#include <platform/kernel/fork_lock.h>
 #include <platform/kernel/outcome.h>
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
 
 namespace {
 
@@ -16,7 +16,7 @@ constexpr std::size_t Longest_Name = 255;
 constinit BuiltInClass *first_built_in = nullptr;
 
 struct Classes {
-    std::mutex lock;
+    ForkLock lock;
     std::vector<std::shared_ptr<const WindowClass>> known;
 };
 

@@ -117,22 +117,24 @@ MachineWindow Find_On_Machine(HWND handle) {
     return found;
 }
 
+// A table that cannot be had has told why.
+static bool Is_On_Machine_Or_Tell(HWND handle) {
+    const MachineWindow found = handle ? Find_On_Machine(handle) : MachineWindow();
+    if (!found && (found.shared || !handle)) SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+    return static_cast<bool>(found);
+}
+
 WindowPointer Find_Window_Or_Tell(HWND handle) {
     WindowPointer window = Find_Window(handle);
-    if (window) return window;
-    const bool of_another = handle && Find_On_Machine(handle);
-    SetLastError(of_another ? ERROR_ACCESS_DENIED : ERROR_INVALID_WINDOW_HANDLE);
-    return nullptr;
+    if (!window && Is_On_Machine_Or_Tell(handle)) SetLastError(ERROR_ACCESS_DENIED);
+    return window;
 }
 
 extern "C" {
 
 BOOL IsWindow(HWND window) {
-    return Within_Memory(FALSE, [&]() -> BOOL {
-        if (window && (Find_Window(window) || Find_On_Machine(window))) return TRUE;
-        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
-        return FALSE;
-    });
+    return Within_Memory(FALSE,
+                         [&]() -> BOOL { return Find_Window(window) || Is_On_Machine_Or_Tell(window); });
 }
 
 HWND GetDesktopWindow() {

@@ -1,11 +1,15 @@
 #pragma once
 // Where the suite's components keep what they know, below the suite's key of HKEY_LOCAL_MACHINE:
 //
-//     Components\Configurations\NAME   Components\Phonebooks\NAME   Components\Locations\NAME   Settings
+//     Components\Configurations\NAME     "Options"
+//     Components\Locations\NAME          "Options", "Ten-Digit Dialling"
+//     Components\Phonebooks\NAME         "Entries"
+//     Settings                            a text for each setting, named by its code
 //
-// A component is there when its key is. What it holds are text values named by their four-character codes.
-// One value is set whole or not at all, whoever is killed meanwhile. All of it may be called from any thread,
-// and may throw std::bad_alloc.
+// A component is there when its key is. What it holds are lines in one value each, REG_MULTI_SZ: "CMTH=LAN"
+// for an option by its code, "206,555=10" for the two answers to an area code and exchange, "NAME=+1 (206)
+// 555-0100" for an entry. A value is set whole or not at all, whoever is killed meanwhile. All of it may be
+// called from any thread, and may throw std::bad_alloc.
 
 #include <kelmara/connectivity/component_records.h>
 
@@ -18,6 +22,9 @@
 
 inline constexpr char Store_Key[] = "Software\\Dunmerit Software\\KelMara";
 inline constexpr char Settings_Key[] = "Software\\Dunmerit Software\\KelMara\\Settings";
+inline constexpr char Options_Value[] = "Options";
+inline constexpr char Ten_Digit_Value[] = "Ten-Digit Dialling";
+inline constexpr char Entries_Value[] = "Entries";
 inline constexpr std::size_t Longest_Component_Name = sizeof(ComponentLocator::name) - 1;
 inline constexpr std::size_t Longest_Stored_Text = 4095;
 

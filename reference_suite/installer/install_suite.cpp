@@ -1,8 +1,10 @@
 #include <reference_suite/installer/install_suite.h>
 
+#include <reference_suite/installer/component_settings.h>
 #include <reference_suite/installer/installed_key.h>
 #include <reference_suite/installer/register_component.h>
 #include <reference_suite/installer/string_tables.h>
+#include <reference_suite/installer/suite_icon.h>
 #include <reference_suite/installer/telephony_settings.h>
 
 #include <platform/files.h>
@@ -46,27 +48,26 @@ constexpr Companion Companions[] = {
     {"Wait", "kmwait.so", "kmwait.dll"},
 };
 
-// Looked for by name where the system has its modules.
-struct Service {
-    const char *built; // in the folder of built modules
-    const char *installed;
-};
-
-constexpr Service Services[] = {
-    {"tapi32.so", "tapi32.dll"},
-    {"rasapi32.so", "rasapi32.dll"},
-};
-
-struct ComponentFile {
+struct BuiltFile {
     const char *built; // in the folder of built modules
     const char *installed;
 };
 
 // Modules are registered once they are there.
 constexpr char Server_Program[] = "kmserver.exe";
-constexpr ComponentFile Components[] = {
+constexpr BuiltFile Components[] = {
     {"kmserver", Server_Program},
     {"kmserverproxy.so", "kmserverproxy.dll"},
+    {"kmconfiguration.so", "kmconfiguration.dll"},
+    {"kmlocation.so", "kmlocation.dll"},
+    {"kmphonebook.so", "kmphonebook.dll"},
+    {"kmconnection.so", "kmconnection.dll"},
+};
+
+// Looked for by name where the system has its modules.
+constexpr BuiltFile Services[] = {
+    {"tapi32.so", "tapi32.dll"},
+    {"rasapi32.so", "rasapi32.dll"},
 };
 
 struct ContentFile {
@@ -136,7 +137,7 @@ std::string Copy_Companions(const std::string &module_folder) {
 
 std::string Copy_Components(const std::string &module_folder) {
     const std::string bin = On_Host(Below_Root("Bin"));
-    for (const ComponentFile &component : Components) {
+    for (const BuiltFile &component : Components) {
         std::string problem =
             Copy_File(module_folder + "/" + component.built, bin + "/" + component.installed);
         if (!problem.empty()) return problem;
@@ -146,7 +147,7 @@ std::string Copy_Components(const std::string &module_folder) {
 
 // By the library, whose memory services are there once the suite's key is.
 std::string Register_Components() {
-    for (const ComponentFile &component : Components) {
+    for (const BuiltFile &component : Components) {
         if (component.installed == Server_Program) continue;
         std::string problem = Register_Component(Below_Root("Bin\\") + component.installed);
         if (!problem.empty()) return problem;
@@ -158,7 +159,7 @@ std::string Register_Components() {
 std::string Copy_Services(const std::string &module_folder) {
     char windows[MAX_PATH];
     if (GetWindowsDirectoryA(windows, sizeof windows) == 0) return "the machine has no Windows folder";
-    for (const Service &service : Services) {
+    for (const BuiltFile &service : Services) {
         std::string problem =
             Copy_File(module_folder + "/" + service.built, On_Host(windows) + "/" + service.installed);
         if (!problem.empty()) return problem;
@@ -191,15 +192,18 @@ std::string Write_Keys() {
 
 std::string Install_Suite(const std::string &module_folder) {
     if (!Machine_Folder()) return "there is no machine to install on";
-    // The suite's key comes last but for the classes: a program finds the suite only once it is whole.
+    // The keys come late: a program finds the suite only once it is whole. Behind them, what registers itself
+    // by the library needs the memory companion that they name.
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
     if (problem.empty()) problem = Copy_Components(module_folder);
     if (problem.empty()) problem = Copy_Content(module_folder + "/content");
     if (problem.empty())
         problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));
+    if (problem.empty()) problem = Write_Suite_Icon(On_Host(Below_Root("Content\\kelmara.ico")));
     if (problem.empty()) problem = Copy_Services(module_folder);
     if (problem.empty()) problem = Write_Telephony_Settings();
+    if (problem.empty()) problem = Write_Component_Settings();
     if (problem.empty()) problem = Write_Keys();
     if (problem.empty()) problem = Register_Components();
     return problem;

@@ -1,7 +1,7 @@
 #pragma once
 // Puts the suite on a machine: its folders, its registry keys, its companion libraries, its server and
-// components, its texts and string tables; and the system's services beside it, with dialling locations and
-// devices on a machine without any.
+// components, its texts, string tables and icon; and the system's services beside it, with dialling locations
+// and devices on a machine without any.
 
 #include <string>
 

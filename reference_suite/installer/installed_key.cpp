@@ -20,6 +20,12 @@ void InstalledKey::Set(const char *value, DWORD number) {
     Set(value, REG_DWORD, &number, sizeof number);
 }
 
+void InstalledKey::Set(const char *value, std::initializer_list<const char *> lines) {
+    std::string all;
+    for (const char *line : lines) all.append(line).push_back('\0');
+    Set(value, REG_MULTI_SZ, all.c_str(), all.size() + 1);
+}
+
 void InstalledKey::Set(const char *value, DWORD type, const void *data, std::size_t size) {
     if (result_ != ERROR_SUCCESS) return;
     result_ = RegSetValueExA(key_, value, 0, type, static_cast<const BYTE *>(data), static_cast<DWORD>(size));

@@ -4,6 +4,7 @@
 
 #include <platform/registry.h>
 
+#include <initializer_list>
 #include <string>
 
 /// Made where it is missing, and open while the object lives. The first failure, the opening's too, stays and
@@ -18,6 +19,8 @@ class InstalledKey {
     bool Has(const char *value) const;
     void Set(const char *value, const std::string &text);
     void Set(const char *value, DWORD number);
+    /// One REG_MULTI_SZ.
+    void Set(const char *value, std::initializer_list<const char *> lines);
     void Flush();
     /// 0, or the code of the first failure.
     LONG Result() const { return result_; }

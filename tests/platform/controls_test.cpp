@@ -229,6 +229,33 @@ TEST_F(WindowTest, An_Edit_Moves_Selects_And_Replaces) {
     EXPECT_EQ(Title_Of(lines), "onethree");
 }
 
+TEST_F(WindowTest, A_Click_In_An_Edit_Goes_By_What_Is_Shown) {
+    TestDialog dialog;
+    struct {
+        DWORD style;
+        const char *text;
+        LONG x, row;
+        LRESULT place;
+    } const cases[] = {
+        {ES_MULTILINE, "wrapped words\r\nend", 2, 0, 0},
+        {ES_MULTILINE, "wrapped words\r\nend", 2, 1, 8},
+        {ES_MULTILINE, "wrapped words\r\nend", 50, 2, 18},
+        {ES_MULTILINE, "wrapped words\r\nend", 2, 9, 15},
+        {ES_MULTILINE, "", 30, 3, 0},
+        {ES_PASSWORD, "iiii", 14, 0, 2},
+        {ES_RIGHT, "end", 5, 0, 0},
+        {ES_RIGHT, "end", 58, 0, 3},
+    };
+    for (const auto &each : cases) {
+        const HWND edit = dialog.Add("Edit", each.text, {0, 0, 60, 90}, each.style);
+        constexpr LONG Height_Of_Line = 16;
+        Send(edit, WM_LBUTTONDOWN, MK_LBUTTON, each.x | (each.row * Height_Of_Line + 1) << 16);
+        EXPECT_EQ(Send(edit, EM_GETSEL) & 0xFFFF, each.place)
+            << each.text << " at " << each.x << ", " << each.row;
+        DestroyWindow(edit);
+    }
+}
+
 TEST_F(WindowTest, A_List_Box_Holds_Finds_And_Chooses_Lines) {
     TestDialog dialog;
     const HWND list = dialog.Add("ListBox", "", Somewhere, LBS_NOTIFY | LBS_SORT, 5);
@@ -298,9 +325,13 @@ TEST_F(WindowTest, Combo_Boxes_Tell_What_Is_Chosen_And_Typed) {
         EXPECT_EQ(Send(combo, CB_GETCURSEL), 0);
         Send(combo, CB_SHOWDROPDOWN, TRUE);
         EXPECT_EQ(Send(combo, CB_GETDROPPEDSTATE), box.style != CBS_SIMPLE);
+        const HWND list = GetWindow(GetDesktopWindow(), GW_CHILD);
+        if (box.style != CBS_SIMPLE) Send(list, WM_LBUTTONDOWN, MK_LBUTTON, 0x30003L);
         Press_Key(VK_ESCAPE);
         EXPECT_EQ(Send(combo, CB_GETDROPPEDSTATE), 0);
         dialog.Told();
+        if (box.style != CBS_SIMPLE) Send(list, WM_LBUTTONUP, 0, 0x30003L);
+        EXPECT_EQ(dialog.Told(), "") << "the button was let go of with the list";
         if (box.style != CBS_DROPDOWNLIST) {
             Send(combo, CB_LIMITTEXT, 4);
             Type_Text("x");
@@ -311,14 +342,27 @@ TEST_F(WindowTest, Combo_Boxes_Tell_What_Is_Chosen_And_Typed) {
         }
         EXPECT_TRUE(Click_Window(other));
         EXPECT_EQ(dialog.Told(), "5:CBN_KILLFOCUS 6:BN_CLICKED");
+        Send(combo, WM_CREATE, 0, 0L);
+        EXPECT_EQ(Send(combo, CB_GETCOUNT), 3) << "made once";
+        const struct {
+            void (*withdraw)(HWND), (*undo)(HWND);
+        } ways[] = {
+            {[](HWND shown) { ShowWindow(shown, SW_HIDE); },
+             [](HWND hidden) { ShowWindow(hidden, SW_SHOW); }},
+            {[](HWND usable) { EnableWindow(usable, FALSE); }, [](HWND idle) { EnableWindow(idle, TRUE); }}};
+        for (const HWND whose : {combo, static_cast<HWND>(dialog)}) {
+            for (const auto &[withdraw, undo] : ways) {
+                Send(combo, CB_SHOWDROPDOWN, TRUE);
+                EXPECT_EQ(Send(combo, CB_GETDROPPEDSTATE), box.style != CBS_SIMPLE);
+                withdraw(whose);
+                EXPECT_EQ(Send(combo, CB_GETDROPPEDSTATE), 0);
+                Send(combo, CB_SHOWDROPDOWN, TRUE);
+                EXPECT_EQ(Send(combo, CB_GETDROPPEDSTATE), 0) << "while it cannot be used";
+                undo(whose);
+            }
+        }
         Send(combo, CB_RESETCONTENT);
         EXPECT_EQ(Title_Of(combo) + Lines_Of(combo), "");
-        for (void (*const withdraw)(HWND) : {+[](HWND shown) { ShowWindow(shown, SW_HIDE); },
-                                             +[](HWND usable) { EnableWindow(usable, FALSE); }}) {
-            Send(combo, CB_SHOWDROPDOWN, TRUE);
-            withdraw(combo);
-            EXPECT_EQ(Send(combo, CB_GETDROPPEDSTATE), 0);
-        }
     }
 }
 

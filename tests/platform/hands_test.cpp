@@ -7,7 +7,7 @@ namespace {
 std::string Pointer_Tale(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     if (message == WM_SETCURSOR)
         return "cursor" + std::to_string(reinterpret_cast<HWND>(wparam) == window) + "/" +
-               std::to_string(lparam & 0xFFFF) + " ";
+               std::to_string(lparam & 0xFFFF) + (lparam >> 16 == WM_MOUSEMOVE ? " " : "c ");
     if (message == WM_MOUSEMOVE)
         return "move" + std::to_string(lparam & 0xFFFF) + "," + std::to_string(lparam >> 16) + " ";
     return "";
@@ -36,6 +36,10 @@ TEST_F(WindowTest, The_Pointer_Reaches_What_Lies_Uppermost) {
     EXPECT_EQ(of_main.Take(), "cursor0/1 ") << "the child's default asks its parent";
     EXPECT_TRUE(Point_At(100, 150));
     EXPECT_EQ(of_main.Take(), "cursor1/18 ");
+    EXPECT_TRUE(Click_Window(child));
+    EXPECT_EQ(of_child.Take(), "cursor1/1 move20,20 cursor1/1c cursor1/1c ")
+        << "and once for each of the button's";
+    of_main.Take();
     EnableWindow(child, FALSE);
     EXPECT_TRUE(Point_At(115, 116));
     EXPECT_EQ(of_child.Take(), "");

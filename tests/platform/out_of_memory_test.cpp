@@ -11,6 +11,7 @@
 #include <platform/security.h>
 #include <platform/shell.h>
 #include <platform/user.h>
+#include <reference_suite/installer/icon_file.h>
 #include <tests/modules/com_class.h>
 #include <tests/support/failing_new.h>
 #include <tests/support/file_verbs.h>
@@ -60,6 +61,13 @@ bool Closed(HANDLE handle) {
 bool With_Code(LONG error) {
     SetLastError(static_cast<DWORD>(error));
     return error == ERROR_SUCCESS;
+}
+
+bool Starts_A_Thread() {
+    const auto thread = reinterpret_cast<HANDLE>(_beginthreadex(
+        nullptr, 0, [](void *) { return 0u; }, nullptr, 0, nullptr));
+    if (thread) WaitForSingleObject(thread, INFINITE);
+    return Closed(thread);
 }
 
 bool Finds(const char *pattern) {
@@ -292,6 +300,42 @@ bool Measures() {
     return font != nullptr;
 }
 
+bool Bitmaps_Come_And_Go() {
+    BITMAPINFO form = {};
+    form.bmiHeader = {40, 9, 9, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
+    BYTE bits[28 * 9];
+    void *rows;
+    const LOGPALETTE wanted = {0x300, 1, {}};
+    const HDC dc = CreateCompatibleDC(nullptr);
+    const HBITMAP plain = CreateBitmap(9, 9, 1, 8, nullptr);
+    const HBITMAP section = CreateDIBSection(nullptr, &form, DIB_RGB_COLORS, &rows, nullptr, 0);
+    const HPALETTE palette = CreatePalette(&wanted);
+    bool done = dc && plain && section && palette;
+    done = done && GetDIBits(dc, plain, 0, 9, bits, &form, DIB_RGB_COLORS) == 9;
+    const DWORD error = GetLastError();
+    for (const HGDIOBJ made : {HGDIOBJ(plain), HGDIOBJ(section), HGDIOBJ(palette)}) {
+        if (made) DeleteObject(made);
+    }
+    if (dc) DeleteDC(dc);
+    EXPECT_EQ(Gdi_Object_Count(), 0u);
+    SetLastError(error);
+    return done;
+}
+
+bool Icons_Come_And_Go() {
+    HICON icon, small;
+    if (ExtractIconExA("c:\\kept.ico", 0, &icon, &small, 1) != 1) return false;
+    ICONINFO info;
+    const bool told = GetIconInfo(icon, &info);
+    const DWORD error = GetLastError();
+    if (told) DeleteObject(info.hbmMask), DeleteObject(info.hbmColor);
+    DestroyIcon(icon);
+    DestroyIcon(small);
+    EXPECT_EQ(Gdi_Object_Count() + Icon_Count(), 0u);
+    SetLastError(error);
+    return told;
+}
+
 bool With_Result(HRESULT result) {
     if (result == E_OUTOFMEMORY) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return result == S_OK;
@@ -412,6 +456,7 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"mutex without a name", [] { return Closed(CreateMutexA(nullptr, TRUE, nullptr)); }},
         {"event", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, "Scarce event")); }},
         {"event without a name", [] { return Closed(CreateEventA(nullptr, TRUE, FALSE, nullptr)); }},
+        {"start of a thread", Starts_A_Thread},
         {"mapping", Maps},
         {"local block",
          [] {
@@ -431,6 +476,8 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"message", [] { return With_Window(Posts); }},
         {"enumeration", [] { return With_Window(Enumerates); }},
         {"measures", Measures},
+        {"bitmaps", Bitmaps_Come_And_Go},
+        {"icons", Icons_Come_And_Go},
         {"controls", [] { return With_Window(Makes_Controls); }},
         {"lines", [] { return With_Window(Fills_A_Combo_Box); }},
         {"edit", [] { return With_Window(Fills_An_Edit); }},
@@ -450,6 +497,9 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
     machine.Write("drive_c/kept.txt", "kept");
     machine.Write("drive_c/here.txt", "");
     machine.Write("drive_c/kept.ini", "[s]\nk=value\n");
+    machine.Write("drive_c/kept.ico", Icon_File({{16, 4}}, [](int, int, int) {
+                      return RGBQUAD{1, 2, 3, 4};
+                  }));
     machine.Set("windows", "xp");
     const ServedClass served;
     HKEY shown;

@@ -63,6 +63,15 @@ TEST_F(WindowTest, A_Style_Takes_Its_Frame_From_The_Window) {
     }
 }
 
+TEST_F(WindowTest, Coordinates_Wrap_Around) {
+    TestWindow main(WS_POPUP | WS_CAPTION, {100, 200, 300, 400});
+    for (const LONG extreme : {LONG_MAX, LONG_MIN}) {
+        POINT far = {extreme, extreme};
+        EXPECT_TRUE(ClientToScreen(main, &far) && ScreenToClient(main, &far));
+        EXPECT_TRUE(far.x == extreme && far.y == extreme);
+    }
+}
+
 TEST_F(WindowTest, Moving_Sends_What_Changes_And_Nothing_Else) {
     TestWindow main(Dialog, {0, 0, 100, 100});
     TestWindow child(WS_CHILD, {10, 10, 30, 30}, main);

@@ -7,8 +7,10 @@
 #include <tests/support/window_verbs.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -128,6 +130,8 @@ TEST_F(WindowTest, A_Window_Restored_From_Outside_Gets_Where_It_Belongs) {
     EXPECT_EQ(other.Do("place"), "-4 -4 1028 772");
 }
 
+const LOGFONTA Some_Font = {};
+
 // In a forked child: true when it has windows of its own and leaves its parent's alone.
 bool Works_On_Its_Own(HWND parent_s) {
     if (Window_Count() != 0 || DestroyWindow(parent_s) || !IsWindow(parent_s)) return false;
@@ -135,18 +139,42 @@ bool Works_On_Its_Own(HWND parent_s) {
         CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     DWORD process_id = 0;
     GetWindowThreadProcessId(own, &process_id);
-    return process_id == static_cast<DWORD>(getpid()) && DestroyWindow(own);
+    const HMENU menu = CreateMenu();
+    const HFONT font = CreateFontIndirectA(&Some_Font);
+    return process_id == static_cast<DWORD>(getpid()) && DestroyWindow(own) && menu && DestroyMenu(menu) &&
+           DeleteObject(font);
 }
 
 TEST_F(WindowTest, A_Fork_Has_None_Of_Its_Parent_S_Windows) {
     TestWindow mine(WS_POPUP | WS_VISIBLE, {0, 0, 9, 9});
-    const pid_t child = fork();
-    if (child == 0) _exit(Works_On_Its_Own(mine) ? 0 : 1);
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    std::atomic<bool> over{false};
+    std::jthread busy([&] { // holds their locks for most of the time
+        while (!over) DestroyMenu(CreateMenu()), DeleteObject(CreateFontIndirectA(&Some_Font));
+    });
+    for (int i = 0; i < 20; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(20);
+            _exit(Works_On_Its_Own(mine) ? 0 : 1);
+        }
+        int status = -1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    over = true;
     EXPECT_TRUE(IsWindow(mine));
     EXPECT_TRUE(IsWindowVisible(mine));
+}
+
+TEST_F(WindowTest, A_Table_That_Cannot_Be_Had_Says_Nothing_Of_A_Window) {
+    rlimit before;
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none = {0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const long error = Error_Of(IsWindow(reinterpret_cast<HWND>(4000)));
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_TRUE(error != NO_ERROR && error != ERROR_INVALID_WINDOW_HANDLE) << error;
+    EXPECT_EQ(Error_Of(IsWindow(reinterpret_cast<HWND>(4000))), ERROR_INVALID_WINDOW_HANDLE);
 }
 
 TEST_F(WindowTest, A_Hung_Process_Holds_Nobody_Up) {

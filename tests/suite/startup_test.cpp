@@ -150,7 +150,7 @@ TEST_F(SuiteServerTest, IsStartedAndKeepsSettings) {
     EXPECT_EQ(Verify_Kelmara(), 0);
     auto *const server = Server<IServerSimpleAccessInterface>(IID_IServerSimpleAccessInterface);
     ASSERT_TRUE(server);
-    const unsigned long code = Setting_Current_Configuration.code;
+    const unsigned long code = Setting_Static_Configuration.code;
     char home[] = "Home", office[] = "Office";
     EXPECT_EQ(Read(server, code), "2 1 ");
     EXPECT_EQ(server->Update_Setting(code, home, 5, 0), ERROR_FILE_NOT_FOUND) << "there is none yet";
@@ -211,7 +211,7 @@ TEST_F(SuiteServerTest, FindsWhatIsStored) {
         unsigned long present;
     } asked[] = {{Component_Location, home, 0, 1},
                  {Component_Location, work, 0, 0},
-                 {Component_Configuration, home, 0, 0},
+                 {Component_Phonebook, home, 0, 0},
                  {3, home, E_INVALIDARG, 0},
                  {Component_Location, path, E_INVALIDARG, 0},
                  {Component_Location, long_name.data(), E_INVALIDARG, 0},

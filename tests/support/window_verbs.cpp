@@ -103,11 +103,13 @@ void WindowTest::SetUp() {
     windows_before_ = Window_Count();
     objects_before_ = Gdi_Object_Count();
     menus_before_ = Menu_Count();
+    icons_before_ = Icon_Count();
 }
 
 void WindowTest::TearDown() {
     EXPECT_EQ(Window_Count(), windows_before_) << "windows left";
     EXPECT_EQ(Gdi_Object_Count(), objects_before_) << "objects of GDI left";
     EXPECT_EQ(Menu_Count(), menus_before_) << "menus left";
+    EXPECT_EQ(Icon_Count(), icons_before_) << "icons left";
     MachineTest::TearDown();
 }

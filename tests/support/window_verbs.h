@@ -46,12 +46,12 @@ std::string Place_Of(HWND window);  // on the screen
 std::string Client_Of(HWND window); // its client area
 std::string Title_Of(HWND window);
 
-/// No window, no menu and no object of GDI is left at the end.
+/// No window, no menu, no icon and no object of GDI is left at the end.
 class WindowTest : public MachineTest {
   protected:
     void SetUp() override;
     void TearDown() override;
 
   private:
-    unsigned long windows_before_ = 0, objects_before_ = 0, menus_before_ = 0;
+    unsigned long windows_before_ = 0, objects_before_ = 0, menus_before_ = 0, icons_before_ = 0;
 };

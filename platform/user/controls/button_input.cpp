@@ -44,7 +44,7 @@ void Button::Pointer_Down() {
     }
     if (!Find_Window(window_)) return;
     held_ = true;
-    Capture_Pointer(window_);
+    Capture_Pointer(window_, window_);
     SendMessageA(window_, BM_SETSTATE, TRUE, 0);
 }
 

@@ -131,7 +131,7 @@ LRESULT ComboBox::Give_Place(RECT *out) const {
 LRESULT ComboBox::Answer_Window(UINT message, WPARAM wparam, LPARAM lparam) {
     switch (message) {
     case WM_CREATE:
-        return Create(*reinterpret_cast<const CREATESTRUCTA *>(lparam));
+        return lparam && !list_ ? Create(*reinterpret_cast<const CREATESTRUCTA *>(lparam)) : -1;
     case WM_DESTROY:
         Destroy_List();
         return 0;
@@ -141,11 +141,6 @@ LRESULT ComboBox::Answer_Window(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_WINDOWPOSCHANGING:
         Keep_Height(reinterpret_cast<WINDOWPOS *>(lparam));
         return 0;
-    case WM_WINDOWPOSCHANGED:
-        if (lparam && (reinterpret_cast<const WINDOWPOS *>(lparam)->flags & SWP_HIDEWINDOW) &&
-            !Close(CBN_SELENDCANCEL))
-            return 0;
-        return Control::Answer(message, wparam, lparam);
     case WM_SIZE:
         if (list_) Lay_Out();
         return 0;

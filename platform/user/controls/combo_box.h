@@ -3,9 +3,10 @@
 // by WM_COMMAND, so that a procedure put before it hears them too.
 //
 // A list that drops down is a child of the desktop, as high as the window was wanted to be, with room for
-// some lines at least; the window itself is as high as a line. While it is down it holds the pointer. When
-// the user chooses, CBN_SELCHANGE comes before the edit has the new text. What code changes is not told to
-// the parent.
+// some lines at least; the window itself is as high as a line. While it is down it holds the pointer; it
+// drops down only while the box can be used, and closes when it, or what it stands in, is hidden, made iconic
+// or disabled. When the user chooses, CBN_SELCHANGE comes before the edit has the new text. What code changes
+// is not told to the parent.
 
 #include <platform/user/controls/control.h>
 

@@ -56,7 +56,6 @@ void ComboBoxEx::Take_Font(WPARAM font, LPARAM redraw) {
 }
 
 void ComboBoxEx::Keep_Up_With(const WINDOWPOS &place) {
-    if (place.flags & SWP_HIDEWINDOW) To_Combo(CB_SHOWDROPDOWN, FALSE);
     if (!(place.flags & SWP_NOSIZE)) Fit(place.cx, place.cy);
 }
 
@@ -116,7 +115,7 @@ LRESULT ComboBoxEx::Set(const COMBOBOXEXITEM &item) const {
 LRESULT ComboBoxEx::Answer_Window(UINT message, WPARAM wparam, LPARAM lparam) {
     switch (message) {
     case WM_CREATE:
-        return Create(*reinterpret_cast<const CREATESTRUCTA *>(lparam));
+        return lparam && !combo_ ? Create(*reinterpret_cast<const CREATESTRUCTA *>(lparam)) : -1;
     case WM_WINDOWPOSCHANGED:
         if (lparam) Keep_Up_With(*reinterpret_cast<const WINDOWPOS *>(lparam));
         return Control::Answer(message, wparam, lparam);

@@ -5,8 +5,12 @@
 #include <platform/user/snapshot/picture.h>
 
 void ComboBox::Drop() {
-    if (!Drops() || dropped_) return;
+    if (!Drops() || dropped_ || !Can_Be_Used()) return;
     if (!Notify(CBN_DROPDOWN) || dropped_) return;
+    if (!Can_Be_Used()) {
+        Notify(CBN_CLOSEUP);
+        return;
+    }
     if (edit_) {
         std::string text;
         const bool known = Within_Memory(false, [&] { return text = Text_Of_Window(edit_), true; });
@@ -19,7 +23,7 @@ void ComboBox::Drop() {
     SetWindowPos(list_, HWND_TOP, static_cast<int>(place.left), static_cast<int>(place.top),
                  static_cast<int>(place.right - place.left), static_cast<int>(place.bottom - place.top),
                  SWP_SHOWWINDOW | SWP_NOACTIVATE);
-    Capture_Pointer(list_);
+    Capture_Pointer(list_, window_);
     Changed();
 }
 
@@ -27,7 +31,7 @@ void ComboBox::Drop() {
 bool ComboBox::Close(UINT notice) {
     if (!dropped_) return true;
     dropped_ = false;
-    Release_Pointer(list_);
+    To_List(WM_CANCELMODE); // a button may be held down over it
     ShowWindow(list_, SW_HIDE);
     Changed();
     return Notify(notice) && Notify(CBN_CLOSEUP);

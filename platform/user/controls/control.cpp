@@ -1,25 +1,28 @@
 #include <platform/user/controls/control.h>
 
 #include <platform/gdi/fonts.h>
+#include <platform/user/thread_queue.h>
 
 #include <utility>
 
-namespace {
-
-constinit thread_local HWND captured_by = nullptr;
-
-} // namespace
-
-void Capture_Pointer(HWND window) {
-    captured_by = window;
+void Capture_Pointer(HWND window, HWND part_of) {
+    const std::shared_ptr<ThreadQueue> queue = ThreadQueue::Existing();
+    if (!queue) return;
+    const TreeLock lock;
+    queue->pointer_held_by = window;
+    queue->pointer_held_for = part_of;
 }
 
 void Release_Pointer(HWND window) {
-    if (captured_by == window) captured_by = nullptr;
+    const std::shared_ptr<ThreadQueue> queue = ThreadQueue::Existing();
+    const TreeLock lock;
+    if (queue && queue->pointer_held_by == window) queue->pointer_held_by = queue->pointer_held_for = nullptr;
 }
 
 HWND Captured_By() {
-    return captured_by;
+    const std::shared_ptr<ThreadQueue> queue = ThreadQueue::Existing();
+    const TreeLock lock;
+    return queue ? queue->pointer_held_by : nullptr;
 }
 
 LRESULT Control::Answer(UINT message, WPARAM wparam, LPARAM lparam) {
@@ -49,6 +52,16 @@ LRESULT Control::Answer(UINT message, WPARAM wparam, LPARAM lparam) {
     default:
         return Default(message, wparam, lparam);
     }
+}
+
+bool Control::Can_Be_Used() const {
+    const WindowPointer window = Find_Window(window_);
+    const TreeLock lock;
+    if (!window || !window->Is_Visible_In_All()) return false;
+    for (const Window *each = window.get(); each; each = each->parent) {
+        if (each->style & WS_DISABLED) return false;
+    }
+    return true;
 }
 
 LONG Control::Line_Height() const {

@@ -30,6 +30,8 @@ class Control : public WindowContents {
     bool Is_Enabled() const { return !(Style() & WS_DISABLED); }
     bool Has_Focus() const { return GetFocus() == window_; }
     bool Redraws() const { return redraws_; }
+    /// With all that it stands in it is visible and enabled.
+    bool Can_Be_Used() const;
     LONG Line_Height() const;
     LONG Width_Of_Text(const char *text, std::size_t length) const;
     RECT Client() const;
@@ -70,8 +72,9 @@ inline LPARAM Packed_Point(POINT point) {
     return static_cast<LPARAM>((static_cast<DWORD>(point.x) & 0xFFFF) | static_cast<DWORD>(point.y) << 16);
 }
 
-/// The window that a press of the button holds on to: it gets what the pointer does until it lets go.
-void Capture_Pointer(HWND window);
+/// The window that a press of the button holds on to: it gets what the pointer does until it lets go, and
+/// when the one that it is a part of cannot be used any more, that one hears WM_CANCELMODE.
+void Capture_Pointer(HWND window, HWND part_of);
 void Release_Pointer(HWND window); // unless another has it
 HWND Captured_By();
 

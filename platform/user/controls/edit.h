@@ -7,6 +7,7 @@
 // the field's width.
 
 #include <platform/user/controls/control.h>
+#include <platform/user/snapshot/picture.h>
 
 class Edit : public Control {
   public:
@@ -50,6 +51,8 @@ class Edit : public Control {
     std::size_t Up_Or_Down(UINT key) const;
     std::size_t Place_At(LPARAM point) const;
     std::string Shown() const;
+    TextLook Look() const;
+    RECT Text_Place() const;
 
     std::string text_;
     std::size_t anchor_ = 0, caret_ = 0;

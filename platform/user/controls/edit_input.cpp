@@ -108,17 +108,22 @@ bool Edit::Key(UINT key) {
     }
 }
 
+// By the pieces that the picture shows; without memory, where the caret is.
 std::size_t Edit::Place_At(LPARAM point) const {
     const POINT at = Point_Of(point);
-    std::size_t place = 0;
-    for (LONG line = Has_Lines() ? at.y / Line_Height() : 0; line > 0; --line) {
-        const std::size_t next = Behind(End_Of_Line(place));
-        if (next == place) break;
-        place = next;
-    }
-    const std::size_t start = place, end = End_Of_Line(place);
-    while (place < end && Margin + Width_Of_Text(text_.data() + start, place + 1 - start) <= at.x) ++place;
-    return place;
+    return Within_Memory(caret_, [&] {
+        const std::string shown = Shown();
+        const LONG left = Text_Place().left, width = Text_Place().right - left;
+        const TextLook look = Look();
+        const auto lines = Lines_Of_Text(shown, width, look);
+        const auto last = static_cast<LONG>(lines.size()) - 1;
+        const std::string_view line =
+            lines[static_cast<std::size_t>(std::clamp<LONG>(at.y / Line_Height(), 0, last))];
+        const LONG x = at.x - left - Shift_In(width, Text_Width(look.font, line), look.across);
+        std::size_t behind = 0;
+        while (behind < line.size() && Text_Width(look.font, line.substr(0, behind + 1)) <= x) ++behind;
+        return static_cast<std::size_t>(line.data() - shown.data()) + behind;
+    });
 }
 
 LRESULT Edit::Answer_Input(UINT message, WPARAM wparam, LPARAM lparam) {

@@ -75,7 +75,7 @@ void ListBox::Pointer_Down(LPARAM point) {
     const int line = Line_At(point);
     if (line == -1) return;
     held_ = true;
-    Capture_Pointer(window_);
+    Capture_Pointer(window_, combo_ ? combo_ : window_);
     Choose(line);
 }
 

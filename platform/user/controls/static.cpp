@@ -3,7 +3,10 @@
 
 #include <platform/user/controls/control.h>
 
+#include <platform/user/icons/icon.h>
 #include <platform/user/snapshot/picture.h>
+
+#include <utility>
 
 namespace {
 
@@ -16,6 +19,10 @@ class Static : public Control {
   private:
     DWORD Kind() const { return Style() & SS_TYPEMASK; }
     void Draw_Text(Picture &picture) const;
+    void Draw_Its_Icon(Picture &picture) const;
+    LRESULT Set_Icon(HICON icon);
+
+    HICON icon_ = nullptr; // whoever set it destroys it
 };
 
 const BuiltInClass static_class("Static", Control_Procedure<Static>);
@@ -38,6 +45,14 @@ LRESULT Static::Answer(UINT message, WPARAM wparam, LPARAM lparam) {
         return notifies ? HTCLIENT : HTTRANSPARENT;
     case WM_GETDLGCODE:
         return DLGC_STATIC;
+    case STM_SETICON:
+        return Set_Icon(reinterpret_cast<HICON>(wparam));
+    case STM_GETICON:
+        return As_Parameter(icon_);
+    case STM_SETIMAGE:
+        return wparam == IMAGE_ICON ? Set_Icon(reinterpret_cast<HICON>(lparam)) : 0;
+    case STM_GETIMAGE:
+        return wparam == IMAGE_ICON ? As_Parameter(icon_) : 0;
     case WM_LBUTTONDOWN:
         if (notifies) Notify(STN_CLICKED);
         return 0;
@@ -48,6 +63,30 @@ LRESULT Static::Answer(UINT message, WPARAM wparam, LPARAM lparam) {
     default:
         return Control::Answer(message, wparam, lparam);
     }
+}
+
+LRESULT Static::Set_Icon(HICON icon) {
+    if (Kind() != SS_ICON) return 0;
+    const HICON before = std::exchange(icon_, icon);
+    const RECT client = Client();
+    SIZE size = {client.right, client.bottom};
+    {
+        const ObjectLock lock;
+        if (const Icon *const shown = Find_Icon(icon)) size = shown->Size();
+    }
+    const bool keeps_size = Style() & (SS_CENTERIMAGE | SS_REALSIZECONTROL);
+    if (!keeps_size)
+        SetWindowPos(window_, nullptr, 0, 0, static_cast<int>(size.cx), static_cast<int>(size.cy),
+                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    Changed();
+    return As_Parameter(before);
+}
+
+void Static::Draw_Its_Icon(Picture &picture) const {
+    const RECT client = Client();
+    const ObjectLock lock;
+    if (const Icon *const shown = Find_Icon(icon_))
+        Draw_Icon(picture, {client.right / 2, client.bottom / 2}, *shown);
 }
 
 void Static::Draw_Text(Picture &picture) const {
@@ -66,6 +105,7 @@ void Static::Draw(Picture &picture) const {
     const RECT client = Client();
     const DWORD kind = Kind();
     if (Style() & SS_SUNKEN) picture.Edge(client, EdgeKind::Thin_Sunken);
+    if (kind == SS_ICON) return Draw_Its_Icon(picture);
     if (kind == SS_ETCHEDHORZ) return picture.Edge({0, 0, client.right, 2}, EdgeKind::Etched);
     if (kind == SS_ETCHEDVERT) return picture.Edge({0, 0, 2, client.bottom}, EdgeKind::Etched);
     for (const Look &look : Looks) {

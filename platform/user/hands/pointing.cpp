@@ -22,12 +22,17 @@ Hit Receiver_At(POINT place) {
     return Within_Memory(Hit(), [place] { return Hit_At(place); });
 }
 
+// What the pointer is to look like is asked before each of its messages, unless a window holds it.
+void Ask_For_Cursor(const Hit &hit, UINT message) {
+    if (Captured_By()) return;
+    SendMessageA(hit.window, WM_SETCURSOR, reinterpret_cast<WPARAM>(hit.window),
+                 Packed_Hit(hit.code, message));
+}
+
 bool Move(POINT place, WPARAM buttons) {
     const Hit hit = Receiver_At(place);
     if (!hit.window) return false;
-    if (!Captured_By())
-        SendMessageA(hit.window, WM_SETCURSOR, reinterpret_cast<WPARAM>(hit.window),
-                     Packed_Hit(hit.code, WM_MOUSEMOVE));
+    Ask_For_Cursor(hit, WM_MOUSEMOVE);
     if (hit.code != HTCLIENT || !IsWindow(hit.window)) return true;
     return Post_And_Work(hit.window, WM_MOUSEMOVE, buttons, In_Client(hit.window, place));
 }
@@ -42,13 +47,16 @@ bool Press(POINT place) {
     const Hit hit = Receiver_At(place);
     if (!hit.window) return false;
     Activate_By_Click(hit.topmost);
+    Ask_For_Cursor(hit, WM_LBUTTONDOWN);
     if (hit.code != HTCLIENT || !IsWindow(hit.window)) return true;
     return Post_And_Work(hit.window, WM_LBUTTONDOWN, MK_LBUTTON, In_Client(hit.window, place));
 }
 
 void Let_Go(POINT place) {
     const Hit hit = Receiver_At(place);
-    if (hit.window && hit.code == HTCLIENT)
+    if (!hit.window) return;
+    Ask_For_Cursor(hit, WM_LBUTTONUP);
+    if (hit.code == HTCLIENT && IsWindow(hit.window))
         Post_And_Work(hit.window, WM_LBUTTONUP, 0, In_Client(hit.window, place));
 }
 

@@ -1,31 +1,35 @@
 #include <platform/user/menus/menu_table.h>
 
 #include <platform/kernel.h>
+#include <platform/kernel/fork_lock.h>
 #include <platform/machine.h>
 
 #include <algorithm>
 
 namespace {
 
-constinit std::mutex table_lock;
+struct LockedTable {
+    ForkLock lock;
+    MenuTable menus;
+};
 
-MenuTable &The_Table() {
-    static auto *table = new MenuTable;
+LockedTable &The_Table() {
+    static auto *table = new LockedTable;
     return *table;
 }
 
 } // namespace
 
 MenuTable::Use::Use() {
-    table_lock.lock();
+    The_Table().lock.lock();
 }
 
 MenuTable::Use::~Use() {
-    table_lock.unlock();
+    The_Table().lock.unlock();
 }
 
 MenuTable *MenuTable::Use::operator->() const {
-    return &The_Table();
+    return &The_Table().menus;
 }
 
 HMENU MenuTable::Make() {

@@ -5,7 +5,6 @@
 #include <platform/menus.h>
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 

@@ -8,6 +8,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 inline constexpr const char *Colour_Black = "#000000";
 inline constexpr const char *Colour_White = "#ffffff";
@@ -57,6 +58,10 @@ class Picture {
 };
 
 LONG Text_Width(HFONT font, std::string_view text);
+/// The pieces of a text that Picture::Text puts below each other in a place of that width.
+std::vector<std::string_view> Lines_Of_Text(std::string_view text, LONG width, const TextLook &look);
+/// How far from the left such a piece begins.
+LONG Shift_In(LONG place_width, LONG text_width, Across across);
 /// WM_GETTEXT, whole.
 std::string Text_Of_Window(HWND window);
 /// Without what marks a mnemonic; its place in the result, or npos.

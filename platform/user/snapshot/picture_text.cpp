@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <vector>
 
 namespace {
 
@@ -85,6 +84,15 @@ std::vector<std::string_view> Lines_Of(const Font &font, std::string_view text, 
 
 } // namespace
 
+std::vector<std::string_view> Lines_Of_Text(std::string_view text, LONG width, const TextLook &look) {
+    return Lines_Of(Font_Of_Handle(look.font), text, width, look);
+}
+
+LONG Shift_In(LONG place_width, LONG text_width, Across across) {
+    const LONG room = place_width - text_width;
+    return across == Across::Right ? room : across == Across::Centre ? room / 2 : 0;
+}
+
 LONG Text_Width(HFONT font, std::string_view text) {
     return Width(Font_Of_Handle(font), text);
 }
@@ -142,8 +150,7 @@ void Picture::Text(const RECT &place, std::string_view text, const TextLook &loo
     LONG y = look.down == Down::Centre ? place.top + (place.bottom - place.top - height) / 2 : place.top;
     for (const std::string_view line : lines) {
         if (y >= place.bottom) return;
-        const LONG room = place.right - place.left - Width(font, line, look);
-        const LONG shift = look.across == Across::Right ? room : look.across == Across::Centre ? room / 2 : 0;
+        const LONG shift = Shift_In(place.right - place.left, Width(font, line, look), look.across);
         const POINT at = {place.left + shift, y};
         if (!look.enabled) One_Line({at.x + 1, at.y + 1}, line, look, Colour_White);
         One_Line(at, line, look, look.enabled ? look.colour : Colour_Shadow);

@@ -2,6 +2,7 @@
 // with 0; where something is not as it should be it says so and ends with 1.
 
 #include <reference_suite/programs/road/dialogs.h>
+#include <reference_suite/programs/road/help_and_icons.h>
 #include <reference_suite/programs/road/log_and_messages.h>
 #include <reference_suite/programs/road/memory_and_atoms.h>
 #include <reference_suite/programs/road/narrator.h>
@@ -73,6 +74,8 @@ int main(int argc, char **argv) {
     Write_A_Welcome();
     Find_Strings();
     Translate_A_Dialog();
+    Point_At_Fields();
+    Hand_On_An_Icon();
     std::printf("\nAll as it should be.\n");
     return 0;
 }

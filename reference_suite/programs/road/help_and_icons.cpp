@@ -1,0 +1,98 @@
+#include <reference_suite/programs/road/help_and_icons.h>
+
+#include <reference_suite/programs/road/narrator.h>
+
+#include <kelmara/kelmara.h>
+
+#include <platform/gdi.h>
+#include <platform/machine.h>
+#include <platform/user.h>
+
+#include <filesystem>
+#include <string>
+
+namespace {
+
+/// A dialog with an icon, two fields and a pane below them.
+class FieldDialog {
+  public:
+    FieldDialog() {
+        constexpr DWORD style = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_VISIBLE;
+        window_ = CreateWindowExA(WS_EX_DLGMODALFRAME, "#32770", "Fields", style, 100, 100, 300, 160, nullptr,
+                                  nullptr, nullptr, nullptr);
+        Require(window_ != nullptr, "a dialog can be made");
+        icon = Add("Static", SS_ICON, {12, 12, 44, 44});
+        name = Add("Edit", WS_BORDER, {60, 10, 280, 32});
+        password = Add("Edit", WS_BORDER | ES_PASSWORD, {60, 40, 280, 62});
+        pane = Add("Static", SS_SUNKEN, {12, 76, 280, 120});
+    }
+    ~FieldDialog() { DestroyWindow(window_); }
+    FieldDialog(const FieldDialog &) = delete;
+    FieldDialog &operator=(const FieldDialog &) = delete;
+
+    std::string Pane_Text() const {
+        char text[256];
+        GetWindowTextA(pane, text, sizeof text);
+        return text;
+    }
+    void Take_Picture(const std::string &picture) const {
+        const std::string folder = std::string(Machine_Folder()) + "/pictures";
+        std::filesystem::create_directories(folder);
+        const std::string path = folder + "/" + picture + ".svg";
+        Require(Snapshot_Window(window_, path.c_str()), "a picture can be taken");
+        Tell("  %s", path.c_str());
+    }
+
+    HWND icon, name, password, pane;
+
+  private:
+    HWND Add(const char *control_class, DWORD style, RECT place) const {
+        const HWND control =
+            CreateWindowExA(0, control_class, "", WS_CHILD | WS_VISIBLE | style, static_cast<int>(place.left),
+                            static_cast<int>(place.top), static_cast<int>(place.right - place.left),
+                            static_cast<int>(place.bottom - place.top), window_, nullptr, nullptr, nullptr);
+        SendMessageA(control, WM_SETFONT, reinterpret_cast<WPARAM>(GetStockObject(DEFAULT_GUI_FONT)), 0);
+        return control;
+    }
+
+    HWND window_;
+};
+
+} // namespace
+
+void Point_At_Fields() {
+    Begin_Chapter("Help under the pointer");
+    CActiveHelpManager help; // goes after the windows
+    const FieldDialog dialog;
+    help.Initialize(dialog.pane);
+    help.AddControl(dialog.name, "The name that you chose when you signed up.");
+    help.AddControl(dialog.password, "Your password. Capital letters count.");
+    Require(Point_At_Window(dialog.name), "a user can point at a field");
+    Tell("Over the first field the pane says: %s", dialog.Pane_Text().c_str());
+    Point_At_Window(dialog.password);
+    Tell("over the second: %s", dialog.Pane_Text().c_str());
+    Require(dialog.Pane_Text() == "Your password. Capital letters count.", "the pane follows the pointer");
+}
+
+void Hand_On_An_Icon() {
+    Begin_Chapter("An icon as a block of bytes");
+    const HICON loaded = Load_Icon_From_File(nullptr, "kelmara.ico", 32);
+    Require(loaded != nullptr, "the suite's icon is in its Content folder");
+    void *block = nullptr;
+    long size = 0;
+    Require(Pack_Icon(loaded, &block, &size) == 0, "an icon can be packed");
+    DestroyIcon(loaded);
+    Tell("The suite's icon, packed, is %ld bytes. Made from them again:", size);
+    const HDC screen = GetDC(nullptr);
+    HICON icon = nullptr;
+    Require(Unpack_Icon(&icon, block, size, screen) == 0 && icon, "and unpacked");
+    ReleaseDC(nullptr, screen);
+    ds_free(block);
+    {
+        const FieldDialog dialog;
+        SendMessageA(dialog.icon, STM_SETICON, reinterpret_cast<WPARAM>(icon), 0);
+        SetWindowTextA(dialog.pane, "An icon that came as a block of bytes.");
+        dialog.Take_Picture("icon");
+    }
+    DestroyIcon(icon);
+}
