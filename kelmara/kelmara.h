@@ -47,6 +47,7 @@
 #include <kelmara/shared_state/wait_window.h>
 #include <kelmara/suite/com_registration.h>
 #include <kelmara/suite/folders.h>
+#include <kelmara/suite/shell_items.h>
 #include <kelmara/suite/startup.h>
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>

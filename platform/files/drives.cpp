@@ -19,22 +19,11 @@ constexpr NamedKind Kinds[] = {
     {"cdrom", DRIVE_CDROM}, {"remote", DRIVE_REMOTE}, {"ramdisk", DRIVE_RAMDISK},
 };
 
-UINT Kind_Of(char letter) {
-    std::string name;
-    if (letter == 'C' || letter == 'Z' || !Find_Machine_Setting(Drive_Setting(letter), name)) {
-        return DRIVE_FIXED;
-    }
-    for (const NamedKind &known : Kinds) {
-        if (Equal_Without_Case(name, known.name)) return known.kind;
-    }
-    return DRIVE_UNKNOWN;
-}
-
 UINT Kind_At(LPCSTR root) {
     const bool bare = root && root[0] && root[1] == ':' && !root[2];
     HostPlace place;
     const long error = Find_Disk_Place(bare ? (std::string(root) + '\\').c_str() : root, place);
-    return error == NO_ERROR && place.is_root ? Kind_Of(place.windows_path[0]) : DRIVE_NO_ROOT_DIR;
+    return error == NO_ERROR && place.is_root ? Drive_Kind(place.windows_path[0]) : DRIVE_NO_ROOT_DIR;
 }
 
 // Each with its terminator.
@@ -47,6 +36,17 @@ std::string Roots_Of_All_Drives() {
 }
 
 } // namespace
+
+UINT Drive_Kind(char letter) {
+    std::string name;
+    if (letter == 'C' || letter == 'Z' || !Find_Machine_Setting(Drive_Setting(letter), name)) {
+        return DRIVE_FIXED;
+    }
+    for (const NamedKind &known : Kinds) {
+        if (Equal_Without_Case(name, known.name)) return known.kind;
+    }
+    return DRIVE_UNKNOWN;
+}
 
 std::string Drive_Setting(char letter) {
     return std::string("drive_") + letter;

@@ -8,3 +8,6 @@ std::string Drive_Setting(char letter);
 
 /// Find_Place, with null for the root of the current drive.
 long Find_Disk_Place(const char *path, HostPlace &place);
+
+/// DRIVE_ of files.h, for a drive by its capital letter; it need not be there.
+unsigned Drive_Kind(char letter);

@@ -9,6 +9,7 @@
 #include <platform/registry.h>
 #include <platform/runtime.h>
 #include <platform/security.h>
+#include <platform/shell.h>
 #include <platform/user.h>
 #include <reference_suite/installer/icon_file.h>
 #include <tests/modules/com_class.h>
@@ -357,6 +358,33 @@ bool Offers() {
     return done && CoRevokeClassObject(cookie) == S_OK;
 }
 
+constexpr char Shown_Class[] =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\MyComputer\\NameSpace\\"
+    "{5B0A3A10-77C1-4D0E-9122-3F5E016C2001}";
+
+bool Shows_My_Computer() {
+    IShellFolder *desktop, *my_computer = nullptr;
+    IEnumIDList *items = nullptr, *copy = nullptr;
+    LPITEMIDLIST place, item;
+    STRRET name;
+    SHGetDesktopFolder(&desktop);
+    SHGetSpecialFolderLocation(nullptr, CSIDL_DRIVES, &place);
+    HRESULT result =
+        desktop->BindToObject(place, nullptr, IID_IShellFolder, reinterpret_cast<void **>(&my_computer));
+    CoTaskMemFree(place);
+    if (result == S_OK) result = my_computer->EnumObjects(nullptr, SHCONTF_FOLDERS, &items);
+    if (result == S_OK) result = items->Clone(&copy);
+    while (result == S_OK && copy->Next(1, &item, nullptr) == S_OK) {
+        result = my_computer->GetDisplayNameOf(item, SHGDN_NORMAL, &name);
+        if (result == S_OK && name.uType == STRRET_WSTR) CoTaskMemFree(name.pOleStr);
+        CoTaskMemFree(item);
+    }
+    if (copy) copy->Release();
+    if (items) items->Release();
+    if (my_computer) my_computer->Release();
+    return With_Result(result);
+}
+
 // The module's class, and the same from a server, which is a thread of its own. Other threads lack nothing.
 struct ServedClass {
     ServedClass() {
@@ -459,6 +487,7 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"class", [] { return Creates(CLSID_TestCounter, CLSCTX_INPROC_SERVER, IID_ITestCounter); }},
         {"class of a server", [] { return Creates(CLSID_TestCounter, CLSCTX_LOCAL_SERVER, IID_IUnknown); }},
         {"offer of a class", Offers},
+        {"shell", Shows_My_Computer},
         {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
         {"paths",
          [&] {
@@ -473,6 +502,9 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
                   }));
     machine.Set("windows", "xp");
     const ServedClass served;
+    HKEY shown;
+    RegCreateKeyExA(HKEY_LOCAL_MACHINE, Shown_Class, 0, nullptr, 0, KEY_READ, nullptr, &shown, nullptr);
+    RegCloseKey(shown);
     unsigned long points = 0;
     for (const Call &call : calls) {
         ASSERT_TRUE(call.succeeds()) << call.name; // what it needs once is there now
