@@ -114,19 +114,24 @@ void Call::Tell_Of_The_Configuration() {
             "the phone book knows the numbers");
     utility_.Get_Formated_Dialed_Number(true, dialled);
     Tell("%s: account %s, %s%s%s,", Quoted(name_).c_str(), account, first, *second ? " or " : "", second);
-    Tell("both in the phone book %s; from %s that is %s.", Quoted(phone_book).c_str(), location, dialled);
+    Tell("known to the phone book %s; from %s the first is shown as %s.", Quoted(phone_book).c_str(),
+         location, dialled);
 }
 
 void Call::Fill_In() {
     utility_.Initialize_Connect_Params(&params_);
     if (utility_.Is_Lan_Config()) { // nothing is filled in for it
         name_.copy(params_.configuration_name, sizeof params_.configuration_name - 1);
+        Tell("Nothing is dialled for it: the record to connect with has its name alone.");
         return;
     }
     char number[256], location[256], expected[256] = "1.1.1.1";
     utility_.Get_Dialup_Numbers(number, nullptr);
     utility_.Get_Default_Location(location);
-    if (!utility_.Modem_Is_DSL()) Create_Dial_Number(number, location, expected, nullptr);
+    if (utility_.Modem_Is_DSL())
+        Tell("Its device dials no number, though.");
+    else
+        Create_Dial_Number(number, location, expected, nullptr);
     Require(name_ == params_.configuration_name && *params_.account_id && *params_.password,
             "the record has name, account and password");
     Require(*expected && std::strcmp(params_.first_dial_string, expected) == 0,
@@ -164,7 +169,9 @@ void Call::Tell_Status(const char *identifier, const std::string &value) {
 void Call::Dial() {
     Write_Fate(Dial_Time, Lost_After);
     Require_Success(utility_.Connect(&params_, false, false), "the connection can be begun");
-    if (!utility_.Is_Lan_Config()) {
+    if (utility_.Is_Lan_Config()) {
+        Tell("Connect has it up at once:");
+    } else {
         const std::string number = params_.first_dial_string;
         Require(Component_Status() == "Dialling " + number, "the number is being dialled");
         Tell("Connect begins to dial:");
