@@ -40,11 +40,12 @@ bool Open_Location(CRegMaster &location, const char *subkey) {
 
 bool Open_Current_Location(CRegMaster &location) {
     CRegMaster locations;
-    long current = 0, id = 0;
+    long current = 0;
     if (!locations.OpenKey(HKEY_LOCAL_MACHINE, LOCATIONS_KEY)) return false;
     if (!locations.GetRegEntry("CurrentID", &current)) return false;
     char subkey[Name_Size];
     for (unsigned long index = 0; locations.GetSubkey(index, subkey); ++index) {
+        long id = 0; // anew: a shorter value fills a part of it
         if (Open_Location(location, subkey) && location.GetRegEntry("ID", &id) && id == current) return true;
     }
     return false;

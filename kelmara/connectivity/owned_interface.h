@@ -28,7 +28,8 @@ class OwnedInterface {
         Release();
         void *out = nullptr;
         const long result = call(&out);
-        if (result == 0) m_Reference = static_cast<Interface *>(out);
+        if (result >= 0) m_Reference = static_cast<Interface *>(out);
+        if (result > 0) Release(); // none of the codes that callers know
         return result == 0 && !out ? E_NOINTERFACE : result;
     }
 

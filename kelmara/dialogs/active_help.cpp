@@ -4,6 +4,7 @@
 #include <kelmara/dialogs/window_user_data.h>
 
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -115,8 +116,7 @@ CActiveHelpControl &CActiveHelpControl::operator=(const CActiveHelpControl &othe
 CActiveHelpControl::~CActiveHelpControl() {
     ObjectWatch::Tell_Of_End(this);
     if (!m_UserData) return;
-    long &slot = static_cast<WindowUserData *>(m_UserData)->Slots[Help_Slot];
-    if (slot == reinterpret_cast<long>(this)) slot = 0;
+    Empty_Window_Slot(m_UserData, Help_Slot, this);
     DeleteWindowUserData(m_UserData);
     m_UserData = nullptr;
 }
@@ -142,7 +142,10 @@ long CActiveHelpControl::WndProc(HWND window, unsigned int message, unsigned int
     Call call(*control, window);
     const long result = CallWindowProcA(control->m_OldWndProc, window, message, wparam, lparam);
     call.Return_To_Window();
-    if (message == WM_SETCURSOR && call.Is_Control_There())
-        control->m_Manager->SetHelp(control, control->m_HelpText);
+    if (message == WM_SETCURSOR && call.Is_Control_There()) {
+        char text[sizeof m_HelpText]; // which outlives the control, should the pane's answer be its end
+        std::memcpy(text, control->m_HelpText, sizeof text);
+        control->m_Manager->SetHelp(control, text);
+    }
     return result;
 }

@@ -75,7 +75,8 @@ HPALETTE Palette_Of_Screen() {
 
 BITMAPINFO *CreateBitmapInfoStruct(HBITMAP bitmap) try {
     BITMAP described = {};
-    if (GetObjectA(bitmap, sizeof described, &described) == 0) return nullptr;
+    if (GetObjectA(bitmap, sizeof described, &described) != static_cast<int>(sizeof described))
+        return nullptr;
     const auto bits = static_cast<WORD>(described.bmPlanes * described.bmBitsPixel);
     const unsigned depth = Normalised_Depth(bits);
     auto *const information = static_cast<BITMAPINFO *>(ds_malloc_clear(Info_Size(depth)));

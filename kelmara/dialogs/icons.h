@@ -44,9 +44,11 @@ KELMARA_API long Pack_Icon(HICON icon, void **block, long *size);
 
 /// An icon for the display of `dc` from a packed one. `size` is not looked at: what can be read of the block
 /// counts. 0, also when no icon could be made of the bitmaps, and `*icon` is null then. E_UNEXPECTED, and
-/// `*icon` stays, when a bitmap cannot be made of what the block says, when one of its arrays is shorter than
-/// that bitmap or ends beyond what can be read, and for a null `icon`. The block keeps no colour tables:
-/// pixels of 8 bits and less that the display does not have stand for the usual colours.
+/// `*icon` stays, when a bitmap cannot be made of what the block says or filled with it, when one of its
+/// arrays is shorter than that bitmap or ends beyond what can be read, and for a null `icon`. The block keeps
+/// no colour tables: pixels of 8 bits and less that the display does not have stand for the usual colours. A
+/// block that was packed before version 5.1 or on a display of 8 bits has its rows in another order and
+/// length than a display of another depth takes them in: the icon stands upside down there.
 KELMARA_API long Unpack_Icon(HICON *icon, void *block, long size, HDC dc);
 
 /// An icon of 32 or 16 pixels from a file: at `file` itself, or below the suite's "Content" folder. For the

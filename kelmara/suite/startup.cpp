@@ -1,6 +1,7 @@
 #include <kelmara/suite/startup.h>
 
 #include <kelmara/connectivity/component_interfaces.h>
+#include <kelmara/connectivity/owned_interface.h>
 #include <kelmara/foundation/memory.h>
 #include <kelmara/foundation/string_helpers.h>
 #include <kelmara/localization/world_beat.h>
@@ -29,20 +30,20 @@ void Tell_That_Disk_Is_Full() {
 }
 
 long Ask_For_Server() {
-    void *server = nullptr;
-    const long result =
-        CoCreateInstance(CLSID_SuiteServer, nullptr, CLSCTX_LOCAL_SERVER, IID_IServerInterface, &server);
-    if (result != 0) return result;
-    static_cast<IServerInterface *>(server)->Release();
-    return 0;
+    OwnedInterface<IServerInterface> server;
+    return server.Take([](void **out) {
+        return CoCreateInstance(CLSID_SuiteServer, nullptr, CLSCTX_LOCAL_SERVER, IID_IServerInterface, out);
+    });
 }
 
-// `text` is cleared, and so is what does not fit with its terminator. True when there is such a value.
+// Into cleared `text`, which stays so without such a value. False, and cleared, for one that is there but
+// cannot be used: unreadable, or too long with its terminator.
 bool Read_Text(CRegMaster &registry, const char *value, char *text, unsigned long size) {
-    if (!registry.RegEntryExists(value)) return false;
+    if (!registry.RegEntryExists(value)) return true;
     unsigned long read = size;
-    if (!registry.GetRegEntry(value, text, &read) || !std::memchr(text, 0, size)) std::memset(text, 0, size);
-    return true;
+    if (registry.GetRegEntry(value, text, &read) && std::memchr(text, 0, size)) return true;
+    std::memset(text, 0, size);
+    return false;
 }
 
 void Read_Command_Line(char *command_line) try {
@@ -69,12 +70,8 @@ bool Start_Server(char *command_line) {
 void Read_Invalid_Characters(char *characters) try {
     CRegMaster registry;
     if (!registry.OpenKey(HKEY_LOCAL_MACHINE, Suite_Key)) return;
-    unsigned long size = 0;
-    const bool there = Read_Text(registry, Invalid_Characters_Value, characters, Invalid_Characters_Size);
-    const bool too_long = there && !*characters &&
-                          registry.GetRegEntry(Invalid_Characters_Value, nullptr, &size) &&
-                          size > Invalid_Characters_Size;
-    if (!*characters && !too_long) registry.SetRegEntry(Invalid_Characters_Value, Default_Invalid_Characters);
+    if (Read_Text(registry, Invalid_Characters_Value, characters, Invalid_Characters_Size) && !*characters)
+        registry.SetRegEntry(Invalid_Characters_Value, Default_Invalid_Characters);
 } catch (...) { // no memory for a registry object
 }
 

@@ -12,7 +12,7 @@ namespace {
 constexpr WORD Depths[] = {1, 4, 8, 16, 24, 32};
 
 std::unique_ptr<Bitmap> One_Or_More(LONG width, LONG height, WORD bits) {
-    const bool nothing = width == 0 || height == 0;
+    const bool nothing = width >= 0 && height >= 0 && (width == 0 || height == 0);
     return nothing ? New_Bitmap(1, 1, 1) : New_Bitmap(width, height, bits);
 }
 

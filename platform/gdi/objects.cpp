@@ -2,6 +2,7 @@
 
 #include <platform/gdi/bitmap.h>
 #include <platform/kernel.h>
+#include <platform/kernel/everlasting.h>
 #include <platform/kernel/fork_lock.h>
 #include <platform/kernel/outcome.h>
 #include <platform/machine.h>
@@ -15,7 +16,7 @@ namespace {
 [[gnu::tls_model("initial-exec")]] constinit thread_local int held = 0;
 
 ForkLock &Lock_Of_Objects() {
-    static auto *const lock = new ForkLock;
+    static Everlasting<ForkLock> lock;
     return *lock;
 }
 
@@ -24,7 +25,7 @@ constexpr std::uintptr_t First_Number = 0x1000; // stock objects' are below, fou
 constexpr int Stock_Objects[] = {ANSI_VAR_FONT, SYSTEM_FONT, DEFAULT_PALETTE, DEFAULT_GUI_FONT};
 
 ObjectTable<GdiObject> &Objects() {
-    static auto *const objects = new ObjectTable<GdiObject>(First_Number);
+    static Everlasting<ObjectTable<GdiObject>> objects(First_Number);
     return *objects;
 }
 
@@ -99,8 +100,9 @@ HGDIOBJ GetStockObject(int number) {
 BOOL DeleteObject(HGDIOBJ object) {
     if (Is_Stock_Object(object)) return TRUE;
     const ObjectLock lock;
-    if (Is_Selected(object)) return FALSE;
-    const bool is_one = Find_Object(object) && !dynamic_cast<DeviceContext *>(Find_Object(object));
+    GdiObject *const found = Find_Object(object);
+    if (dynamic_cast<FontObject *>(found) && Is_Selected(object)) return FALSE;
+    const bool is_one = found && !dynamic_cast<DeviceContext *>(found);
     return Succeed_Or_Tell(is_one && Remove_Object(object) ? NO_ERROR : ERROR_INVALID_HANDLE);
 }
 

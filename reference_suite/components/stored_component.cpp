@@ -33,6 +33,13 @@ long StoredComponent::Set_Lock(bool on) {
     return result;
 }
 
+// What a connection's record is given leaves room for the terminator, so that nothing is kept that could
+// never be read there.
+long StoredComponent::Longest_Text(unsigned long code) {
+    const bool goes_into_record = code == Option_Account_ID.code || code == Option_Password.code;
+    return goes_into_record ? Option_Account_ID_To_Connect.size - 1 : Longest_Option;
+}
+
 long StoredComponent::Commit() {
     return m_Lock.Is_Held() ? m_Options.Store(m_Key.c_str(), Options_Value) : E_UNEXPECTED;
 }
@@ -40,7 +47,7 @@ long StoredComponent::Commit() {
 long StoredComponent::Set(unsigned long code, const char *data, long length) {
     if (!data || length < 1) return E_INVALIDARG;
     const std::string text(data, strnlen(data, static_cast<std::size_t>(length)));
-    if (text.size() > Longest_Option) return E_INVALIDARG;
+    if (text.size() > static_cast<std::size_t>(Longest_Text(code))) return E_INVALIDARG;
     if (!m_Lock.Is_Held()) return E_UNEXPECTED;
     return m_Options.Set(Stored_Value_Name(code).c_str(), text.c_str());
 }

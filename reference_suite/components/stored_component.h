@@ -31,13 +31,14 @@ class StoredComponent {
     /// Needs the lock, which stays. A failure keeps what is stored, and the change to be committed again.
     long Commit();
     /// Needs the lock. The text up to its terminator or `length`; E_INVALIDARG for null, for no length and
-    /// for more than Longest_Option characters.
+    /// for more than Longest_Option characters; 62 of an account or a password, which go into a record.
     long Set(unsigned long code, const char *data, long length);
     /// `*size` in: the buffer's; out: the text's; both with the terminator. ERROR_FILE_NOT_FOUND when there
     /// is none, ERROR_MORE_DATA when it does not fit: the buffer then gets an empty text, never a part.
     long Get(unsigned long code, char *buffer, long *size);
 
   private:
+    static long Longest_Text(unsigned long code);
     long Load();
 
     const long m_Kind;

@@ -81,6 +81,7 @@ TEST_F(Startup, NamesAreHeldToTheListInTheRegistry) {
     } lists[] = {{std::string("#\0", 2), "a.b", "a#b"},
                  {"#", "a.b", "a#b"},
                  {std::string(255, '#') + '\0', "a.b", "a#b"},
+                 {std::string(256, '#'), "a#b", "a.b"},
                  {std::string(300, '#') + '\0', "a#b", "a.b"}};
     for (const auto &each : lists) {
         suite.Set("InvalidNameChars", each.list);

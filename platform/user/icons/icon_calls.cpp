@@ -1,6 +1,7 @@
 #include <platform/user/icons/icon.h>
 
 #include <platform/kernel.h>
+#include <platform/kernel/everlasting.h>
 #include <platform/kernel/outcome.h>
 #include <platform/machine.h>
 #include <platform/user.h>
@@ -10,7 +11,7 @@ namespace {
 constexpr std::uintptr_t First_Number = 0x40000000; // beyond those of GDI's objects
 
 ObjectTable<Icon> &Icons() {
-    static auto *const icons = new ObjectTable<Icon>(First_Number);
+    static Everlasting<ObjectTable<Icon>> icons(First_Number);
     return *icons;
 }
 

@@ -124,8 +124,8 @@ std::vector<DirectoryEntry> Entries_Of(std::string_view file) {
     return entries;
 }
 
-// The less, the better: size before depth, and more of either than is wanted rather than less of it, but no
-// more colours than the screen has.
+// The less, the better: size before depth. A larger size goes before a smaller one; of depths the nearest,
+// but none beyond the screen's before one within it.
 auto Unfitness(const FoundPicture &picture, LONG wanted, WORD depth) {
     const LONG width = picture.header.biWidth;
     const WORD bits = picture.header.biBitCount;

@@ -1,6 +1,7 @@
 #include <platform/user/menus/menu_table.h>
 
 #include <platform/kernel.h>
+#include <platform/kernel/everlasting.h>
 #include <platform/kernel/fork_lock.h>
 #include <platform/machine.h>
 
@@ -14,7 +15,7 @@ struct LockedTable {
 };
 
 LockedTable &The_Table() {
-    static auto *table = new LockedTable;
+    static Everlasting<LockedTable> table;
     return *table;
 }
 

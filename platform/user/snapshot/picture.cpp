@@ -34,11 +34,12 @@ constexpr EdgeColours Edges[] = {
 
 } // namespace
 
+// A font about as wide as what is measured: not every viewer looks at textLength.
 Picture::Picture(SIZE size) {
     Add(svg_,
         "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%ld\" height=\"%ld\" "
         "shape-rendering=\"crispEdges\" "
-        "font-family=\"sans-serif\">\n",
+        "font-family=\"Arial, sans-serif\">\n",
         size.cx, size.cy);
     Add(svg_, Gradient, "active", Colour_Selection, Colour_Pale_Caption);
     Add(svg_, Gradient, "inactive", Colour_Shadow, "#c0c0c0");

@@ -1,15 +1,14 @@
 #include <reference_suite/programs/road/dialogs.h>
 
 #include <reference_suite/programs/road/narrator.h>
+#include <reference_suite/programs/road/pictures.h>
 
 #include <kelmara/kelmara.h>
 
 #include <platform/gdi.h>
-#include <platform/machine.h>
 #include <platform/user.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 
 namespace {
@@ -92,14 +91,6 @@ std::string First_Menu_Item(HWND dialog) {
     char text[512] = "";
     GetMenuStringA(GetSubMenu(GetMenu(dialog), 0), 0, text, sizeof text, MF_BYPOSITION);
     return text;
-}
-
-void Take_Picture(HWND dialog, const std::string &name) {
-    const std::string folder = std::string(Machine_Folder()) + "/pictures";
-    std::filesystem::create_directories(folder);
-    const std::string path = folder + "/" + name + ".svg";
-    Require(Snapshot_Window(dialog, path.c_str()), "a picture can be taken");
-    Tell("  %s", path.c_str());
 }
 
 std::string Translate(HWND dialog, const char *language) {

@@ -1,6 +1,7 @@
 #include <reference_suite/programs/road/help_and_icons.h>
 
 #include <reference_suite/programs/road/narrator.h>
+#include <reference_suite/programs/road/pictures.h>
 
 #include <kelmara/kelmara.h>
 
@@ -8,7 +9,6 @@
 #include <platform/machine.h>
 #include <platform/user.h>
 
-#include <filesystem>
 #include <string>
 
 namespace {
@@ -18,15 +18,15 @@ class FieldDialog {
   public:
     FieldDialog() {
         constexpr DWORD style = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_VISIBLE;
-        window_ = CreateWindowExA(WS_EX_DLGMODALFRAME, "#32770", "Fields", style, 100, 100, 300, 160, nullptr,
-                                  nullptr, nullptr, nullptr);
-        Require(window_ != nullptr, "a dialog can be made");
+        window = CreateWindowExA(WS_EX_DLGMODALFRAME, "#32770", "Fields", style, 100, 100, 300, 160, nullptr,
+                                 nullptr, nullptr, nullptr);
+        Require(window != nullptr, "a dialog can be made");
         icon = Add("Static", SS_ICON, {12, 12, 44, 44});
         name = Add("Edit", WS_BORDER, {60, 10, 280, 32});
         password = Add("Edit", WS_BORDER | ES_PASSWORD, {60, 40, 280, 62});
         pane = Add("Static", SS_SUNKEN, {12, 76, 280, 120});
     }
-    ~FieldDialog() { DestroyWindow(window_); }
+    ~FieldDialog() { DestroyWindow(window); }
     FieldDialog(const FieldDialog &) = delete;
     FieldDialog &operator=(const FieldDialog &) = delete;
 
@@ -35,27 +35,17 @@ class FieldDialog {
         GetWindowTextA(pane, text, sizeof text);
         return text;
     }
-    void Take_Picture(const std::string &picture) const {
-        const std::string folder = std::string(Machine_Folder()) + "/pictures";
-        std::filesystem::create_directories(folder);
-        const std::string path = folder + "/" + picture + ".svg";
-        Require(Snapshot_Window(window_, path.c_str()), "a picture can be taken");
-        Tell("  %s", path.c_str());
-    }
-
-    HWND icon, name, password, pane;
+    HWND window, icon, name, password, pane;
 
   private:
     HWND Add(const char *control_class, DWORD style, RECT place) const {
         const HWND control =
             CreateWindowExA(0, control_class, "", WS_CHILD | WS_VISIBLE | style, static_cast<int>(place.left),
                             static_cast<int>(place.top), static_cast<int>(place.right - place.left),
-                            static_cast<int>(place.bottom - place.top), window_, nullptr, nullptr, nullptr);
+                            static_cast<int>(place.bottom - place.top), window, nullptr, nullptr, nullptr);
         SendMessageA(control, WM_SETFONT, reinterpret_cast<WPARAM>(GetStockObject(DEFAULT_GUI_FONT)), 0);
         return control;
     }
-
-    HWND window_;
 };
 
 } // namespace
@@ -92,7 +82,7 @@ void Hand_On_An_Icon() {
         const FieldDialog dialog;
         SendMessageA(dialog.icon, STM_SETICON, reinterpret_cast<WPARAM>(icon), 0);
         SetWindowTextA(dialog.pane, "An icon that came as a block of bytes.");
-        dialog.Take_Picture("icon");
+        Take_Picture(dialog.window, "icon");
     }
     DestroyIcon(icon);
 }

@@ -1,6 +1,7 @@
 // The road: what the library does for a program, from a machine without anything on, told step by step. Ends
 // with 0; where something is not as it should be it says so and ends with 1.
 
+#include <reference_suite/programs/road/bound_dialog.h>
 #include <reference_suite/programs/road/dialogs.h>
 #include <reference_suite/programs/road/help_and_icons.h>
 #include <reference_suite/programs/road/log_and_messages.h>
@@ -72,6 +73,8 @@ int main(int argc, char **argv) {
     Write_A_Welcome();
     Find_Strings();
     Translate_A_Dialog();
+    Fill_In_A_Dialog();
+    Refit_A_Dialog();
     Point_At_Fields();
     Hand_On_An_Icon();
     Start_The_Suite(options);
