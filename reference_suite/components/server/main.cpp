@@ -75,7 +75,7 @@ int Serve() {
 
 int main() {
     if (CoInitialize(nullptr) != S_OK) return 1;
-    const HANDLE mutex = CreateMutexA(nullptr, FALSE, "KelmaraSuiteServer");
+    const HANDLE mutex = CreateMutexA(nullptr, FALSE, Server_Mutex);
     const int code = Is_Mine_To_Serve(mutex) ? Serve() : 0;
     CoUninitialize();
     CloseHandle(mutex);

@@ -9,6 +9,8 @@
 
 /// Written as a setting, it is not stored: the server ends.
 inline constexpr unsigned long Setting_End_Server = Component_Code("quit");
+/// Held by the server that serves, as long as it lives.
+inline constexpr char Server_Mutex[] = "KelmaraSuiteServer";
 
 class SuiteServer final : public IServerInterface, public IServerSimpleAccessInterface {
   public:

@@ -9,9 +9,12 @@
 #include <reference_suite/programs/road/narrator.h>
 #include <reference_suite/programs/road/neighbour.h>
 #include <reference_suite/programs/road/registry_and_files.h>
+#include <reference_suite/programs/road/road_options.h>
 #include <reference_suite/programs/road/running_twice.h>
 #include <reference_suite/programs/road/sections_and_templates.h>
+#include <reference_suite/programs/road/start_of_the_suite.h>
 #include <reference_suite/programs/road/strings.h>
+#include <reference_suite/programs/road/the_call.h>
 
 #include <reference_suite/installer/install_suite.h>
 
@@ -56,14 +59,9 @@ int Run_As_Neighbour(const std::string &role) {
 
 int main(int argc, char **argv) {
     if (argc == 3 && std::strcmp(argv[1], "--neighbour") == 0) return Run_As_Neighbour(argv[2]);
-    if (argc != 2 || argv[1][0] == '-') {
-        std::fprintf(stderr,
-                     "usage: road FOLDER\n"
-                     "Makes a machine in FOLDER, which is new or empty, and shows on it what the library "
-                     "does.\n");
-        return 2;
-    }
-    Make_A_Machine(argv[1]);
+    RoadOptions options;
+    if (!Read_Options(argc, argv, options)) return 2;
+    Make_A_Machine(options.folder);
     Make_First_Allocation();
     Share_Atoms();
     Find_Folders();
@@ -79,6 +77,9 @@ int main(int argc, char **argv) {
     Refit_A_Dialog();
     Point_At_Fields();
     Hand_On_An_Icon();
+    Start_The_Suite(options);
+    Make_A_Call(options);
+    End_The_Suite();
     std::printf("\nAll as it should be.\n");
     return 0;
 }

@@ -9,3 +9,5 @@ void Begin_Chapter(const std::string &title);
 void Tell(const char *format, ...) __attribute__((format(printf, 1, 2)));
 /// Ends the program with 1 and says where, unless `as_it_should_be`.
 void Require(bool as_it_should_be, const char *what);
+/// The same for a code that is 0 on success; it is told too.
+void Require_Success(long code, const char *what);
