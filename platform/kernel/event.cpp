@@ -10,7 +10,8 @@
 // nothing half done. A stopped holder holds up nobody beyond a limit: to take the event, to leave a place and
 // to reset is one step each without the lock, who wants a place looks for itself until the lock is free, and
 // who sets waits for it a second. A thread may be killed or stopped anywhere between a release and the call
-// that wakes the released one: sleepers look again every second.
+// that wakes the released one: sleepers look again every second. A waiter that is killed after its release
+// leaves a place that says so, and the next to look has the release.
 
 #include <platform/kernel/named_objects.h>
 #include <platform/kernel/robust_lock.h>
@@ -29,6 +30,7 @@ struct Place {
     pthread_mutex_t presence;        // held by who waits here
     std::atomic<std::uint32_t> turn; // 0: nobody waits here
     std::atomic<std::uint32_t> stage;
+    std::atomic<std::uint32_t> resets; // the event's when the place was released
 };
 
 struct EventState {
@@ -36,6 +38,7 @@ struct EventState {
     std::uint32_t manual;
     std::atomic<std::uint32_t> set;
     std::uint32_t last_turn;
+    std::atomic<std::uint32_t> resets;
     Place places[Most_Places];
 };
 static_assert(sizeof(EventState) <= 4096);
@@ -86,10 +89,19 @@ std::uint32_t Next_Turn(EventState &state) {
     return state.last_turn;
 }
 
+// Whoever waited there died with a release that it had not taken; the place's lock is the caller's.
+bool Is_Release_Left(const Place &place) {
+    return place.turn != 0 && place.stage.load(std::memory_order_relaxed) == Released;
+}
+
 // A place whose lock is the caller's from then on; null when all are taken.
 Place *Find_Place(EventState &state) {
     for (Place &place : state.places) {
         if (!Owns_After(pthread_mutex_trylock(&place.presence), place.presence)) continue;
+        if (Is_Release_Left(place)) {
+            pthread_mutex_unlock(&place.presence);
+            continue;
+        }
         place.stage.store(Waiting, std::memory_order_relaxed);
         place.turn = Next_Turn(state);
         return &place;
@@ -107,8 +119,9 @@ bool Has_Waiter(Place &place) {
 }
 
 // False when the waiter's time was over first.
-bool Release(Place &place) {
+bool Release(EventState &state, Place &place) {
     std::uint32_t stage = Waiting;
+    place.resets = state.resets.load();
     if (!place.stage.compare_exchange_strong(stage, Released)) return false;
     Wake_One(place.stage);
     return true;
@@ -116,7 +129,7 @@ bool Release(Place &place) {
 
 void Release_All(EventState &state) {
     for (Place &place : state.places) {
-        if (Has_Waiter(place)) Release(place);
+        if (Has_Waiter(place)) Release(state, place);
     }
 }
 
@@ -132,9 +145,22 @@ Place *Find_First(EventState &state) {
 
 bool Release_First(EventState &state) {
     while (Place *first = Find_First(state)) {
-        if (Release(*first)) return true;
+        if (Release(state, *first)) return true;
     }
     return false;
+}
+
+// Of waiters who died before they could take them.
+void Take_Releases_Back(EventState &state) {
+    bool left = false;
+    for (Place &place : state.places) {
+        if (!Is_Release_Left(place)) continue;
+        if (!Owns_After(pthread_mutex_trylock(&place.presence), place.presence)) continue;
+        left = left || (Is_Release_Left(place) && place.resets == state.resets);
+        place.turn = 0;
+        pthread_mutex_unlock(&place.presence);
+    }
+    if (left && !state.manual && !Is_Set_Already(state) && !Release_First(state)) state.set = 1;
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -151,7 +177,10 @@ class EventObject final : public NamedObject {
     DWORD Leave(WaitSpot &spot, bool wanted) override;
     /// False when the lock is not to be had in time; nothing has changed.
     bool Set();
-    void Reset() { state_.set = 0; }
+    void Reset() {
+        ++state_.resets;
+        state_.set = 0;
+    }
 
     static NamedObject *Make(std::unique_ptr<SharedBlock> block) {
         if (block->Size() < sizeof(EventState) || !block->Contents()) return nullptr;
@@ -161,7 +190,7 @@ class EventObject final : public NamedObject {
   private:
     ~EventObject() override = default;
     bool Give_Up(Place &place);
-    void Pass_On();
+    void Pass_On(std::uint32_t resets);
     void Let_Name_Go() override { block_->Let_Name_Go_If_Last(SharedBlock::Patience::Give_Up); }
     void Last_Released() override {
         Forget_Name();
@@ -175,13 +204,18 @@ class EventObject final : public NamedObject {
 DWORD EventObject::Look(WaitSpot &spot) {
     if (auto *place = static_cast<Place *>(spot.place)) {
         const bool set = Take_If_Set(state_);
-        if (!set && place->stage.load(std::memory_order_acquire) == Waiting) return WAIT_TIMEOUT;
-        if (Give_Up(*place) && set) Pass_On();
+        if (!set && place->stage.load(std::memory_order_acquire) == Waiting) {
+            if (const StateLock lock(state_, Patience_To_Wait); lock) Take_Releases_Back(state_);
+            if (place->stage.load(std::memory_order_acquire) == Waiting) return WAIT_TIMEOUT;
+        }
+        const std::uint32_t resets = place->resets;
+        if (Give_Up(*place) && set) Pass_On(resets);
         return WAIT_OBJECT_0;
     }
     if (Take_If_Set(state_)) return WAIT_OBJECT_0;
     const StateLock lock(state_, Patience_To_Wait);
     if (!lock) return WAIT_TIMEOUT;
+    Take_Releases_Back(state_);
     if (Take_If_Set(state_)) return WAIT_OBJECT_0;
     Place *const place = Find_Place(state_);
     if (!place) return WAIT_TIMEOUT;
@@ -191,9 +225,10 @@ DWORD EventObject::Look(WaitSpot &spot) {
 
 DWORD EventObject::Leave(WaitSpot &spot, bool wanted) {
     auto *place = static_cast<Place *>(spot.place);
+    const std::uint32_t resets = place ? place->resets.load() : 0;
     const bool released = place && Give_Up(*place);
     if (wanted && (released || Take_If_Set(state_))) return WAIT_OBJECT_0;
-    if (released) Pass_On();
+    if (released) Pass_On(resets);
     return WAIT_TIMEOUT;
 }
 
@@ -206,9 +241,10 @@ bool EventObject::Give_Up(Place &place) {
     return released;
 }
 
-// A release that was not needed. Who waits sees within a round what is set without the lock.
-void EventObject::Pass_On() {
-    if (!state_.manual && !Set()) state_.set = 1;
+// A release that was not needed, unless the event was reset behind it. Who waits sees within a round what is
+// set without the lock.
+void EventObject::Pass_On(std::uint32_t resets) {
+    if (!state_.manual && resets == state_.resets && !Set()) state_.set = 1;
 }
 
 // A manual event is set before the releases: whoever is released finds it set, and whoever is not, because
@@ -220,8 +256,9 @@ bool EventObject::Set() {
     if (state_.manual) {
         state_.set = 1;
         Release_All(state_);
-    } else if (!Is_Set_Already(state_) && !Release_First(state_)) {
-        state_.set = 1;
+    } else {
+        Take_Releases_Back(state_);
+        if (!Is_Set_Already(state_) && !Release_First(state_)) state_.set = 1;
     }
     return true;
 }

@@ -1,5 +1,6 @@
 #include <platform/local_memory.h>
 
+#include <platform/kernel/fork_lock.h>
 #include <platform/kernel/outcome.h>
 
 #include <cstdlib>
@@ -15,7 +16,7 @@ struct LocalBlock {
 };
 
 struct LocalHeap {
-    std::mutex lock;
+    ForkLock lock;
     std::map<HLOCAL, LocalBlock> blocks;
 };
 

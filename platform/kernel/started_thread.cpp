@@ -5,6 +5,7 @@
 // Where the lock lies must stay until then, whoever closes the handle: the places are kept, and used again
 // once their thread has ended and nobody has a handle to it.
 
+#include <platform/kernel/fork_lock.h>
 #include <platform/kernel/outcome.h>
 #include <platform/kernel/robust_lock.h>
 #include <platform/kernel/thread_object.h>
@@ -28,7 +29,7 @@ struct ThreadLife {
 };
 
 struct Lives {
-    std::mutex lock;
+    ForkLock lock;
     std::deque<ThreadLife> all;
 };
 

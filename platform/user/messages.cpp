@@ -6,6 +6,8 @@
 #include <platform/kernel/outcome.h>
 #include <platform/kernel/waiting.h>
 
+#include <algorithm>
+
 namespace {
 
 MSG Made_Now(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -112,7 +114,8 @@ DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE *handles, BOOL all, DW
         queue->Answer_Sent();
         if (deadline.Left() == 0) return WAIT_TIMEOUT;
         queue->Row().Set_Idle();
-        const DWORD result = Wait_For_First(held.Objects(), deadline, &woken);
+        const Deadline round(static_cast<DWORD>(std::min(deadline.Left(), Round_Milliseconds)));
+        const DWORD result = Wait_For_First(held.Objects(), round, &woken);
         if (result != WAIT_TIMEOUT) return result;
     }
 }

@@ -169,6 +169,7 @@ BOOL EnableWindow(HWND handle, BOOL enable) {
         const TreeLock lock;
         window->style = enable ? window->style & ~WS_DISABLED : window->style | WS_DISABLED;
     }
+    if (!enable) Cancel_Pointer_In(window); // what was dropped anew meanwhile
     if (!enable && GetFocus() == handle) SetFocus(nullptr);
     Send_To(window, WM_ENABLE, enable != FALSE, 0);
     return was_disabled;

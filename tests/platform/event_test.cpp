@@ -3,6 +3,8 @@
 #include <tests/support/sleepers.h>
 #include <tests/support/test_machine.h>
 
+#include <platform/user.h>
+
 #include <atomic>
 #include <csignal>
 #include <memory>
@@ -113,6 +115,28 @@ TEST_F(Events, OfTheManualKindEndAllWaitsEvenIfTheyAreResetAtOnce) {
     EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
 }
 
+SECOND_PROCESS(waiter_for_either) {
+    const HANDLE both[] = {Create(Automatic, FALSE, "ONE"), Create(Automatic, FALSE, "OTHER")};
+    process.Tell("waits");
+    process.Tell(std::to_string(MsgWaitForMultipleObjects(2, both, FALSE, INFINITE, 0)));
+    process.Hear();
+    return 0;
+}
+
+TEST_F(Events, StayResetWhenAWaitThatTheyHadReleasedTakesAnother) {
+    const TestHandle one(Create(Automatic, FALSE, "ONE")), other(Create(Automatic, FALSE, "OTHER"));
+    SecondProcess waiter("waiter_for_either");
+    EXPECT_EQ(waiter.Hear(), "waits");
+    Wait_Until_Asleep(waiter.Id(), waiter.Id());
+    kill(static_cast<pid_t>(waiter.Id()), SIGSTOP);
+    SetEvent(other);
+    ResetEvent(other);
+    SetEvent(one);
+    kill(static_cast<pid_t>(waiter.Id()), SIGCONT);
+    EXPECT_EQ(waiter.Hear(), "0");
+    EXPECT_EQ(WaitForSingleObject(other, 0), WAIT_TIMEOUT);
+}
+
 TEST_F(Events, WakeOtherProcessesAndPassOverKilledOnes) {
     const TestHandle event(Create(Automatic));
     const auto begin_to_wait = [](SecondProcess &process) {
@@ -127,6 +151,16 @@ TEST_F(Events, WakeOtherProcessesAndPassOverKilledOnes) {
     killed.Wait();
     SetEvent(event);
     EXPECT_EQ(waiting.Hear(), "0") << "not lost to the one that was killed";
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
+
+    SecondProcess stopped("event_waiter");
+    begin_to_wait(stopped);
+    SecondProcess next("event_waiter");
+    begin_to_wait(next);
+    kill(static_cast<pid_t>(stopped.Id()), SIGSTOP);
+    SetEvent(event);
+    stopped.Kill();
+    EXPECT_EQ(next.Hear(), "0") << "nor to one that is killed before it can take it";
     EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
 
     Waiter here(event);

@@ -32,6 +32,7 @@ bool ComboBox::Close(UINT notice) {
     if (!dropped_) return true;
     dropped_ = false;
     To_List(WM_CANCELMODE); // a button may be held down over it
+    Release_Pointer(list_); // also when its procedure does not answer that
     ShowWindow(list_, SW_HIDE);
     Changed();
     return Notify(notice) && Notify(CBN_CLOSEUP);
