@@ -1,6 +1,7 @@
 #include <reference_suite/programs/road/help_and_icons.h>
 
 #include <reference_suite/programs/road/narrator.h>
+#include <reference_suite/programs/road/neighbour.h>
 #include <reference_suite/programs/road/pictures.h>
 
 #include <kelmara/kelmara.h>
@@ -9,9 +10,13 @@
 #include <platform/machine.h>
 #include <platform/user.h>
 
+#include <cstdio>
 #include <string>
+#include <vector>
 
 namespace {
+
+constexpr char Handed_On[] = "c:\\icon.block";
 
 /// A dialog with an icon, two fields and a pane below them.
 class FieldDialog {
@@ -72,17 +77,38 @@ void Hand_On_An_Icon() {
     long size = 0;
     Require(Pack_Icon(loaded, &block, &size) == 0, "an icon can be packed");
     DestroyIcon(loaded);
-    Tell("The suite's icon, packed, is %ld bytes. Made from them again:", size);
+    CKMFile file;
+    Require(file.Open(Handed_On, true, true) == 0 && file.Write(block, size, true) == 0 && file.Close() == 0,
+            "the block can be written to a file");
+    ds_free(block);
+    Tell("The suite's icon, packed, is %ld bytes. Another process takes them:", size);
+    Neighbour other("icon");
+    const std::string made = other.Hear();
+    Require(made == "32 x 32" && other.Wait() == 0, "the other process makes the icon again");
+    Tell("it has an icon of %s pixels again, and shows it.", made.c_str());
+}
+
+int Make_The_Icon_Again() {
+    CKMFile file;
+    std::vector<char> block(sizeof(PackedIconHeader));
+    auto *header = reinterpret_cast<PackedIconHeader *>(block.data());
+    if (file.Open(Handed_On, false, false) != 0 || file.Read(header, sizeof *header) != 0) return 1;
+    const auto bits = static_cast<long>(header->mask_size + header->colour_size);
+    block.resize(block.size() + static_cast<std::size_t>(bits));
+    if (file.Read(block.data() + sizeof(PackedIconHeader), bits) != 0) return 2;
     const HDC screen = GetDC(nullptr);
     HICON icon = nullptr;
-    Require(Unpack_Icon(&icon, block, size, screen) == 0 && icon, "and unpacked");
+    const long result = Unpack_Icon(&icon, block.data(), static_cast<long>(block.size()), screen);
     ReleaseDC(nullptr, screen);
-    ds_free(block);
+    if (result != 0 || !icon) return 3;
+    header = reinterpret_cast<PackedIconHeader *>(block.data());
     {
         const FieldDialog dialog;
         SendMessageA(dialog.icon, STM_SETICON, reinterpret_cast<WPARAM>(icon), 0);
         SetWindowTextA(dialog.pane, "An icon that came as a block of bytes.");
+        std::printf("%ld x %ld\n", header->colour_width, header->colour_height);
         Take_Picture(dialog.window, "icon");
     }
     DestroyIcon(icon);
+    return 0;
 }

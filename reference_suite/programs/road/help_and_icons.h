@@ -3,3 +3,5 @@
 
 void Point_At_Fields();
 void Hand_On_An_Icon();
+/// The other process's part; its exit code.
+int Make_The_Icon_Again();

@@ -53,6 +53,7 @@ int Run_As_Neighbour(const std::string &role) {
     if (role == "setting") return Change_A_Setting();
     if (role == "save") return Save_And_Stay();
     if (role == "log") return Log_And_Answer();
+    if (role == "icon") return Make_The_Icon_Again();
     if (role == "second copy") return Be_The_Second_Copy();
     return 2;
 }
