@@ -2,6 +2,7 @@
 // with 0; where something is not as it should be it says so and ends with 1.
 
 #include <reference_suite/programs/road/bound_dialog.h>
+#include <reference_suite/programs/road/component_in_the_shell.h>
 #include <reference_suite/programs/road/dialogs.h>
 #include <reference_suite/programs/road/help_and_icons.h>
 #include <reference_suite/programs/road/log_and_messages.h>
@@ -79,6 +80,7 @@ int main(int argc, char **argv) {
     Point_At_Fields();
     Hand_On_An_Icon();
     Start_The_Suite(options);
+    Register_A_Component();
     Make_A_Call(options);
     End_The_Suite();
     std::printf("\nAll as it should be.\n");
