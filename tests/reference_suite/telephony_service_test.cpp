@@ -33,6 +33,7 @@ class Services : public MachineTest {
         Make_Location(5, "Office", 1, {"425", "9,", "9,w8", ""}, 0);
         Make_Location(8, "Hotel", 44, {"0171", "", "0,", ""}, 1);
         Make_Location(9, "Nowhere", 999, {"", "", "", ""}, 1);
+        Make_Location(45, "Copenhagen", 45, {"", "", "", ""}, 1);
         Make_Current(3);
         DWORD devices = 0;
         ASSERT_EQ(initialize(&application, nullptr, Ignore, nullptr, &devices), 0);
@@ -94,8 +95,12 @@ TEST_F(Services, TranslateFromWhereTheUserIs) {
         {5, "+1 (206) 555-1212", 2, "P9,W812065551212", "9,w8 1 (206) 555-1212", Long_Distance},
         {8, "+44 (0121) 555 1212", 2, "T0,01215551212", "0, 0121 555 1212", Long_Distance},
         {8, "+1 (206) 555-1212", 2, "T0,0012065551212", "0, 00 1 206 555-1212", International},
+        {8, "+44 (0)121 555 1212", 0, "T0,01215551212", "0, 0 121 555 1212", Long_Distance},
+        {3, "+49 (0)30 123456", 0, "T0114930123456", "011 49 30 123456", International},
+        {45, "+1 (206) 555-1212", 0, "T0012065551212", "00 1 206 555-1212", International},
+        {45, "+45 33 12 34 56", 0, "T33123456", "33 12 34 56", Local},
         {3, "411", 2, "T411", "411", As_It_Is},
-        {3, "p555-1212#", 2, "P5551212#", "p555-1212#", As_It_Is},
+        {3, "p555-1212#,t34", 2, "P5551212#,T34", "p555-1212#,t34", As_It_Is},
     };
     for (const auto &[location, address, options, dialable, displayable, results] : rows) {
         Make_Current(location);

@@ -11,9 +11,9 @@ constexpr Country Countries[] = {
     {41, 41, "0", "G", "0F G", "00 E F G"},      // Switzerland
     {43, 43, "0", "G", "0F G", "00 E F G"},      // Austria
     {44, 44, "0", "G", "0F G", "00 E F G"},      // United Kingdom
-    {45, 45, "", "G", "G", "00 E G"},            // Denmark, which has no areas
+    {45, 45, "", "F G", "F G", "00 E F G"},      // Denmark, which has no areas of its own
     {46, 46, "0", "G", "0F G", "00 E F G"},      // Sweden
-    {47, 47, "", "G", "G", "00 E G"},            // Norway, neither
+    {47, 47, "", "F G", "F G", "00 E F G"},      // Norway, neither
     {49, 49, "0", "G", "0F G", "00 E F G"},      // Germany
     {61, 61, "0", "G", "0F G", "0011 E F G"},    // Australia
     {81, 81, "0", "G", "0F G", "001 010 E F G"}, // Japan

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::string_view Dialable = "0123456789ABCD*#!,W@$?";
+constexpr std::string_view Dialable = "0123456789ABCD*#!,W@$?TP";
 constexpr std::string_view In_Dialable_Addresses = "0123456789ABCDabcd*#!,Ww@$?TtPp .-()+";
 
 std::string Only_Dialable(std::string_view text) {
@@ -23,8 +23,7 @@ char Tone_Or_Pulse(const Location &location) {
 
 std::string_view Without_Trunk(std::string_view area, const Country *country) {
     const std::string_view trunk = country ? country->trunk : "";
-    if (!trunk.empty() && area.size() > trunk.size() && area.starts_with(trunk))
-        area.remove_prefix(trunk.size());
+    if (!trunk.empty() && area.starts_with(trunk)) area.remove_prefix(trunk.size());
     return area;
 }
 
@@ -35,7 +34,8 @@ DWORD Road_Of_Call(const CanonicalAddress &address, const Location &location, co
     if (options & LINETRANSLATEOPTION_FORCELOCAL) return LINETRANSLATERESULT_LOCAL;
     const std::string_view area = Without_Trunk(address.area, &here);
     const bool same =
-        area.empty() || Only_Dialable(area) == Only_Dialable(Without_Trunk(location.area_code, &here));
+        address.area.empty() ||
+        (!area.empty() && Only_Dialable(area) == Only_Dialable(Without_Trunk(location.area_code, &here)));
     return same && !(options & LINETRANSLATEOPTION_FORCELD) ? LINETRANSLATERESULT_LOCAL
                                                             : LINETRANSLATERESULT_LONGDISTANCE;
 }
@@ -54,7 +54,7 @@ std::string Apply_Rule(std::string_view rule, const CanonicalAddress &address, s
             text += area;
         else if (step == 'G')
             text += address.number;
-        else if (step != ' ' || !text.ends_with(' ')) // an area that is not there leaves one blank
+        else if (step != ' ' || (!text.empty() && !text.ends_with(' '))) // an area that is not there has none
             text += step;
     }
     return text;
@@ -73,7 +73,8 @@ LONG Dial_As_It_Is(const Location &location, std::string_view address, Translati
         return LINEERR_INVALADDRESS;
     const bool chosen = std::string_view("TtPp").find(address.front()) != std::string_view::npos;
     translation.dialable = chosen ? static_cast<char>(address.front() & ~0x20) : Tone_Or_Pulse(location);
-    Add(translation, address);
+    translation.dialable += Only_Dialable(address.substr(chosen));
+    translation.displayable = address;
     translation.results = LINETRANSLATERESULT_NOTRANSLATION;
     return 0;
 }
