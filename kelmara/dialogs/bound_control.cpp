@@ -99,7 +99,7 @@ long CBoundControlNotifier::GetWndProc() {
 
 long CBoundControlNotifier::Forward(HWND window, unsigned int message, unsigned int wparam, long lparam) {
     if (message == WM_NCDESTROY && m_Hwnd == window) m_Hwnd = nullptr;
-    return CallWindowProcA(m_OldWndProc, window, message, wparam, lparam);
+    return BoundWindow::Send_On(m_OldWndProc, window, message, wparam, lparam);
 }
 
 long CBoundControlNotifier::To_Native(unsigned int message, unsigned int wparam, long lparam) {

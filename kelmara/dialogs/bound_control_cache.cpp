@@ -1,5 +1,7 @@
 #include <kelmara/dialogs/bound_control_cache.h>
 
+#include <kelmara/dialogs/object_watch.h>
+
 // GCC has offsets of members behind a virtual table, and says that it need not.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
@@ -41,9 +43,10 @@ Control *Get(CDSList &kept) {
 template <class Control>
 void Return(CDSList &kept, Control *control) {
     if (!control) return;
+    const ObjectWatch watch(control);
     control->Detach();
     kept.Remove(control, 0);
-    delete control;
+    if (watch.Is_There()) delete control; // unless a procedure of the window was its end
 }
 
 template <class Control>

@@ -10,6 +10,7 @@ namespace {
 
 constexpr int Control_Slot = 0, Procedure_Slot = 2;
 constexpr long Nothing = -1;
+constexpr int Most_Turns = 32;
 
 void *Owner_Of(HWND window) {
     const long owner = GetWindowUserData(window, Control_Slot);
@@ -36,6 +37,38 @@ BoundProcedure Recorded(HWND window, BoundProcedure own) {
 BoundProcedure Other_Than(BoundProcedure own, BoundProcedure procedure) {
     return procedure && procedure == own ? DefWindowProcA : procedure;
 }
+
+// A message that goes on to another procedure, for as long as that works at it.
+class Turn {
+  public:
+    Turn(HWND window, unsigned int message, unsigned int wparam, long lparam)
+        : m_Window(window), m_Message(message), m_Wparam(wparam), m_Lparam(lparam), m_Outer(Innermost) {
+        Innermost = this;
+    }
+    ~Turn() { Innermost = m_Outer; }
+    Turn(const Turn &) = delete;
+    Turn &operator=(const Turn &) = delete;
+
+    // How often this thread is at it.
+    int Count() const {
+        int count = 0;
+        for (const Turn *turn = this; turn; turn = turn->m_Outer) {
+            count += turn->m_Window == m_Window && turn->m_Message == m_Message &&
+                     turn->m_Wparam == m_Wparam && turn->m_Lparam == m_Lparam;
+        }
+        return count;
+    }
+
+  private:
+    const HWND m_Window;
+    const unsigned int m_Message, m_Wparam;
+    const long m_Lparam;
+    Turn *const m_Outer;
+
+    [[gnu::tls_model("initial-exec")]] static constinit thread_local Turn *Innermost;
+};
+
+constinit thread_local Turn *Turn::Innermost = nullptr;
 
 } // namespace
 
@@ -75,7 +108,14 @@ long BoundWindow::Pass_On(BoundProcedure own, HWND window, unsigned int message,
     const CBoundControlNotifier *const notifier = Notifier_Of(window);
     const BoundProcedure saved = notifier ? notifier->m_OldWndProc : nullptr;
     const BoundProcedure next = saved && saved != own ? saved : Recorded(window, own);
-    return CallWindowProcA(next, window, message, wparam, lparam);
+    return Send_On(next, window, message, wparam, lparam);
+}
+
+long BoundWindow::Send_On(BoundProcedure procedure, HWND window, unsigned int message, unsigned int wparam,
+                          long lparam) {
+    const Turn turn(window, message, wparam, lparam);
+    const bool goes_round = turn.Count() > Most_Turns;
+    return CallWindowProcA(goes_round ? DefWindowProcA : procedure, window, message, wparam, lparam);
 }
 
 void BoundWindow::Give_Back(HWND window, const void *owner, BoundProcedure own, BoundProcedure saved) {

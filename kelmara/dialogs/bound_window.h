@@ -30,6 +30,11 @@ struct BoundWindow {
     /// window had when its record was made.
     static long Pass_On(BoundProcedure own, HWND window, unsigned int message, unsigned int wparam,
                         long lparam);
+    /// Has `procedure` answer a message, or DefWindowProcA where that goes round: where this thread is at the
+    /// same message of the window for the 33rd time at once. So two procedures end that each put themselves
+    /// above the other.
+    static long Send_On(BoundProcedure procedure, HWND window, unsigned int message, unsigned int wparam,
+                        long lparam);
     /// Gives the window a saved procedure back, unless it is somebody else's by now.
     static void Give_Back(HWND window, const void *owner, BoundProcedure own, BoundProcedure saved);
 

@@ -117,7 +117,13 @@ void Apartment::Messages_Are_Looked_For() {
     const std::shared_ptr<QueueVisitor> kept = queue_->visitor; // a call may close it
     eventfd_t count;
     eventfd_read(news_.Get(), &count);
-    for (Request request; Next(request);) Answer(request);
+    std::size_t
+        there; // no more than that, or clients without a pause would keep the thread from its messages
+    {
+        const std::lock_guard guard(lock_);
+        there = requests_.size();
+    }
+    for (Request request; there > 0 && Next(request); --there) Answer(request);
     Let_Ended_Go();
 }
 

@@ -44,6 +44,7 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown *outer, DWORD context, REFIID 
     Reference<IClassFactory> factory;
     const HRESULT found = CoGetClassObject(clsid, context, nullptr, IID_IClassFactory, factory.Fill_Any());
     if (found < 0) return found;
+    if (!factory) return E_UNEXPECTED; // a module's "success"
     const HRESULT result = Result_Within_Memory([&] { return factory->CreateInstance(outer, iid, out); });
     if (result < 0) *out = nullptr;
     return result;

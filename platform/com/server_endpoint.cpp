@@ -91,6 +91,13 @@ void ServerEndpoint::Run() {
             usleep(Pause_Without_Memory);
         }
     }
+    // What was answered before the end is still the clients'.
+    for (ServerConnection &connection : connections_) {
+        try {
+            connection.Pass_Answer_On();
+        } catch (const std::bad_alloc &) { // its end is an answer too
+        }
+    }
 }
 
 void ServerEndpoint::List_What_To_Wait_For() {

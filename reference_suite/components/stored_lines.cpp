@@ -60,7 +60,7 @@ long StoredLines::Store(const char *key, const char *value) {
         registry.SetRegEntry(REG_MULTI_SZ, value, m_Lines, static_cast<unsigned long>(size) + 1);
     m_Lines.Move_To(size);
     m_Lines.Delete(1);
-    return stored ? 0 : ERROR_WRITE_FAULT;
+    return stored && RegFlushKey(registry.GetKey()) == ERROR_SUCCESS ? 0 : ERROR_WRITE_FAULT;
 }
 
 const char *StoredLines::Next(const char *line) const {

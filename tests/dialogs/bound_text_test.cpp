@@ -57,6 +57,25 @@ TEST_F(BoundText, Limits_Input_In_Either_Order_Of_Attaching) {
     }
 }
 
+WNDPROC below_stranger = nullptr;
+
+LRESULT Stranger(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    return CallWindowProcA(below_stranger, window, message, wparam, lparam);
+}
+
+TEST_F(BoundText, Ends_Messages_That_Go_Round_With_A_Procedure_That_Put_Itself_Back) {
+    const auto put_stranger = [this] {
+        return SetWindowLongA(edit, GWL_WNDPROC, reinterpret_cast<LONG>(Stranger));
+    };
+    below_stranger = reinterpret_cast<WNDPROC>(put_stranger());
+    cache.ReturnTextControl(text);
+    SetWindowLongA(edit, GWL_WNDPROC, reinterpret_cast<LONG>(Stranger));
+    text = cache.GetTextControl();
+    text->AttachTo(edit); // whose procedure the stranger calls, which it calls
+    SetWindowTextA(edit, "ends");
+    EXPECT_EQ(Shown(), "ends");
+}
+
 TEST_F(BoundText, Takes_Values_Of_Every_Size_And_Clients_That_End_None) {
     for (const long size : {1L, 255L, 256L, 257L, 70000L}) {
         client.value = std::string(static_cast<std::size_t>(size) - 1, 'v');

@@ -181,8 +181,8 @@ long ConnectionBoard::Close(std::uint32_t &number) {
     if (access->stage == ConnectionStage::None) return 0;
     number = access->connection;
     const OwnedHandle end = Open_Event("END", number);
+    if (end) SetEvent(end.get()); // first: who is killed in between leaves a keeper that knows
     access.End();
-    if (end) SetEvent(end.get());
     return 0;
 }
 

@@ -2,6 +2,8 @@
 
 #include <reference_suite/components/server_proxy/server_slots.h>
 
+#include <reference_suite/components/server/suite_server.h>
+
 long ServerFace::Find_Component(long kind, char *name, ComponentLocator *out) {
     if (!out) return E_INVALIDARG;
     MessageWriter arguments;
@@ -16,6 +18,11 @@ long ServerFace::Find_Component(long kind, char *name, ComponentLocator *out) {
 }
 
 namespace {
+
+// As the server itself judges: only the setting that ends it needs no text.
+bool Is_Setting(unsigned long code, const char *text, long size) {
+    return code == Setting_End_Server || (text && size >= 0);
+}
 
 // No more than the text has, whatever the size says.
 void Put_Setting(MessageWriter &arguments, unsigned long code, const char *text, long size) {
@@ -45,6 +52,7 @@ long ServerSettingsFace::Read_Setting(unsigned long code, char *buffer, long *si
 }
 
 long ServerSettingsFace::Write_Setting(unsigned long code, char *text, long size) {
+    if (!Is_Setting(code, text, size)) return E_INVALIDARG;
     MessageWriter arguments;
     Put_Setting(arguments, code, text, size);
     long answer = 0;
@@ -54,6 +62,7 @@ long ServerSettingsFace::Write_Setting(unsigned long code, char *text, long size
 }
 
 long ServerSettingsFace::Update_Setting(unsigned long code, char *text, long size, long zero) {
+    if (!Is_Setting(code, text, size)) return E_INVALIDARG;
     MessageWriter arguments;
     Put_Setting(arguments, code, text, size);
     arguments.Put(zero);
