@@ -3,10 +3,11 @@
 #include <platform/com/class_keys.h>
 #include <platform/kernel.h>
 
+#include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -14,10 +15,16 @@ namespace {
 using ModuleLoad =
     std::unique_ptr<std::remove_pointer_t<HMODULE>, decltype([](HMODULE module) { FreeLibrary(module); })>;
 
+struct KeptModule {
+    ModuleLoad load;
+    unsigned asking = 0; // threads that are being given a class object
+    unsigned asked = 0;  // how often one was given; wraps
+};
+
 // One load of each. Kept for the life of the process: exit routines may still use objects.
 struct ClassModules {
     std::mutex lock; // not held while a module is loaded, freed or asked
-    std::set<ModuleLoad> loads;
+    std::map<HMODULE, KeptModule> kept;
 };
 
 ClassModules &The_Modules() {
@@ -25,33 +32,53 @@ ClassModules &The_Modules() {
     return *modules;
 }
 
-// A load is given back when there is one already.
-void Keep(ModuleLoad load) {
-    ClassModules &modules = The_Modules();
-    const std::lock_guard guard(modules.lock);
-    modules.loads.insert(std::move(load));
-}
+// Keeps the module, and has it stay loaded for as long as it is being asked. A load is given back when there
+// is one already.
+class Asking {
+  public:
+    explicit Asking(ModuleLoad load) : module_(load.get()) {
+        ClassModules &modules = The_Modules();
+        const std::lock_guard guard(modules.lock);
+        KeptModule &kept = modules.kept[module_];
+        if (!kept.load) kept.load = std::move(load);
+        ++kept.asking;
+        ++kept.asked;
+    }
+    ~Asking() {
+        ClassModules &modules = The_Modules();
+        const std::lock_guard guard(modules.lock);
+        --modules.kept.find(module_)->second.asking;
+    }
+    Asking(const Asking &) = delete;
+    Asking &operator=(const Asking &) = delete;
+
+  private:
+    const HMODULE module_;
+};
 
 bool Can_Unload(HMODULE module) {
     const auto ask = reinterpret_cast<DllCanUnloadNowCall *>(GetProcAddress(module, "DllCanUnloadNow"));
     return ask && ask() == S_OK;
 }
 
-std::vector<HMODULE> Loaded_Modules() {
+// With how often each was asked.
+std::vector<std::pair<HMODULE, unsigned>> Idle_Modules() {
     ClassModules &modules = The_Modules();
     const std::lock_guard guard(modules.lock);
-    std::vector<HMODULE> loaded;
-    for (const ModuleLoad &load : modules.loads) loaded.push_back(load.get());
-    return loaded;
+    std::vector<std::pair<HMODULE, unsigned>> idle;
+    for (const auto &[module, kept] : modules.kept) {
+        if (kept.asking == 0) idle.emplace_back(module, kept.asked);
+    }
+    return idle;
 }
 
-ModuleLoad Take_Out(HMODULE module) {
+// Null when it was asked meanwhile: what it said before counts no more.
+ModuleLoad Take_Out(HMODULE module, unsigned asked) {
     ClassModules &modules = The_Modules();
     const std::lock_guard guard(modules.lock);
-    for (auto load = modules.loads.begin(); load != modules.loads.end(); ++load) {
-        if (load->get() == module) return std::move(modules.loads.extract(load).value());
-    }
-    return nullptr;
+    const auto kept = modules.kept.find(module);
+    if (kept == modules.kept.end() || kept->second.asking > 0 || kept->second.asked != asked) return nullptr;
+    return std::move(modules.kept.extract(kept).mapped().load);
 }
 
 } // namespace
@@ -65,12 +92,12 @@ HRESULT Get_Module_Class_Object(REFCLSID clsid, REFIID iid, void **out) {
     const auto get =
         reinterpret_cast<DllGetClassObjectCall *>(GetProcAddress(module.get(), "DllGetClassObject"));
     if (!get) return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? E_OUTOFMEMORY : CO_E_ERRORINDLL;
-    Keep(std::move(kept));
+    const Asking asking(std::move(kept));
     return get(clsid, iid, out);
 }
 
 void Free_Unused_Class_Modules() {
-    for (const HMODULE module : Loaded_Modules()) {
-        if (Can_Unload(module)) Take_Out(module);
+    for (const auto &[module, asked] : Idle_Modules()) {
+        if (Can_Unload(module)) Take_Out(module, asked);
     }
 }
