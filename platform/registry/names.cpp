@@ -1,5 +1,7 @@
 #include <platform/registry/names.h>
 
+#include <platform/kernel/capital_letters.h>
+
 #include <array>
 #include <cstdint>
 
@@ -10,14 +12,6 @@ constexpr std::uint16_t Upper_Controls[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x
                                               0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
                                               0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                               0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-constexpr unsigned Capital_Of(unsigned byte) {
-    if (byte >= 'a' && byte <= 'z') return byte - 0x20;
-    if (byte >= 0xE0 && byte <= 0xFE && byte != 0xF7) return byte - 0x20;
-    if (byte == 0xFF) return 0x9F;
-    if (byte == 0x9A || byte == 0x9C || byte == 0x9E) return byte - 0x10;
-    return byte;
-}
 
 constexpr std::array<std::uint16_t, 256> Make_Folded() {
     std::array<std::uint16_t, 256> table{};

@@ -4,7 +4,9 @@
 
 #include <platform/errors.h>
 #include <platform/kernel.h>
+#include <platform/letter_case.h>
 
+#include <algorithm>
 #include <mutex>
 
 namespace {
@@ -13,20 +15,11 @@ namespace {
 constinit EditLock *first_held = nullptr;
 constinit std::mutex held_changes;
 
-// The registry's pairs of letters, in code page 1252.
-char Capital_Of(char letter) {
-    const auto byte = static_cast<unsigned char>(letter);
-    const bool accented = byte >= 0xE0 && byte <= 0xFE && byte != 0xF7;
-    if ((byte >= 'a' && byte <= 'z') || accented) return static_cast<char>(byte - 0x20);
-    if (byte == 0xFF) return static_cast<char>(0x9F);
-    if (byte == 0x9A || byte == 0x9C || byte == 0x9E) return static_cast<char>(byte - 0x10);
-    return letter;
-}
-
 // A name of a named object has no backslashes and counts its letter case.
 std::string Lock_Name(const std::string &key) {
     std::string name = "Edit:" + key;
-    for (char &character : name) character = character == '\\' ? '/' : Capital_Of(character);
+    std::replace(name.begin(), name.end(), '\\', '/');
+    CharUpperBuffA(name.data(), static_cast<DWORD>(name.size()));
     return name;
 }
 

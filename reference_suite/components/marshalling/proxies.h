@@ -6,9 +6,9 @@
 //         long Weigh() override { ... Call(3, arguments, [&](MessageReader &results) { ... }); }
 //     };
 
+#include <reference_suite/components/marshalling/counted.h>
 #include <reference_suite/components/marshalling/messages.h>
 
-#include <atomic>
 #include <new>
 
 /// The interface as a client has it: part of `outer`, which counts its references.
@@ -60,7 +60,7 @@ class ProxyFace : public Served {
 };
 
 template <class Face>
-class Proxy final : public IRpcProxyBuffer {
+class Proxy final : public Counted<IRpcProxyBuffer, IID_IRpcProxyBuffer> {
   public:
     /// `*object` is the interface, with a reference counted at `outer`.
     static HRESULT Make(IUnknown *outer, IRpcProxyBuffer **proxy, void **object) {
@@ -73,18 +73,6 @@ class Proxy final : public IRpcProxyBuffer {
         return S_OK;
     }
 
-    HRESULT QueryInterface(REFIID iid, void **out) override {
-        const bool known = IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, IID_IRpcProxyBuffer);
-        *out = known ? this : nullptr;
-        if (known) AddRef();
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    ULONG AddRef() override { return ++count_; }
-    ULONG Release() override {
-        const ULONG left = --count_;
-        if (left == 0) delete this;
-        return left;
-    }
     HRESULT Connect(IRpcChannelBuffer *channel) override {
         face_.Connect(channel);
         return S_OK;
@@ -92,8 +80,7 @@ class Proxy final : public IRpcProxyBuffer {
     void Disconnect() override { face_.Connect(nullptr); }
 
   private:
-    ~Proxy() = default;
+    ~Proxy() override = default;
 
     Face face_;
-    std::atomic<ULONG> count_{1};
 };

@@ -1,26 +1,14 @@
 #pragma once
 // What the stubs of all interfaces have in common: Dispatch of each makes the call.
 
+#include <reference_suite/components/marshalling/counted.h>
 #include <reference_suite/components/marshalling/messages.h>
 
-#include <atomic>
 #include <new>
 
 template <class Interface>
-class Stub : public IRpcStubBuffer {
+class Stub : public Counted<IRpcStubBuffer, IID_IRpcStubBuffer> {
   public:
-    HRESULT QueryInterface(REFIID iid, void **out) override {
-        const bool known = IsEqualGUID(iid, IID_IUnknown) || IsEqualGUID(iid, IID_IRpcStubBuffer);
-        *out = known ? this : nullptr;
-        if (known) AddRef();
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    ULONG AddRef() override { return ++count_; }
-    ULONG Release() override {
-        const ULONG left = --count_;
-        if (left == 0) delete this;
-        return left;
-    }
     HRESULT Connect(IUnknown *server) override {
         Disconnect();
         void *object = nullptr;
@@ -54,7 +42,7 @@ class Stub : public IRpcStubBuffer {
 
   protected:
     explicit Stub(REFIID iid) : iid_(iid) {}
-    virtual ~Stub() { Stub::Disconnect(); }
+    ~Stub() override { Stub::Disconnect(); }
 
     /// Makes the call in this slot, the first own one being 3. RPC_E_INVALIDMETHOD for a slot that there is
     /// not, RPC_E_INVALID_DATA, and no call made, for arguments that are not its own.
@@ -64,7 +52,6 @@ class Stub : public IRpcStubBuffer {
   private:
     const GUID iid_;
     Interface *object_ = nullptr;
-    std::atomic<ULONG> count_{1};
 };
 
 template <class AStub>
