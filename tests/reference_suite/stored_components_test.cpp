@@ -1,3 +1,4 @@
+#include <reference_suite/components/component_store.h>
 #include <tests/reference_suite/installed_components.h>
 
 #include <tests/support/second_process.h>
@@ -50,6 +51,10 @@ TEST_F(StoredComponents, AreChangedByOneObjectAtATimeAndWhenItCommits) {
         EXPECT_EQ(refused, E_UNEXPECTED) << "without the lock";
     for (const Client *client : {&one, &one, &elsewhere}) EXPECT_EQ(client->Lock(), 0);
     EXPECT_EQ(two.Lock(), ERROR_SHARING_VIOLATION) << "on the same thread too";
+    const TestKey key(Component_Key(Component_Configuration, "Caf\xE9"), HKEY_LOCAL_MACHINE);
+    const Client small("Caf\xE9"), large("CAF\xC9");
+    EXPECT_EQ(small.Lock(), 0);
+    EXPECT_EQ(large.Lock(), ERROR_SHARING_VIOLATION) << "they are one to the registry";
     EXPECT_EQ(Said(other, "lock"), std::to_string(ERROR_SHARING_VIOLATION));
     EXPECT_EQ(one.Set(Option_DURT, "5"), 0);
     EXPECT_EQ(one.Get(Option_DURT) + two.Get(Option_DURT) + Said(other, "get"), "533");
