@@ -23,6 +23,6 @@ def filled(block):
 
 for page in sorted([*(ROOT / "docs").glob("*.md"), ROOT / "README.md", ROOT / "CONTRIBUTING.md"]):
     keep(page, BLOCK.sub(filled, page.read_text()))
-hidden = [path.name for path in sorted((ROOT / "docs/examples").iterdir()) if path not in shown]
+hidden = [path.name for path in sorted((ROOT / "docs/examples").rglob("*.*")) if path not in shown]
 if hidden:
     sys.exit(f"in docs/examples, but in no page: {', '.join(hidden)}")

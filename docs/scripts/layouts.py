@@ -15,7 +15,7 @@ from generated import keep
 
 MARK = re.compile(r"(<!-- layout (\w+) (\S+) -->\n)(.*?)(<!-- end of layout -->)", re.S)
 FIELD = re.compile(r"^[\w:<> ,\*]*?(?:\(\*(\w+)\)\(.*\)|[ \*](\w+)((?:\[[^\]]*\])?))(?: = [^;]*| = \{.*\})?;(?: *// ?(.*))?$")
-NOT_FIELDS = re.compile(r"^(static|friend|using|inline|enum|KELMARA_INTERNAL|return|virtual|template|operator)\b|\) (const|override)?;")
+NOT_FIELDS = re.compile(r"^(struct|class|static|friend|using|inline|enum|KELMARA_INTERNAL|return|virtual|template|operator)\b|\) (const|override)?;")
 
 
 def body(record, header):
