@@ -88,4 +88,7 @@ pages = sorted((ROOT / "docs").glob("*.md"))
 wanted = sorted({(record, header) for page in pages for _, record, header, _, _ in MARK.findall(page.read_text())})
 places = measured(wanted)
 for page in pages:
-    keep(page, MARK.sub(lambda m: m.group(1) + table(m.group(2), m.group(3), places) + m.group(4), page.read_text()))
+    text = page.read_text()
+    if text.count("<!-- layout ") != len(MARK.findall(text)):
+        sys.exit(f"{page.name}: a layout without its end")
+    keep(page, MARK.sub(lambda m: m.group(1) + table(m.group(2), m.group(3), places) + m.group(5), text))
