@@ -8,6 +8,7 @@
 #include <reference_suite/companions/log/shared_objects.h>
 #include <reference_suite/components/component_store.h>
 #include <reference_suite/components/connection/connection_fate.h>
+#include <reference_suite/components/connection/status_handlers.h>
 
 #include <tests/reference_suite/installed_components.h>
 #include <tests/support/second_process.h>
@@ -22,6 +23,23 @@
 
 namespace {
 
+// Makes and ends connections from within what it is told.
+class MeddlingHandler final : public IConnectionHandlerInterface, public IConnectionStatusInterface {
+  public:
+    HRESULT QueryInterface(REFIID, void **out) override {
+        *out = static_cast<IConnectionStatusInterface *>(this);
+        return AddRef(), S_OK;
+    }
+    ULONG AddRef() override { return ++references; }
+    ULONG Release() override { return --references; }
+    void Status_Changed(long stage, char *) override {
+        if (stage == 2 && utility) utility->Close();
+        if (stage == 0 && utility) utility->Remove_Status_Handler(this);
+    }
+    ULONG references = 1;
+    CConnectionUtility *utility = nullptr;
+};
+
 class RestlessProgram {
   public:
     explicit RestlessProgram(unsigned seed) : random_(seed) {
@@ -31,6 +49,8 @@ class RestlessProgram {
         });
     }
     ~RestlessProgram() {
+        utility_.reset();
+        EXPECT_EQ(handler_.references, 1u);
         over_ = true;
         pouring_.join();
     }
@@ -39,9 +59,9 @@ class RestlessProgram {
         if (Below(8) == 0) brief.emplace(WS_POPUP, RECT());
         const HWND window = brief ? HWND(*brief) : HWND(lasting_);
         char text[256] = "";
-        switch (Below(14)) {
+        switch (Below(16)) {
         case 0:
-            utility_.emplace();
+            handler_.utility = &utility_.emplace();
             [[fallthrough]];
         case 1:
             utility_->Set_Config(Any({"Home", "Travel", "Office LAN", "Nobody's"}));
@@ -82,6 +102,14 @@ class RestlessProgram {
             Sleep(Below(10)); // and may be killed with it
             break;
         }
+        case 13:
+            utility_->Set_Last_Mobile_Number(Any({"1", "a number of some length", ""}));
+            utility_->Get_Last_Mobile_Number(text);
+            break;
+        case 14:
+            utility_->Add_Status_Handler(&handler_);
+            if (Below(2)) utility_->Remove_Status_Handler(&handler_);
+            break;
         default:
             for (MSG message; PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE);) DispatchMessageA(&message);
         }
@@ -108,6 +136,7 @@ class RestlessProgram {
 
     std::mt19937 random_;
     TestWindow lasting_{WS_POPUP, {}};
+    MeddlingHandler handler_;
     std::optional<CConnectionUtility> utility_{std::in_place};
     std::atomic<bool> over_{false};
     std::thread pouring_;
@@ -161,6 +190,7 @@ TEST_F(ConnectionStress, LeavesAMachineThatConnects) {
     const TestWindow window(WS_POPUP, {});
     CConnectionUtility utility;
     EXPECT_EQ(utility.Set_Config("Home"), 0);
+    EXPECT_EQ(utility.Set_Last_Mobile_Number("1"), 0) << "whoever held the lock is gone";
     utility.Close();
     EXPECT_TRUE(utility.Can_Connect());
     utility.Monitor_Connections(window), utility.Monitor_Disconnections(window);
