@@ -157,6 +157,24 @@ TEST_F(ConnectionLife, IsSeenByAllProcessesAndLostWithItsOwn) {
     }
 }
 
+SECOND_PROCESS(locking) {
+    const HANDLE lock = CreateMutexA(nullptr, FALSE, "KELMARA-CONNECTION-LOCK");
+    process.Tell(std::to_string(WaitForSingleObject(lock, 5000)));
+    process.Hear();
+    return 0;
+}
+
+TEST_F(ConnectionLife, OutlivesWhoIsKilledWithItsLock) {
+    EXPECT_EQ(Connect(*utility), 0);
+    SecondProcess other("locking");
+    EXPECT_EQ(other.Hear(), "0");
+    other.Kill();
+    EXPECT_EQ(other.Wait(), -9);
+    EXPECT_EQ(Active(*utility), "Home");
+    utility->Close();
+    EXPECT_EQ(Connect(*utility), 0);
+}
+
 class Handler final : public IConnectionHandlerInterface, public IConnectionStatusInterface {
   public:
     HRESULT QueryInterface(REFIID iid, void **out) override {
