@@ -25,10 +25,12 @@ std::vector<std::string> RegistryKey::Subkeys() const {
 
 std::string RegistryKey::Text(const char *name) const {
     DWORD type = 0, size = 0;
-    if (!key_ || RegQueryValueExA(key_, name, nullptr, &type, nullptr, &size) != ERROR_SUCCESS) return {};
-    std::string text(size, '\0');
-    const LONG result =
-        RegQueryValueExA(key_, name, nullptr, &type, reinterpret_cast<BYTE *>(text.data()), &size);
+    std::string text;
+    LONG result = key_ ? ERROR_MORE_DATA : ERROR_FILE_NOT_FOUND;
+    while (result == ERROR_MORE_DATA) { // again where it has grown meanwhile
+        text.assign(size, '\0');
+        result = RegQueryValueExA(key_, name, nullptr, &type, reinterpret_cast<BYTE *>(text.data()), &size);
+    }
     return result == ERROR_SUCCESS && type == REG_SZ ? std::string(text.c_str()) : std::string();
 }
 

@@ -8,6 +8,7 @@
 
 #include <tests/support/built_modules.h>
 #include <tests/support/registry_verbs.h>
+#include <tests/support/replaced_import.h>
 
 #include <platform/kernel.h>
 
@@ -100,6 +101,7 @@ TEST_F(Services, TranslateFromWhereTheUserIs) {
         {45, "+1 (206) 555-1212", 0, "T0012065551212", "00 1 206 555-1212", International},
         {45, "+45 33 12 34 56", 0, "T33123456", "33 12 34 56", Local},
         {3, "411", 2, "T411", "411", As_It_Is},
+        {9, "411", 2, "T411", "411", As_It_Is}, // in a country that nobody knows
         {3, "p555-1212#,t34", 2, "P5551212#,T34", "p555-1212#,t34", As_It_Is},
     };
     for (const auto &[location, address, options, dialable, displayable, results] : rows) {
@@ -113,6 +115,22 @@ TEST_F(Services, TranslateFromWhereTheUserIs) {
     for (const char *address : {"", "+", "+1 () 555", "+1 (206) ", "+1 (206 555", "+1 (206) 555x", "+12345 5",
                                 "+0 555", "call me", "+1 (206) 5\xE4"})
         EXPECT_EQ(Translate(address), LINEERR_INVALADDRESS) << address;
+}
+
+int asked;
+
+LONG Grow_When_Asked(HKEY key, LPCSTR name, DWORD *reserved, DWORD *type, BYTE *data, DWORD *size) {
+    const LONG result = RegQueryValueExA(key, name, reserved, type, data, size);
+    if (std::strcmp(name, "LongDistanceAccess") == 0 && ++asked < 3)
+        RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<const BYTE *>("22,"), 1 + asked);
+    return result;
+}
+
+TEST_F(Services, ReadTextsThatGrowMeanwhile) {
+    const ReplacedImport grow("tapi32.so", "RegQueryValueExA", reinterpret_cast<void *>(Grow_When_Asked));
+    asked = 0;
+    EXPECT_EQ(Translate("+1 (425) 555", 0), 0);
+    EXPECT_EQ(Text(output->dwDialableStringOffset), "T22,1425555");
 }
 
 TEST_F(Services, SayWhatIsWrong) {

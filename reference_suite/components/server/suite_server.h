@@ -11,6 +11,9 @@
 inline constexpr unsigned long Setting_End_Server = Component_Code("quit");
 /// Held by the server that serves, as long as it lives.
 inline constexpr char Server_Mutex[] = "KelmaraSuiteServer";
+/// The server's environment may name a process by its id, which it does not outlive, however that ends. It
+/// does not serve for one that has ended.
+inline constexpr char Server_Owner_Variable[] = "KELMARA_SERVER_OWNER";
 
 class SuiteServer final : public IServerInterface, public IServerSimpleAccessInterface {
   public:
