@@ -20,6 +20,17 @@ if(KELMARA_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+# What makes a mistake harder to use: a guard word on the stack, checked copies, no symbol bound late, tables
+# of addresses that are read-only, programs at any address. tests/checks/hardening.sh reads it back from what was
+# built.
+if(NOT KELMARA_SANITIZE)
+  add_compile_options(-fstack-protector-strong)
+  add_compile_definitions(_FORTIFY_SOURCE=2)
+  add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+endif()
+include(CheckPIESupported)
+check_pie_supported()
+
 # Flags of our own code; what is built from Debian's sources keeps its own.
 add_library(kelmara_build_options INTERFACE)
 target_compile_options(kelmara_build_options INTERFACE
