@@ -156,7 +156,7 @@ HRESULT Apartment::Carry_Out(Request &request, std::string &results) {
 
 HRESULT Apartment::Make_Object(const Request &request) {
     const auto registered = classes_.find(request.class_cookie);
-    if (registered == classes_.end()) return REGDB_E_CLASSNOTREG;
+    if (registered == classes_.end()) return RPC_E_DISCONNECTED; // revoked since the client connected
     if (objects_.contains(request.exchange)) return RPC_E_INVALID_DATA;
     const Reference<IUnknown> factory = Reference<IUnknown>::Another(registered->second.factory.Get());
     std::shared_ptr<ServedObject> made;
