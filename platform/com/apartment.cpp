@@ -3,6 +3,7 @@
 #include <platform/com/class_keys.h>
 
 #include <algorithm>
+#include <cxxabi.h>
 #include <sys/eventfd.h>
 
 namespace {
@@ -29,7 +30,7 @@ Apartment::~Apartment() {
 }
 
 void Apartment::Close() {
-    endpoint_.reset();
+    End_Service();
     if (queue_->visitor.get() == this) queue_->visitor.reset();
     {
         const std::lock_guard guard(lock_);
@@ -137,6 +138,8 @@ void Apartment::Answer(Request &request) {
         result = Carry_Out(request, answer.body);
     } catch (const std::bad_alloc &) {
         result = E_OUTOFMEMORY;
+    } catch (const abi::__forced_unwind &) {
+        throw; // the thread ends, and with it what it serves
     } catch (...) {
     }
     if (result < 0) answer.body.clear();

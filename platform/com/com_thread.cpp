@@ -13,11 +13,16 @@ constinit std::atomic<unsigned long> threads_in_use{0};
 struct ComThread {
     unsigned long count = 0;
     DWORD mode = 0;
+    pid_t process = 0; // a forked child has a copy
     std::shared_ptr<Apartment> apartment;
 
-    // What the first thread has goes with the process: its queue keeps the apartment.
+    // What the first thread has goes with the process: its queue keeps the apartment. But the thread may end
+    // before, and nobody would answer its clients then.
     ~ComThread() {
-        if (count && gettid() != getpid()) Leave();
+        if (count && gettid() != getpid())
+            Leave();
+        else if (apartment && process == getpid())
+            apartment->End_Service();
     }
     void Leave() {
         count = 0;
@@ -54,6 +59,7 @@ HRESULT CoInitializeEx(void *reserved, DWORD mode) {
     if (own.count && own.mode != mode) return RPC_E_CHANGED_MODE;
     if (own.count++) return S_FALSE;
     own.mode = mode;
+    own.process = getpid();
     threads_in_use.fetch_add(1);
     return S_OK;
 }
