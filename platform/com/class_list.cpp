@@ -79,6 +79,25 @@ std::vector<std::string> Names_In_List(const std::string &beginning) {
     return names;
 }
 
+// In front of the name of a socket that does not listen yet.
+constexpr char Aside[] = "new";
+
+// Zero for a name of another shape.
+pid_t Maker_Of(const std::string &name_aside) {
+    constexpr std::size_t Class = sizeof Aside - 1 + 38;
+    int maker = 0;
+    if (name_aside.size() > Class) std::sscanf(name_aside.c_str() + Class, "-%*d.%*d-%d", &maker);
+    return maker;
+}
+
+// Of programs that were killed while they listed a class.
+void Remove_Names_Left_Aside() {
+    for (const std::string &name : Names_In_List(Aside)) {
+        const pid_t maker = Maker_Of(name);
+        if (maker > 0 && kill(maker, 0) != 0 && errno == ESRCH) unlink((List_Folder() + "/" + name).c_str());
+    }
+}
+
 enum class Answer { Connected, Nobody, Not_Now };
 
 Answer Try_To_Connect(const std::string &name, const FileDescriptor &socket) {
@@ -114,7 +133,8 @@ ListedClass::ListedClass(FileDescriptor socket, std::string folder, const std::s
 std::shared_ptr<ListedClass> ListedClass::List(REFCLSID clsid) {
     const std::string folder = List_Folder();
     if (folder.empty()) return nullptr;
-    const std::string name = Text_Of(clsid) + Name_In_Order(), name_aside = "new" + name;
+    Remove_Names_Left_Aside();
+    const std::string name = Text_Of(clsid) + Name_In_Order(), name_aside = Aside + name;
     auto aside = std::make_shared<ListedClass>(FileDescriptor(), folder, name_aside);
     auto listed = std::make_shared<ListedClass>(New_Socket(), folder, name);
     for (int i = 0; i < Attempts && listed->socket_ && Make_List_Folder(); ++i) {
