@@ -3,6 +3,8 @@
 #include <platform/com.h>
 
 #include <atomic>
+#include <climits>
+#include <pthread.h>
 #include <unistd.h>
 #include <utility>
 
@@ -13,16 +15,11 @@ constinit std::atomic<unsigned long> threads_in_use{0};
 struct ComThread {
     unsigned long count = 0;
     DWORD mode = 0;
-    pid_t process = 0; // a forked child has a copy
     std::shared_ptr<Apartment> apartment;
 
-    // What the first thread has goes with the process: its queue keeps the apartment. But the thread may end
-    // before, and nobody would answer its clients then.
+    // What the first thread has goes with the process: its queue keeps the apartment.
     ~ComThread() {
-        if (count && gettid() != getpid())
-            Leave();
-        else if (apartment && process == getpid())
-            apartment->End_Service();
+        if (count && gettid() != getpid()) Leave();
     }
     void Leave() {
         count = 0;
@@ -32,6 +29,23 @@ struct ComThread {
 };
 
 thread_local ComThread own;
+constinit pid_t serving_process = 0; // whose first thread serves; a forked child's does not
+
+// When the first thread ends before its process, as by ExitThread: nobody would answer its clients, and the
+// endpoint's thread would keep the process. The host runs no other destructor for it then.
+void End_Service_Of_First_Thread(void *) {
+    if (own.apartment && serving_process == getpid()) own.apartment->End_Service();
+}
+
+void Note_First_Thread_Serves() {
+    static const pthread_key_t key = [] {
+        pthread_key_t made = PTHREAD_KEYS_MAX;
+        pthread_key_create(&made, End_Service_Of_First_Thread);
+        return made;
+    }();
+    serving_process = getpid();
+    pthread_setspecific(key, &serving_process);
+}
 
 } // namespace
 
@@ -44,7 +58,9 @@ std::shared_ptr<Apartment> Own_Apartment() {
 }
 
 std::shared_ptr<Apartment> Own_Or_New_Apartment() {
-    if (!own.apartment) own.apartment = Apartment::Begin();
+    if (own.apartment) return own.apartment;
+    own.apartment = Apartment::Begin();
+    if (own.apartment && gettid() == getpid()) Note_First_Thread_Serves();
     return own.apartment;
 }
 
@@ -59,7 +75,6 @@ HRESULT CoInitializeEx(void *reserved, DWORD mode) {
     if (own.count && own.mode != mode) return RPC_E_CHANGED_MODE;
     if (own.count++) return S_FALSE;
     own.mode = mode;
-    own.process = getpid();
     threads_in_use.fetch_add(1);
     return S_OK;
 }
