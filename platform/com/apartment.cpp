@@ -3,7 +3,7 @@
 #include <platform/com/class_keys.h>
 
 #include <algorithm>
-#include <cxxabi.h>
+#include <exception>
 #include <sys/eventfd.h>
 
 namespace {
@@ -138,9 +138,8 @@ void Apartment::Answer(Request &request) {
         result = Carry_Out(request, answer.body);
     } catch (const std::bad_alloc &) {
         result = E_OUTOFMEMORY;
-    } catch (const abi::__forced_unwind &) {
-        throw; // the thread ends, and with it what it serves
     } catch (...) {
+        if (!std::current_exception()) throw; // no exception: the thread ends, and with it what it serves
     }
     if (result < 0) answer.body.clear();
     answer.header.result = result;
