@@ -1,0 +1,87 @@
+// What all commands have in common: which exit code, what stands on standard error, and that files are
+// replaced whole or not at all.
+
+#include <tests/support/test_machine.h>
+#include <tests/tools/command_run.h>
+
+#include <tools/failure.h>
+#include <tools/files.h>
+#include <tools/output.h>
+
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using tools::Exit_Unusable;
+using CommandFrame = MachineTest;
+
+std::string Failure_Of(const std::function<void()> &work) {
+    try {
+        work();
+    } catch (const tools::Failure &failure) {
+        EXPECT_EQ(failure.Code(), Exit_Unusable);
+        return failure.what();
+    }
+    return "";
+}
+
+unsigned long Files_In(const std::string &folder) {
+    return static_cast<unsigned long>(
+        std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()));
+}
+
+TEST_F(CommandFrame, UsageDecidesTheExitCode) {
+    EXPECT_EQ(CommandRun({"--help"}).exit_code, 0);
+    EXPECT_EQ(CommandRun({"--version"}).output, "kelmara 0.1.0\n");
+    for (const std::vector<std::string> &arguments :
+         std::vector<std::vector<std::string>>{{}, {"nonsense"}, {"--nonsense"}}) {
+        const CommandRun run(arguments);
+        EXPECT_EQ(run.exit_code, Exit_Unusable);
+        EXPECT_FALSE(run.errors.empty());
+        EXPECT_TRUE(run.output.empty());
+    }
+}
+
+TEST_F(CommandFrame, FilesAreReplacedWholeAndKeepTheirPermissionsAndLinks) {
+    std::filesystem::create_directories(machine.Path("drive_c/texts"));
+    const std::string file = machine.Path("drive_c/texts/a.txt");
+    tools::Replace_File("c:\\texts\\a.txt", std::string("one\0two", 7));
+    EXPECT_EQ(tools::Read_File(file), std::string("one\0two", 7));
+
+    ASSERT_EQ(chmod(file.c_str(), 0640), 0);
+    std::filesystem::create_symlink("a.txt", machine.Path("drive_c/texts/link"));
+    tools::Replace_File(machine.Path("drive_c/texts/link"), "three");
+    EXPECT_EQ(tools::Read_File(file), "three");
+    EXPECT_TRUE(std::filesystem::is_symlink(machine.Path("drive_c/texts/link")));
+    struct stat now = {};
+    ASSERT_EQ(stat(file.c_str(), &now), 0);
+    EXPECT_EQ(now.st_mode & 0777, 0640u);
+    tools::Replace_File(file, "");
+    EXPECT_EQ(tools::Read_File("c:\\texts\\A.TXT"), "");
+    EXPECT_EQ(Files_In(machine.Path("drive_c/texts")), 2u) << "a working file was left";
+}
+
+TEST_F(CommandFrame, WhatCannotBeReadOrWrittenIsNamed) {
+    std::filesystem::create_directories(machine.Path("drive_c/texts"));
+    const std::string folder = machine.Path("drive_c/texts");
+    for (const std::string &name : {folder, folder + "/missing/a.txt", std::string("q:\\a.txt")}) {
+        EXPECT_TRUE(Failure_Of([&] { tools::Replace_File(name, "x"); }).starts_with(name)) << name;
+        EXPECT_TRUE(Failure_Of([&] { tools::Read_File(name); }).starts_with(name)) << name;
+    }
+    EXPECT_NE(Failure_Of([&] { tools::Machine_Path(folder + "/\xE2\x82\xAC\xE4\xB8\xAD"); }), "");
+    EXPECT_NE(Failure_Of([&] { tools::Machine_Path("/" + std::string(300, 'a')); }), "");
+    EXPECT_EQ(Files_In(folder), 0u);
+}
+
+TEST_F(CommandFrame, EveryByteGoesThroughJsonAndBack) {
+    std::string all;
+    for (int byte = 0; byte < 256; byte++) all += static_cast<char>(byte);
+    EXPECT_EQ(tools::Machine_Text_Of(tools::Utf8_Of(all)), all);
+    EXPECT_EQ(tools::Utf8_Of("\x80\xFC"), "\xE2\x82\xAC\xC3\xBC");
+    for (const char *beyond : {"\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "\xC3", "\xFF"})
+        EXPECT_NE(Failure_Of([&] { tools::Machine_Text_Of(beyond); }), "") << beyond;
+}
+
+} // namespace

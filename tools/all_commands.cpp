@@ -1,0 +1,8 @@
+#include <tools/command.h>
+
+namespace tools {
+
+// One line for each group.
+void Add_All(CommandTree &) {}
+
+} // namespace tools

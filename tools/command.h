@@ -1,0 +1,46 @@
+#pragma once
+// A command and its subcommands. Each group stands in a folder of its own and is known here by one function
+// that adds it to the tree:
+//
+//     void Add_Atoms(CommandTree &tree) {
+//         auto options = std::make_shared<Options>();
+//         CLI::App *atoms = tree.Add("atoms", "lists the machine's atom tables");
+//         atoms->add_option("TABLE", options->table, "only this table");
+//         tree.Does(atoms, [options] { return List(*options); });
+//     }
+//
+// The texts given here are the help, the manual pages and the shell completion.
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <tools/failure.h>
+
+namespace tools {
+
+class CommandTree {
+  public:
+    CommandTree();
+
+    CLI::App &Root() { return root_; }
+
+    /// A subcommand of `parent`, of the root without one.
+    CLI::App *Add(const std::string &name, const std::string &description, CLI::App *parent = nullptr);
+
+    /// What the command does once it is understood. Its result is the process's exit code.
+    void Does(CLI::App *command, std::function<ExitCode()> action);
+
+    /// Understands the arguments and does the work: the exit code. Failures stand on standard error.
+    int Run(int argc, const char *const *argv);
+
+  private:
+    int Run_Chosen();
+
+    CLI::App root_;
+    std::function<ExitCode()> chosen_;
+    std::string machine_;
+};
+
+/// The whole tree with all its groups.
+void Add_All(CommandTree &tree);
+
+} // namespace tools

@@ -1,0 +1,51 @@
+#include <tools/interruption.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <poll.h>
+
+namespace tools {
+
+namespace {
+
+volatile std::sig_atomic_t noted_signal = 0;
+
+void Note(int signal) {
+    noted_signal = signal;
+}
+
+void On(int signal, void (*handler)(int)) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
+}
+
+} // namespace
+
+void Note_Interruptions() {
+    On(SIGINT, Note);
+    On(SIGTERM, Note);
+    On(SIGPIPE, SIG_IGN);
+}
+
+void End_If_Interrupted() {
+    if (noted_signal != 0) throw Interrupted{noted_signal};
+}
+
+// A signal between the look and the wait is seen a moment later: no wait is longer than 50 ms.
+void Pause_Or_End(unsigned milliseconds) {
+    for (End_If_Interrupted(); milliseconds > 0; End_If_Interrupted()) {
+        const unsigned step = milliseconds < 50 ? milliseconds : 50;
+        poll(nullptr, 0, static_cast<int>(step));
+        milliseconds -= step;
+    }
+}
+
+void End_By(int signal) {
+    On(signal, SIG_DFL);
+    raise(signal);
+    std::_Exit(128 + signal);
+}
+
+} // namespace tools

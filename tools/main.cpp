@@ -1,0 +1,7 @@
+#include <tools/command.h>
+
+int main(int argc, char **argv) {
+    tools::CommandTree tree;
+    tools::Add_All(tree);
+    return tree.Run(argc, argv);
+}
