@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -79,6 +80,10 @@ std::vector<std::string> Names_In_List(const std::string &beginning) {
     return names;
 }
 
+void Remove_Name(const std::string &name) {
+    unlink((List_Folder() + "/" + name).c_str());
+}
+
 // In front of the name of a socket that does not listen yet.
 constexpr char Aside[] = "new";
 
@@ -100,11 +105,20 @@ void Remove_Names_Left_Aside() {
 
 enum class Answer { Connected, Nobody, Not_Now };
 
+// A forked child may keep its sockets open.
+bool Has_Server_Ended(const FileDescriptor &socket) {
+    errno = 0;
+    const FileDescriptor process = Process_Behind(socket.Get());
+    pollfd end = {process.Get(), POLLIN, 0};
+    return process ? poll(&end, 1, 0) > 0 : errno == ESRCH;
+}
+
 Answer Try_To_Connect(const std::string &name, const FileDescriptor &socket) {
-    if (Address(List_Folder(), name).Connect(socket.Get())) return Answer::Connected;
-    if (errno == EAGAIN) return Answer::Not_Now;
-    if (errno == ECONNREFUSED) unlink((List_Folder() + "/" + name).c_str());
-    return Answer::Nobody;
+    const bool connected = Address(List_Folder(), name).Connect(socket.Get());
+    if (!connected && errno == EAGAIN) return Answer::Not_Now;
+    const bool ended = connected ? Has_Server_Ended(socket) : errno == ECONNREFUSED;
+    if (ended) Remove_Name(name);
+    return connected && !ended ? Answer::Connected : Answer::Nobody;
 }
 
 // Empty when nobody is there any more, or takes no connection for too long.

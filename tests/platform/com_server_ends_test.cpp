@@ -128,6 +128,20 @@ TEST_F(ComServerEnds, ComeWithTheEndOfTheThreadThatServes) {
     EXPECT_EQ(living, 0);
 }
 
+TEST_F(ComServerEnds, AreNoConcernOfAForkedChild) {
+    SecondProcess server("service");
+    server.Hear();
+    ITestService *service = nullptr, *another = nullptr;
+    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
+    const pid_t child = std::stoi(Ask(service, "fork"));
+    ASSERT_EQ(Create(IID_ITestService, another), S_OK) << "it is still listed";
+    server.Kill();
+    EXPECT_EQ(Result(service, "living"), HRESULT_CALL_FAILED);
+    EXPECT_EQ(service->Release() + another->Release(), 0u);
+    EXPECT_EQ(Create(IID_ITestService, service), REGDB_E_CLASSNOTREG) << "which the child's sockets say not";
+    kill(child, SIGKILL);
+}
+
 TEST_F(ComServerEnds, OfAClassLeadToWhoServesInItsPlace) {
     const DWORD cookie = Register();
     std::promise<void> connected, revoked;

@@ -44,6 +44,7 @@ class Service final : public ITestService, public ITestNumber {
         if (word == "throw") throw 1;
         if (word == "much") std::fill_n(answer, 900000, 'm'), answer[900000] = 0;
         if (word == "sleep") Sleep(1000);
+        if (word == "fork") std::snprintf(answer, static_cast<std::size_t>(size), "%d", Forked());
         if (word == "leave") ExitThread(0);
         if (word == "back") return Call_Back();
         if (word == "again") return busy_elsewhere->Do(asked, answer, size);
@@ -53,6 +54,13 @@ class Service final : public ITestService, public ITestNumber {
 
   private:
     ~Service() { --living; }
+    // A child that lets go of COM and stays.
+    static pid_t Forked() {
+        const pid_t child = fork();
+        if (child == 0) CoUninitialize(), pause();
+        Sleep(50);
+        return child;
+    }
     // To who serves under the other class.
     static long Call_Back() {
         void *made = nullptr;
