@@ -20,9 +20,9 @@ std::string Link_Library(const fs::path &library, const fs::path &folder) {
     const fs::path link = folder / library.filename();
     const fs::path aside = link.string() + ".new" + std::to_string(getpid());
     std::error_code error;
-    const fs::path file = fs::canonical(library, error);
+    const fs::path home = fs::canonical(library.parent_path(), error);
     if (!error) fs::remove(aside, error);
-    if (!error) fs::create_symlink(file, aside, error);
+    if (!error) fs::create_symlink(home / library.filename(), aside, error);
     if (!error) fs::rename(aside, link, error);
     return error ? link.string() + " cannot be linked: " + error.message() : std::string();
 }
