@@ -23,16 +23,11 @@ compile_headers() { # All types in the debug information, also those that nothin
         -shared -fPIC -nostdlib -I. -x c++ - -o "$folder/headers.so"
 }
 
-# Calls that are not virtual have no place in any layout.
-without_plain_calls() {
-    awk '/<member-function / && !/vtable-offset/ { plain = 1 } !plain; /<\/member-function>/ { plain = 0 }'
-}
-
 laid_down() ( # SOURCE_FOLDER
     cd "$1"
     compile_headers
     abidw --load-all-types --no-show-locs --no-parameter-names --no-corpus-path --no-comp-dir-path \
-        --no-elf-needed --no-write-default-sizes --type-id-style hash "$folder/headers.so" | without_plain_calls
+        --no-elf-needed --no-write-default-sizes --type-id-style hash "$folder/headers.so"
 )
 
 if [ "$1" = --print ]; then
