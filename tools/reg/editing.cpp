@@ -5,6 +5,11 @@
 
 namespace tools::reg {
 
+void Add_Edit_Flags(CLI::App *command, EditOptions &options) {
+    command->add_flag("--dry-run", options.dry_run, "changes nothing; tells each thing that would change");
+    command->add_flag("--json", options.json, "the report as JSON");
+}
+
 void Require_Editing(const EditOptions &options) {
     if (!options.dry_run && CRegMaster().IsEditingDisabled())
         throw Failure(Exit_Unusable, "the user's policy \"DisableRegistryTools\" is set");

@@ -63,8 +63,7 @@ void Add_Import(CommandTree &tree, CLI::App *parent) {
     auto options = std::make_shared<ImportOptions>();
     CLI::App *import = tree.Add("import", "makes the registry as a REGEDIT4 text says", parent);
     import->add_option("FILE", options->file, "the text; '-' for standard input")->required();
-    import->add_flag("--dry-run", options->dry_run, "changes nothing; tells each thing that would change");
-    import->add_flag("--json", options->json, "the report as JSON");
+    Add_Edit_Flags(import, *options);
     import->footer("The text is checked whole before anything is changed. An import that fails or is\n"
                    "interrupted takes back what it has changed; one that is killed leaves what it came to,\n"
                    "and the same import again makes the rest.");

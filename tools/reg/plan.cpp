@@ -68,10 +68,6 @@ Plan::Slot &Plan::Slot_Of(Node &node, const std::string &name) {
     return slot;
 }
 
-void Plan::Make_Key(const KeyPath &path) {
-    Made(path);
-}
-
 void Plan::Set_Value(const KeyPath &path, const std::string &name, Value value) {
     Slot_Of(Made(path), name).now = std::move(value);
 }

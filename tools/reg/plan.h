@@ -14,11 +14,9 @@ class Plan {
   public:
     Plan();
 
-    /// The key and what leads to it.
-    void Make_Key(const KeyPath &path);
     /// False when there is none: nothing to do. Fails with 2 for a root and what leads to one.
     bool Delete_Key(const KeyPath &path);
-    /// Makes the key too.
+    /// Makes the key too, and what leads to it.
     void Set_Value(const KeyPath &path, const std::string &name, Value value);
     /// False when there is none.
     bool Delete_Value(const KeyPath &path, const std::string &name);

@@ -20,10 +20,10 @@ class Reader {
 
   private:
     void Read_Heading() {
-        if (!scan_.Next_Line()) scan_.Fail("is empty; its first line must be REGEDIT4");
+        if (!scan_.Next_Line()) scan_.Fail("nothing there; the first line must be REGEDIT4");
         if (scan_.Rest().starts_with("\xEF\xBB\xBF"))
-            scan_.Fail("begins with a byte order mark; the text must be in code page 1252");
-        if (!scan_.Take(Heading)) scan_.Fail("is no registry text: its first line must be REGEDIT4");
+            scan_.Fail("a byte order mark; the text must be in code page 1252");
+        if (!scan_.Take(Heading)) scan_.Fail("no registry text: the first line must be REGEDIT4");
         scan_.Skip_Blanks();
         if (!scan_.At_End()) scan_.Fail("the first line must be REGEDIT4 and nothing else");
     }

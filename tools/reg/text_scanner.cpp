@@ -25,8 +25,8 @@ bool Scanner::Next_Line() {
     left_.remove_prefix(ended_ ? end + 1 : left_.size());
     ++line_;
     if (rest_.ends_with('\r')) rest_.remove_suffix(1);
-    if (rest_.find('\0') != std::string_view::npos) Fail("has a zero byte; it is no registry text");
-    if (rest_.find('\r') != std::string_view::npos) Fail("has a carriage return inside a line");
+    if (rest_.find('\0') != std::string_view::npos) Fail("a zero byte: this is no registry text");
+    if (rest_.find('\r') != std::string_view::npos) Fail("a carriage return inside a line");
     return true;
 }
 

@@ -125,7 +125,7 @@ std::string All_Bytes(const std::vector<std::string> &texts) {
 }
 
 const std::string &One(const Form &form) {
-    if (form.data.size() != 1) throw Failure(Exit_Unusable, form.type + " wants data in one piece");
+    if (form.data.size() != 1) throw Failure(Exit_Unusable, form.type + " wants data");
     return form.data[0];
 }
 
