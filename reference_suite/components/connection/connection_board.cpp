@@ -179,9 +179,10 @@ long ConnectionBoard::Close(std::uint32_t &number) {
     Access access(*this);
     if (!access) return E_FAIL;
     if (access->stage == ConnectionStage::None) return 0;
-    number = access->connection;
-    const OwnedHandle end = Open_Event("END", number);
+    const OwnedHandle end = Open_Event("END", access->connection);
+    if (!end && GetLastError() != ERROR_FILE_NOT_FOUND) return Last_Code();
     if (end) SetEvent(end.get()); // first: who is killed in between leaves a keeper that knows
+    number = access->connection;
     access.End();
     return 0;
 }
