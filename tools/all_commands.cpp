@@ -1,8 +1,11 @@
 #include <tools/command.h>
+#include <tools/ltx/ltx_commands.h>
 
 namespace tools {
 
 // One line for each group.
-void Add_All(CommandTree &) {}
+void Add_All(CommandTree &tree) {
+    Add_Ltx(tree);
+}
 
 } // namespace tools
