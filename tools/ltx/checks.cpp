@@ -77,7 +77,7 @@ std::vector<Finding> Check_Against(const StringsFile &file, const StringsFile &s
         if (each.string.identifier.empty()) continue;
         const auto model = in_source.find(each.string.identifier);
         const std::string fault = model == in_source.end()
-                                      ? Escaped(each.string.identifier) + " is not in " + source.name
+                                      ? Escaped(each.string.identifier) + " is not in the source"
                                       : Difference_In_Places(model->second->string.text, each.string.text);
         if (!fault.empty()) findings.push_back(At(file, each, fault));
     }
