@@ -1,4 +1,5 @@
 #include <tools/command.h>
+#include <tools/ltx/ltx_commands.h>
 #include <tools/reg/reg_commands.h>
 
 namespace tools {
@@ -6,6 +7,7 @@ namespace tools {
 // One line for each group.
 void Add_All(CommandTree &tree) {
     Add_Reg(tree);
+    Add_Ltx(tree);
 }
 
 } // namespace tools
