@@ -51,6 +51,12 @@ PLATFORM_API bool Host_Path(const char *windows_path, char *out, unsigned long s
 /// does what no Windows name can have; such a path does not lead back.
 PLATFORM_API bool Windows_Path(const char *host_path, char *out, unsigned long size);
 
+/// The path of an open registry key with the names as they are stored: "HKEY_LOCAL_MACHINE\Software\Classes",
+/// also for HKEY_CLASSES_ROOT, which is the same key. `*size` in: the buffer's size; out: characters without
+/// the terminator. A code as the registry's calls give; ERROR_MORE_DATA leaves the buffer as it was and
+/// `*size` what is needed, terminator included.
+PLATFORM_API LONG Registry_Key_Path(HKEY key, char *path, DWORD *size);
+
 /// Answers message boxes instead of standard error; null restores that. `context` is handed through.
 using MessageBoxHandler = int (*)(HWND owner, const char *text, const char *caption, UINT style,
                                   void *context);

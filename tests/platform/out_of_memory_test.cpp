@@ -171,6 +171,9 @@ bool Key_Comes_And_Goes() {
     if (error) return With_Code(error);
     error = RegSetValueExA(key, "value", 0, REG_SZ, reinterpret_cast<const BYTE *>("text"), 5);
     if (!error) error = RegFlushKey(key);
+    char path[100];
+    DWORD size = sizeof path;
+    if (!error) error = Registry_Key_Path(key, path, &size);
     RegCloseKey(key);
     return With_Code(error ? error : RegDeleteKeyA(HKEY_CURRENT_USER, "Scarce"));
 }
