@@ -24,7 +24,6 @@ void Remove_Fuzz_Machine() {
 std::string Make_Fuzz_Machine() {
     std::string pattern = std::filesystem::temp_directory_path() / "kelmara-fuzz-XXXXXX";
     if (!mkdtemp(pattern.data())) std::abort();
-    setenv("KELMARA_MACHINE", pattern.c_str(), 1);
     if (!Enter_Machine(pattern.c_str())) std::abort();
     mkdir((pattern + "/drive_c").c_str(), 0700);
     Maker = getpid();
