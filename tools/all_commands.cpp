@@ -1,8 +1,14 @@
-#include <tools/command.h>
+#include <tools/content/content_commands.h>
+#include <tools/number/number_commands.h>
 
 namespace tools {
 
 // One line for each group.
-void Add_All(CommandTree &) {}
+void Add_All(CommandTree &tree) {
+    Add_Sections(tree);
+    Add_Defines(tree);
+    Add_Expand(tree);
+    Add_Number(tree);
+}
 
 } // namespace tools
