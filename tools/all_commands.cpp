@@ -1,4 +1,5 @@
 #include <tools/content/content_commands.h>
+#include <tools/manual/manual_commands.h>
 #include <tools/number/number_commands.h>
 
 namespace tools {
@@ -9,6 +10,8 @@ void Add_All(CommandTree &tree) {
     Add_Defines(tree);
     Add_Expand(tree);
     Add_Number(tree);
+    Add_Manual(tree);
+    Add_Completion(tree);
 }
 
 } // namespace tools
