@@ -9,7 +9,8 @@
 //         tree.Does(atoms, [options] { return List(*options); });
 //     }
 //
-// The texts given here are the help, the manual pages and the shell completion.
+// The texts given here are the help, the manual pages and the shell completion. An argument is completed with
+// files where its name or type has FILE or TEMPLATE in it, and with folders for FOLDER.
 
 #include <CLI/CLI.hpp>
 #include <functional>
@@ -32,9 +33,9 @@ class CommandTree {
     /// What the command does once it is understood. Its result is the process's exit code.
     void Does(CLI::App *command, std::function<ExitCode()> action);
 
-    /// What the manual says of the command beyond its help, under that title ("FILES", "EXAMPLES"); optional.
-    /// Line ends part paragraphs, and lines that begin with four blanks stand as they are. Titles come in the
-    /// order in which they are told.
+    /// What the manual says of the command beyond its help, under that title ("DESCRIPTION", "FILES",
+    /// "EXAMPLES"); optional. Line ends part paragraphs, and lines that begin with four blanks stand as they
+    /// are. Titles come in the order in which they are told.
     void Tells(const CLI::App *command, const std::string &title, const std::string &text);
     struct ManualText {
         std::string title, text;

@@ -130,8 +130,9 @@ TEST_F(ContentCommands, DefinesAreFoundOnTheirLines) {
                 start = lines.Behind();
             const auto earlier = std::count_if(found.begin(), found.end(),
                                                [&](const FoundDefine &one) { return one.line < each.line; });
-            if (all_taken)
+            if (all_taken) {
                 EXPECT_EQ(Parse_Defines(text.substr(0, start)).size(), static_cast<std::size_t>(earlier));
+            }
         }
         EXPECT_EQ(Parse_Defines(text).size(), taken);
     }

@@ -51,7 +51,9 @@ TEST_F(ManualCommands, EveryCommandHasItsPlaceInAPageThatReadersTake) {
     for (const CLI::App *top : Commands_Of(tree.Root())) {
         const std::string file = "man/" + Page_Name(*top) + ".1", page = machine.Read(file);
         EXPECT_EQ(page, Manual_Page(tree, *top));
-        if (has_groff) EXPECT_EQ(Bash("groff -man -ww -z -Tutf8 " + machine.Path(file)), "") << page;
+        if (has_groff) {
+            EXPECT_EQ(Bash("groff -man -ww -z -Tutf8 " + machine.Path(file)), "") << page;
+        }
         for (const char *part : {".TH ", ".SH NAME\n", ".SH SYNOPSIS\n", ".SH OPTIONS", ".SH EXIT STATUS\n"})
             EXPECT_NE(page.find(part), page.npos) << part;
         For_Each_Command(*top, [&](const CLI::App &command) {
@@ -80,7 +82,9 @@ TEST_F(ManualCommands, BashCompletesWhateverTheTreeHas) {
         std::string commands, options;
         for (const CLI::App *each : Commands_Of(command))
             commands += (commands.empty() ? "" : " ") + each->get_name();
-        if (!commands.empty()) EXPECT_EQ(complete(Full_Name_Of(command) + " \"\""), commands + "\n");
+        if (!commands.empty()) {
+            EXPECT_EQ(complete(Full_Name_Of(command) + " \"\""), commands + "\n");
+        }
         const std::string offered = " " + complete(Full_Name_Of(command) + " -");
         for (const ArgumentFacts &option : Options_Of(command))
             EXPECT_NE(offered.find(" " + option.names.back()), offered.npos) << Full_Name_Of(command);

@@ -135,10 +135,10 @@ void Add_Expand(CommandTree &tree) {
         expand, "TOKENS",
         "A token stands between two of the same sigil, or < and >. A sigil twice is that character.\n"
         "    $'TTTT','FFFF'$  field FFFF of section TTTT of --fields\n"
-        "    &name&           a field of the first section of --fields, by the code that --define-file "
-        "gives that name\n"
-        "    %name%           WINDOWS, TEMP or DESKTOP, or a value of the suite's registry key; empty "
-        "where there is none\n"
+        "    &name&           a field of the first section of --fields,\n"
+        "                     by the code that --define-file gives that name\n"
+        "    %name%           WINDOWS, TEMP or DESKTOP, or a value of the\n"
+        "                     suite's registry key; empty where there is none\n"
         "    <name>           NAME, SERIALCODE or VERSION of --descriptor\n"
         "    ^name^           a variable of --var\n"
         "Sections and fields have names of at most four characters; shorter ones are filled up with "
@@ -146,8 +146,9 @@ void Add_Expand(CommandTree &tree) {
         "A token without a value, without an end or with a name of over 255 characters is a fault: it is "
         "told as FILE:LINE: TEXT, nothing is written, and the exit code is 2.");
     tree.Tells(expand, "EXAMPLES",
-               "    kelmara expand welcome.tpl --var GREETING=Welcome, --define-file customer.def "
-               "--fields customer.sct --descriptor 'The road,ROAD,1' --output welcome.txt");
+               "    kelmara expand welcome.tpl --var GREETING=Welcome, \\\n"
+               "        --define-file customer.def --fields customer.sct \\\n"
+               "        --descriptor 'The road,ROAD,1' --output welcome.txt");
 }
 
 } // namespace tools

@@ -42,7 +42,8 @@ class SectionLook {
     Mode mode_ = Mode::Name;
     bool in_section_ = false;
     std::size_t name_length_ = 0;
-    unsigned long name_line_ = 0; // where the item begins; 0 for none yet
+    std::size_t length_at_header_ = 0; // of the name, at the last section's
+    unsigned long name_line_ = 0;      // where the item begins; 0 for none yet
     bool blank_in_name_ = false;
 };
 

@@ -53,6 +53,7 @@ std::size_t SectionLook::Take_Header(std::string_view text, std::size_t at, Sect
 
     ++line.sections;
     in_section_ = true;
+    length_at_header_ = name_length_;
     if (length == Longest_Section_Name)
         line.remarks.push_back("the 256th character of the section's name is dropped");
     if (mode_ == Mode::Before_Value)
@@ -103,7 +104,7 @@ void SectionLook::End_Line(std::string_view text, SectionLine &line) {
         name_line_ = 0;
     }
     line.is_whole = mode_ == Mode::Name && name_length_ == 0;
-    if (mode_ == Mode::Name && name_length_ > 0 && line.sections > 0)
+    if (mode_ == Mode::Name && line.sections > 0 && name_length_ > length_at_header_)
         line.remarks.push_back("no \"=\" behind the header: it begins the name of the next item");
     if (text.find('\0') != text.npos) line.remarks.push_back("has a zero byte, where programs may stop");
 }

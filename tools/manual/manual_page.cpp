@@ -96,12 +96,20 @@ std::string Paragraphs(const std::string &text) {
     return roff + (literal ? ".fi\n.RE\n" : "");
 }
 
+/// What the command tells of itself in front of all else.
+std::string Told_Description(CommandTree &tree, const CLI::App &command) {
+    std::string text;
+    for (const auto &[title, told] : tree.Manual_Of(&command))
+        if (title == "DESCRIPTION") text += Paragraphs(told);
+    return text;
+}
+
 /// The told texts of the page's commands, by title: the examples, or all others.
 std::string Told(CommandTree &tree, const CLI::App &command, bool examples) {
     std::vector<std::pair<std::string, std::string>> sections;
     const auto add = [&](const CLI::App *each) {
         for (const auto &[title, text] : tree.Manual_Of(each)) {
-            if ((title == "EXAMPLES") != examples) continue;
+            if ((title == "EXAMPLES") != examples || title == "DESCRIPTION") continue;
             const auto place =
                 std::find_if(sections.begin(), sections.end(),
                              [&, &wanted = title](const auto &one) { return one.first == wanted; });
@@ -188,7 +196,8 @@ std::string Manual_Page(CommandTree &tree, const CLI::App &command) {
             Roff_Text(Phrase(command.get_description())) + "\n.SH SYNOPSIS\n";
     for (const CLI::App *each : is_root ? std::vector<const CLI::App *>{&root} : Doers(command))
         text += Written(*each) + "\n.br\n";
-    text += ".SH DESCRIPTION\n" + Roff_Text(Sentence(command.get_description())) + "\n";
+    text += ".SH DESCRIPTION\n" + Roff_Text(Sentence(command.get_description())) + "\n" +
+            Told_Description(tree, command);
     text += is_root ? Body_Of_Root(root) : Body_Of_Command(command, root);
     return text + Told(tree, command, false) + Exit_Status + Environment + Told(tree, command, true) +
            See_Also(command, root);
