@@ -3,6 +3,7 @@
 #include <kelmara/foundation/memory.h>
 
 #include <cstdlib>
+#include <new>
 
 namespace tools {
 
@@ -25,10 +26,21 @@ void *Reallocate(void *block, long size) {
     return std::realloc(block, size == 0 ? 1 : Size_Of(size)); // of 0 it would release the block
 }
 
+constexpr std::size_t Reserve_Size = std::size_t{1} << 20;
+void *reserve = nullptr;
+
+void Give_Reserve_Back() {
+    std::free(reserve);
+    reserve = nullptr;
+    throw std::bad_alloc();
+}
+
 } // namespace
 
 void Use_Own_Memory() {
     Set_Local_Memory_Procs(Allocate, Allocate_Clear, Reallocate, std::free);
+    if (reserve == nullptr) reserve = std::malloc(Reserve_Size);
+    std::set_new_handler(Give_Reserve_Back);
 }
 
 } // namespace tools

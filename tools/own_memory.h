@@ -4,7 +4,8 @@
 
 namespace tools {
 
-/// Before the library's first allocation; a binding that is there already stays.
+/// Before the library's first allocation; a binding that is there already stays. When memory runs out, a
+/// reserve is given back first: on the way out there are destructors that allocate.
 void Use_Own_Memory();
 
 } // namespace tools

@@ -7,7 +7,10 @@
 #include <kelmara/containers/iterator.h>
 #include <kelmara/content/define_file.h>
 
+#include <platform/errors.h>
+
 #include <algorithm>
+#include <new>
 #include <set>
 
 namespace tools {
@@ -87,6 +90,7 @@ std::vector<ParsedDefine> Parse_Defines(std::string_view text) {
     try {
         DefineTable table;
         const long result = Tokenize_Define_File(Machine_Path(file.Path()).c_str(), &table);
+        if (result == E_OUTOFMEMORY) throw std::bad_alloc();
         if (result != 0)
             throw Failure(Exit_Unusable, "the library cannot read the defines: " + std::to_string(result));
         return table.Entries();

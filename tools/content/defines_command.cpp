@@ -1,5 +1,6 @@
 #include <tools/content/content_commands.h>
 #include <tools/content/define_lines.h>
+#include <tools/content/json_list.h>
 #include <tools/failure.h>
 #include <tools/files.h>
 #include <tools/machine_choice.h>
@@ -75,24 +76,46 @@ void List_Defines(const Defines &defines) {
     Print_Line(std::to_string(defines.taken.size()) + (defines.taken.size() == 1 ? " define" : " defines"));
 }
 
-void Tell_Json(const Defines &defines, const std::string &file) {
-    Json all = Json::array(), remarks = Json::array(), nothing = Json::array();
+/// One of the lists of the whole: of each line what `on_define` and `on_other` add to it.
+template <class OnDefine, class OnOther>
+void Tell_List(const Defines &defines, const char *name, OnDefine on_define, OnOther on_other) {
+    Print(std::string(",\n  \"") + name + "\": ");
+    JsonList list(4);
     Walk(
         defines,
-        [&](const FoundDefine &found, const ParsedDefine *define) {
+        [&](const FoundDefine &found, const ParsedDefine *define) { on_define(list, found, define); },
+        [&](unsigned long line, const std::string &reason) { on_other(list, line, reason); });
+    list.Close();
+}
+
+void Tell_Json(const Defines &defines, const std::string &file) {
+    const auto nothing = [](JsonList &, unsigned long, const std::string &) {};
+    Print("{\n  \"file\": " + Json(Utf8_Of(file)).dump());
+    Tell_List(
+        defines, "defines",
+        [](JsonList &list, const FoundDefine &found, const ParsedDefine *define) {
             if (define != nullptr)
-                all.push_back({{"name", Utf8_Of(define->name)},
-                               {"value", Utf8_Of(define->value)},
-                               {"line", found.line}});
-            for (const std::string &remark : found.remarks)
-                (define != nullptr ? remarks : nothing)
-                    .push_back({{"line", found.line}, {define != nullptr ? "text" : "reason", remark}});
+                list.Add({{"name", Utf8_Of(define->name)},
+                          {"value", Utf8_Of(define->value)},
+                          {"line", found.line}});
         },
-        [&](unsigned long line, const std::string &reason) {
-            nothing.push_back({{"line", line}, {"reason", reason}});
+        nothing);
+    Tell_List(
+        defines, "remarks",
+        [](JsonList &list, const FoundDefine &found, const ParsedDefine *define) {
+            for (const std::string &remark : found.remarks)
+                if (define != nullptr) list.Add({{"line", found.line}, {"text", remark}});
+        },
+        nothing);
+    Tell_List(
+        defines, "without_effect",
+        [](JsonList &list, const FoundDefine &found, const ParsedDefine *define) {
+            if (define == nullptr) list.Add({{"line", found.line}, {"reason", found.remarks.front()}});
+        },
+        [](JsonList &list, unsigned long line, const std::string &reason) {
+            list.Add({{"line", line}, {"reason", reason}});
         });
-    Print_Json(
-        {{"file", Utf8_Of(file)}, {"defines", all}, {"remarks", remarks}, {"without_effect", nothing}});
+    Print_Line("\n}");
 }
 
 ExitCode Show_Defines(const DefineOptions &options) {

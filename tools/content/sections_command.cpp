@@ -1,4 +1,5 @@
 #include <tools/content/content_commands.h>
+#include <tools/content/json_list.h>
 #include <tools/content/section_lines.h>
 #include <tools/files.h>
 #include <tools/machine_choice.h>
@@ -42,7 +43,7 @@ class SectionReport {
   public:
     virtual ~SectionReport() = default;
     virtual void Tell(const SectionReader::Line &line) = 0;
-    virtual void End(const std::string &fault) = 0;
+    virtual void End() = 0;
 };
 
 class SectionListing final : public SectionReport {
@@ -60,7 +61,7 @@ class SectionListing final : public SectionReport {
         if (line.look.is_fault) Tell_Line(line, "! " + line.look.reason);
         for (const std::string &remark : line.look.remarks) Tell_Line(line, "    (" + remark + ")");
     }
-    void End(const std::string &) override {
+    void End() override {
         Print_Line(std::to_string(sections_) + (sections_ == 1 ? " section, " : " sections, ") +
                    std::to_string(items_) + (items_ == 1 ? " item" : " items"));
     }
@@ -80,44 +81,67 @@ class SectionListing final : public SectionReport {
 
 class SectionJson final : public SectionReport {
   public:
+    explicit SectionJson(const std::string &file) {
+        Print("{\n  \"file\": " + Json(Utf8_Of(file)).dump() + ",\n  \"sections\": ");
+        sections_.emplace(4);
+    }
+
     void Tell(const SectionReader::Line &line) override {
         const unsigned long number = line.look.number;
-        for (const ParsedItem &item : line.items) Add_Item(item, number);
+        for (const ParsedItem &item : line.items) Tell_Item(item, number);
         for (const ParsedSection &section : line.sections) {
-            sections_.push_back(
-                {{"name", Utf8_Of(section.name)}, {"line", number}, {"items", Json::array()}});
-            for (const ParsedItem &item : section.items) Add_Item(item, number);
+            End_Section();
+            sections_->Add_Written("{\"name\":" + Json(Utf8_Of(section.name)).dump() +
+                                   ",\"line\":" + std::to_string(number) + ",\"items\":");
+            items_.emplace(6);
+            for (const ParsedItem &item : section.items) Tell_Item(item, number);
         }
-        if (!line.look.reason.empty() && !line.look.is_fault)
-            nothing_.push_back({{"line", number}, {"reason", line.look.reason}});
-        for (const std::string &remark : line.look.remarks)
-            remarks_.push_back({{"line", number}, {"text", remark}});
-        if (line.look.is_fault) fault_ = {{"line", number}, {"text", line.look.reason}};
+        if (line.look.is_fault)
+            fault_ = Json{{"line", number}, {"text", line.look.reason}}.dump();
+        else if (!line.look.reason.empty())
+            nothing_.emplace_back(number, line.look.reason);
+        for (const std::string &remark : line.look.remarks) remarks_.emplace_back(number, remark);
     }
-    void End(const std::string &file) override {
-        Print_Json({{"file", Utf8_Of(file)},
-                    {"sections", sections_},
-                    {"fault", fault_},
-                    {"remarks", remarks_},
-                    {"without_effect", nothing_}});
+    void End() override {
+        End_Section();
+        sections_->Close();
+        Print(",\n  \"fault\": " + fault_ + ",\n  \"remarks\": ");
+        Print_Texts(remarks_, "text");
+        Print(",\n  \"without_effect\": ");
+        Print_Texts(nothing_, "reason");
+        Print_Line("\n}");
     }
 
   private:
-    void Add_Item(const ParsedItem &item, unsigned long number) {
-        sections_.back()["items"].push_back(
-            {{"name", Utf8_Of(item.name)}, {"value", Utf8_Of(item.value)}, {"line", number}});
+    using Texts = std::vector<std::pair<unsigned long, std::string>>;
+
+    void Tell_Item(const ParsedItem &item, unsigned long number) {
+        items_->Add({{"name", Utf8_Of(item.name)}, {"value", Utf8_Of(item.value)}, {"line", number}});
+    }
+    void End_Section() {
+        if (!items_) return;
+        items_->Close();
+        items_.reset();
+        Print("}");
+    }
+    static void Print_Texts(const Texts &texts, const char *name) {
+        JsonList list(4);
+        for (const auto &[number, text] : texts) list.Add({{"line", number}, {name, text}});
+        list.Close();
     }
 
-    Json sections_ = Json::array(), remarks_ = Json::array(), nothing_ = Json::array(), fault_ = nullptr;
+    std::optional<JsonList> sections_, items_;
+    Texts remarks_, nothing_;
+    std::string fault_ = "null";
 };
 
 ExitCode Show_Sections(const SectionOptions &options) {
     const BorrowedMachine machine;
     const std::string text = Read_File(options.file);
     const unsigned long lines = Count_Text_Lines(text);
-    const std::unique_ptr<SectionReport> report = options.json
-                                                      ? std::unique_ptr<SectionReport>(new SectionJson)
-                                                      : std::make_unique<SectionListing>(lines);
+    const std::unique_ptr<SectionReport> report =
+        options.json ? std::unique_ptr<SectionReport>(new SectionJson(options.file))
+                     : std::make_unique<SectionListing>(lines);
     std::optional<FaultInFile> fault;
     HiddenItems hidden;
     Progress progress("reading lines", lines);
@@ -131,7 +155,7 @@ ExitCode Show_Sections(const SectionOptions &options) {
         if (line.look.is_fault) fault.emplace(options.file, line.look.number, line.look.reason);
         report->Tell(line);
     }
-    report->End(options.file);
+    report->End();
     if (!fault) return Exit_Success;
     Flush_Output();
     throw *fault;
