@@ -1,6 +1,9 @@
 #include <tools/command.h>
 #include <tools/ltx/ltx_commands.h>
 #include <tools/reg/reg_commands.h>
+#include <tools/content/content_commands.h>
+#include <tools/manual/manual_commands.h>
+#include <tools/number/number_commands.h>
 
 namespace tools {
 
@@ -8,6 +11,12 @@ namespace tools {
 void Add_All(CommandTree &tree) {
     Add_Reg(tree);
     Add_Ltx(tree);
+    Add_Sections(tree);
+    Add_Defines(tree);
+    Add_Expand(tree);
+    Add_Number(tree);
+    Add_Manual(tree);
+    Add_Completion(tree);
 }
 
 } // namespace tools

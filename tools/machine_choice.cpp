@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <unistd.h>
 
 namespace tools {
 
@@ -21,19 +22,25 @@ void Require_Machine() {
                                      : "no machine yet; `kelmara machine init` makes one");
 }
 
-BorrowedMachine::BorrowedMachine() {
-    if (Machine_In_Force() != 0) return;
+PassingMachine::PassingMachine() {
+    if (Machine_In_Force() != 0) before_ = Machine_Folder();
     const char *temporary = std::getenv("TMPDIR");
     std::string folder =
         std::string(temporary != nullptr && *temporary != 0 ? temporary : "/tmp") + "/kelmara-XXXXXX";
     if (mkdtemp(folder.data()) == nullptr) throw Failure(Exit_Unusable, folder + ": " + std::strerror(errno));
     folder_ = folder;
-    if (!Enter_Machine(folder_.c_str()))
-        throw Failure(Exit_Unusable, folder_ + ": no place for a passing machine");
+    if (Enter_Machine(folder_.c_str())) return;
+    rmdir(folder_.c_str());
+    throw Failure(Exit_Unusable, folder_ + ": no place for a passing machine");
 }
 
-BorrowedMachine::~BorrowedMachine() {
-    if (!folder_.empty()) Remove_Machine(folder_.c_str());
+PassingMachine::~PassingMachine() {
+    if (!before_.empty()) Enter_Machine(before_.c_str());
+    Remove_Machine(folder_.c_str());
+}
+
+BorrowedMachine::BorrowedMachine() {
+    if (Machine_In_Force() == 0) machine_.emplace();
 }
 
 } // namespace tools
