@@ -38,16 +38,16 @@ int CommandTree::Run(int argc, const char *const *argv) {
         return root_.exit(error) == 0 ? Exit_Success : Exit_Unusable;
     }
     Note_Interruptions();
-    Choose_Machine(machine_);
     try {
-        return Run_Chosen();
+        return Run_Chosen(argv);
     } catch (const Interrupted &interrupted) {
         End_By(interrupted.signal);
     }
 }
 
-int CommandTree::Run_Chosen() {
+int CommandTree::Run_Chosen(const char *const *argv) {
     try {
+        Choose_Machine(machine_, argv);
         const ExitCode code = chosen_();
         Flush_Output();
         return code;
