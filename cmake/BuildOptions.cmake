@@ -13,12 +13,27 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1")
 set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
 
+# What is built tells where its sources lie from the root of the tree, wherever that was.
+add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
+add_link_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.") # the optimiser of the whole library runs there
+
 find_package(Threads REQUIRED)
 
 if(KELMARA_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
+
+# What makes a mistake harder to use: a guard word on the stack, checked copies, no symbol bound late, tables
+# of addresses that are read-only, programs at any address. tests/checks/hardening.sh reads it back from what was
+# built.
+if(NOT KELMARA_SANITIZE)
+  add_compile_options(-fstack-protector-strong)
+  add_compile_definitions(_FORTIFY_SOURCE=2)
+  add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+endif()
+include(CheckPIESupported)
+check_pie_supported()
 
 # Flags of our own code; what is built from Debian's sources keeps its own.
 add_library(kelmara_build_options INTERFACE)

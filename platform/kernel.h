@@ -60,6 +60,7 @@ extern "C" {
 
 // --- handles and the last error ---------------------------------------------------------------------------
 
+/// The calling thread's own: the code of errors.h that a call has set, as its comment tells.
 PLATFORM_API DWORD GetLastError();
 PLATFORM_API void SetLastError(DWORD code);
 

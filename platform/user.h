@@ -161,6 +161,8 @@ PLATFORM_API BOOL IsWindow(HWND window);
 
 // --- procedures and words ---------------------------------------------------------------------------------
 
+/// What a window does with a message that its procedure leaves alone: 0 for those that the machine has no
+/// answer to.
 PLATFORM_API LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 /// Null `procedure`: 0.
 PLATFORM_API LRESULT CallWindowProcA(WNDPROC procedure, HWND window, UINT message, WPARAM wparam,

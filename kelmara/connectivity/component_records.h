@@ -29,7 +29,7 @@ static_assert(offsetof(ComponentLocator, present) == 156 && offsetof(ComponentLo
 /// offset 752 on, which is room for what the connection component keeps there.
 struct ConnectParams {
     char unset_0[4];              // offset 0
-    char configuration_name[68];  // offset 4, at most 67 characters
+    char configuration_name[68];  // offset 4, at most 67 characters; empty for a longer name
     char account_id[64];          // offset 72, at most 63 characters
     char password[64];            // offset 136, at most 63 characters
     char first_dial_string[256];  // offset 200

@@ -37,9 +37,9 @@ class NumberOptions {
 
 void CConnectionUtility::Initialize_Connect_Params(ConnectParams *params) {
     if (!params || Is_Lan_Config()) return;
-    constexpr int Longest_Name = sizeof params->configuration_name - 1;
-    std::snprintf(params->configuration_name, sizeof params->configuration_name, "%.*s", Longest_Name,
-                  m_Configuration_Name);
+    const std::size_t length = std::strlen(m_Configuration_Name);
+    const bool fits = length < sizeof params->configuration_name;
+    std::memcpy(params->configuration_name, fits ? m_Configuration_Name : "", fits ? length + 1 : 1);
     Read_Option(m_Configuration, Option_Account_ID_To_Connect, params->account_id);
     Read_Option(m_Configuration, Option_Password_To_Connect, params->password);
     if (Modem_Is_DSL())

@@ -26,7 +26,8 @@ void ConnectionMonitor::Close(HANDLE &handle) {
 
 void ConnectionMonitor::Dispatch_One_Message() {
     MSG message;
-    if (GetMessageA(&message, nullptr, 0, 0) != -1) DispatchMessageA(&message);
+    // Without waiting: the one that was there may have gone with its window.
+    if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
 }
 
 // --- the two monitors of a connection ---------------------------------------------------------------------

@@ -92,7 +92,9 @@ class KELMARA_API CConnectionUtility : public CAutoDeleteableObject {
     /// Fills the record from the options: name, account, password, the numbers to dial from the default
     /// location, and the two numbers behind them. The second number comes first: the ten-digit options of the
     /// first are the location's at the end, and stay. Nothing is filled for a configuration without dialling;
-    /// for a device that dials no number, "1.1.1.1" is the first one and the second stays.
+    /// for a device that dials no number, "1.1.1.1" is the first one and the second stays. A name of more
+    /// than 67 characters fits no record and is left empty, which nobody connects by: cut, it would be
+    /// another's.
     void Initialize_Connect_Params(ConnectParams *params);
     /// Connects by the record, without its second number unless that is wanted: it is emptied there. The
     /// first one is remembered whether or not it connects. E_INVALIDARG for null.

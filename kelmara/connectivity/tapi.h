@@ -32,5 +32,7 @@ KELMARA_API unsigned long Set_Current_Dial_Location(const char *name);
 /// when the file's entries have no comma, and for a null `out` or a `size` below 0.
 KELMARA_API bool Get_Current_Dial_Location(char *out, int size);
 
-/// 0 when any line device has a name in plain characters, whichever it is; 0xFFFFFFFF when none has.
+/// 0 when any line device has a name in plain characters, whichever it is; 0xFFFFFFFF when none has. All the
+/// devices that "lineInitialize" told are asked, one after the other: a service that tells of billions, none
+/// of them named, has the call take as long as their answers do.
 KELMARA_API unsigned long Get_Current_Device_ID();

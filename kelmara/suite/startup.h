@@ -19,7 +19,7 @@ KELMARA_API void Init_Kelmara();
 /// a minute, one that makes no object half of that. Only the machine's last error tells why a start failed.
 KELMARA_API long Verify_Kelmara();
 
-/// Whether the name has none of the characters in "InvalidNameChars", which gets its default, `\/:*?"<>!.+,`,
-/// when it is missing or empty. A list of more than 255 characters stays as it is, and the default counts. An
-/// empty name is valid, null is not.
+/// Whether the name has none of the characters in "InvalidNameChars". That value gets its default,
+/// `\/:*?"<>!.+,`, when it is missing or empty. A list of more than 255 characters stays as it is, and the
+/// default counts. An empty name is valid, null is not.
 KELMARA_API bool Is_Valid_Component_Name(const char *name);

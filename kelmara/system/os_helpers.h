@@ -53,6 +53,7 @@ KELMARA_API long RunProcess(char *commandLine);
 /// family; otherwise, and when it cannot be found out, 0.
 KELMARA_API int RunningAsAdministrator();
 
+/// The flag word of this machine; Os_Other for any Windows that is none of the above.
 KELMARA_API void CheckOsVersion(unsigned long &flags);
 
 /// A number of the runtime's series (Machine_Rand), which the caller seeds, scaled to `low` to `high`. Once

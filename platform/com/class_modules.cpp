@@ -17,7 +17,7 @@ using ModuleLoad =
 
 struct KeptModule {
     ModuleLoad load;
-    unsigned asking = 0; // threads that are being given a class object
+    unsigned asking = 0; // threads that are being given a class object, or ask whether it can go
     unsigned asked = 0;  // how often one was given; wraps
 };
 
@@ -61,23 +61,27 @@ bool Can_Unload(HMODULE module) {
     return ask && ask() == S_OK;
 }
 
-// With how often each was asked.
-std::vector<std::pair<HMODULE, unsigned>> Idle_Modules() {
+// With how often each was asked. They stay loaded until Let_Go, and no other thread finds them idle
+// meanwhile.
+std::vector<std::pair<HMODULE, unsigned>> Hold_Idle_Modules() {
     ClassModules &modules = The_Modules();
     const std::lock_guard guard(modules.lock);
     std::vector<std::pair<HMODULE, unsigned>> idle;
-    for (const auto &[module, kept] : modules.kept) {
-        if (kept.asking == 0) idle.emplace_back(module, kept.asked);
+    idle.reserve(modules.kept.size());
+    for (auto &[module, kept] : modules.kept) {
+        if (kept.asking > 0) continue;
+        ++kept.asking;
+        idle.emplace_back(module, kept.asked);
     }
     return idle;
 }
 
-// Null when it was asked meanwhile: what it said before counts no more.
-ModuleLoad Take_Out(HMODULE module, unsigned asked) {
+// The load when it is to go. Null when it was asked meanwhile: what it said before counts no more.
+ModuleLoad Let_Go(HMODULE module, unsigned asked, bool unload) {
     ClassModules &modules = The_Modules();
     const std::lock_guard guard(modules.lock);
     const auto kept = modules.kept.find(module);
-    if (kept == modules.kept.end() || kept->second.asking > 0 || kept->second.asked != asked) return nullptr;
+    if (--kept->second.asking > 0 || kept->second.asked != asked || !unload) return nullptr;
     return std::move(modules.kept.extract(kept).mapped().load);
 }
 
@@ -97,7 +101,5 @@ HRESULT Get_Module_Class_Object(REFCLSID clsid, REFIID iid, void **out) {
 }
 
 void Free_Unused_Class_Modules() {
-    for (const auto &[module, asked] : Idle_Modules()) {
-        if (Can_Unload(module)) Take_Out(module, asked);
-    }
+    for (const auto &[module, asked] : Hold_Idle_Modules()) Let_Go(module, asked, Can_Unload(module));
 }

@@ -46,6 +46,8 @@ ServerEndpoint::~ServerEndpoint() {
     if (!thread_.joinable()) return;
     {
         const std::lock_guard guard(lock_);
+        // Before the connections end, so that whoever tries again finds another server or none.
+        for (const auto &[cookie, listed] : listed_) listed->Withdraw();
         ending_ = true;
     }
     eventfd_write(wake_.Get(), 1);

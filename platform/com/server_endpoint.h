@@ -36,7 +36,7 @@ class ServerEndpoint {
 
     /// Null when the host has no more threads or descriptors. May throw std::bad_alloc.
     static std::unique_ptr<ServerEndpoint> Start(Receiver &receiver);
-    /// Ends all connections.
+    /// Withdraws what is still listed, then ends all connections.
     ~ServerEndpoint();
     ServerEndpoint(const ServerEndpoint &) = delete;
     ServerEndpoint &operator=(const ServerEndpoint &) = delete;

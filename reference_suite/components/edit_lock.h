@@ -1,6 +1,6 @@
 #pragma once
 // The right to change one component: one object on the machine has it at a time. It is given up with the
-// object, and with the end of the process or thread that took it.
+// object, and with the end of the process that took it. The thread that took it outlives the object.
 
 #include <platform/types.h>
 

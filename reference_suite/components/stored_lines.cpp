@@ -56,8 +56,10 @@ long StoredLines::Store(const char *key, const char *value) {
     if (!registry.OpenKey(HKEY_LOCAL_MACHINE, key)) return ERROR_FILE_NOT_FOUND;
     const long size = m_Lines.Get_End_Of_Data();
     if (m_Lines.Move_To(size) != 0 || m_Lines.Write("\0", 1) != 0) return E_OUTOFMEMORY;
-    const bool stored =
-        registry.SetRegEntry(REG_MULTI_SZ, value, m_Lines, static_cast<unsigned long>(size) + 1);
+    // Not SetRegEntry, which flushes without looking: a disk tells its failure once.
+    const auto *const bytes = reinterpret_cast<const BYTE *>(static_cast<const char *>(m_Lines));
+    const bool stored = RegSetValueExA(registry.GetKey(), value, 0, REG_MULTI_SZ, bytes,
+                                       static_cast<DWORD>(size) + 1) == ERROR_SUCCESS;
     m_Lines.Move_To(size);
     m_Lines.Delete(1);
     return stored && RegFlushKey(registry.GetKey()) == ERROR_SUCCESS ? 0 : ERROR_WRITE_FAULT;

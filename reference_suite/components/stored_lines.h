@@ -14,7 +14,7 @@ class StoredLines {
     /// a code of the registry. What was here is gone.
     long Load(const char *key, const char *value);
     /// 0 when they are on the disk. ERROR_FILE_NOT_FOUND without the key, which is not made;
-    /// ERROR_WRITE_FAULT.
+    /// ERROR_WRITE_FAULT when they are not known to be on the disk: others may read them all the same.
     long Store(const char *key, const char *value);
 
     /// Null when there is none. Valid until the lines change.

@@ -139,6 +139,34 @@ TEST_F(Monitored, ServesTheWindowsOfItsThreadAndIsStoppedAllTheSame) {
     EXPECT_LT(heard, 1001);
 }
 
+TEST_F(Monitored, IsStoppedThoughAMessageWentWithItsWindow) {
+    utility->Monitor_Connections(*first);
+    std::atomic<HWND> window{nullptr}, staying{nullptr};
+    std::atomic<bool> busy{false}, over{false};
+    std::thread thread([&] {
+        const TestWindow own(WS_POPUP, {}, nullptr, 0, [&](HWND self, UINT message, WPARAM, LPARAM) {
+            if (message == WM_USER) busy = true, Sleep(100);
+            if (message == WM_USER + 1) DestroyWindow(self);
+            return std::optional<LRESULT>();
+        });
+        const TestWindow other(WS_POPUP, {});
+        staying = other;
+        window = own;
+        EXPECT_EQ(OpenedUtility::Connect_Monitor_Thread(utility), 1u);
+        over = true;
+    });
+    while (!window) Sleep(1);
+    PostMessageA(window, WM_USER, 0, 0);
+    while (!busy) Sleep(1);
+    PostMessageA(window, WM_USER, 0, 0);
+    SendMessageA(window, WM_USER + 1, 0, 0);
+    SetEvent(utility->m_Connect_Stop_Event);
+    for (int tries = 0; tries < 5000 && !over; ++tries) Sleep(1);
+    EXPECT_TRUE(over);
+    PostMessageA(staying, WM_USER, 0, 0);
+    thread.join();
+}
+
 TEST_F(Monitored, EndsInEveryOrder) {
     std::atomic<bool> over{false};
     const HWND lasting = *first;

@@ -173,7 +173,7 @@ TEST_F(Configured, FillsARecordSecondNumberFirst) {
     Set_Option("DDLC", "Office"), Set_Option("DURT", " -12x"), Set_Option("DUWT", "none");
     Set_Option("DDUN", "no number"), Set_Option("DDUR", "+1 (425) 666-1");
     Set_Option("RD1?", "TRUE"), Set_Option("DAC?", "TRUE"), Set_Option("RAC?", "true");
-    const std::string name(100, 'n');
+    const std::string name(67, 'n');
     Configure(name.c_str());
     ConnectParams params = Untouched();
     utility->Initialize_Connect_Params(&params);
@@ -181,7 +181,7 @@ TEST_F(Configured, FillsARecordSecondNumberFirst) {
               "Is_Dialup, Get USID 63, Get PAS* 63, Get MODD 255, Get DDLC 64, Create location, "
               "Open Office 2, Get DDUR 255, Get RD1? 10, Get RAC? 10, Apply 10 425666, Get DDUN 255, "
               "Get DL1? 10, Get DAC? 10, Apply 01 425666, end of location, Get DURT 255, Get DUWT 255");
-    EXPECT_EQ(params.configuration_name, name.substr(0, 67));
+    EXPECT_EQ(params.configuration_name, name);
     EXPECT_EQ(std::string(params.account_id) + params.password, Long_Text.substr(0, 126));
     EXPECT_EQ(std::string(params.first_dial_string) + params.second_dial_string, "T9,5551212T9,5551212");
     EXPECT_TRUE(params.number_behind_DURT == -12 && params.number_behind_DUWT == 0);
@@ -189,7 +189,9 @@ TEST_F(Configured, FillsARecordSecondNumberFirst) {
 
     Set_Option("DDUR", ""), params = Untouched(), services.selected.clear();
     fakes->answers = {{"Create location", 5}};
+    Configure((name + "n").c_str());
     utility->Initialize_Connect_Params(&params);
+    EXPECT_STREQ(params.configuration_name, "") << "cut, it would be another's";
     EXPECT_EQ(std::string(params.first_dial_string) + params.second_dial_string, "T9,5551212");
     EXPECT_EQ(services.selected.size(), 1u) << "for the first number alone";
     char number[256];

@@ -2,6 +2,9 @@
 
 #include <tests/modules/com_class.h>
 
+#include <atomic>
+#include <thread>
+
 namespace {
 
 constinit long living = 0;
@@ -67,6 +70,9 @@ EXPORT HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, void **out) {
     return result;
 }
 
+// Every second answer is a slow one.
 EXPORT HRESULT DllCanUnloadNow() {
+    static std::atomic<unsigned> asked = 0;
+    if (asked++ % 2) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return living == 0 ? S_OK : S_FALSE;
 }

@@ -100,4 +100,26 @@ TEST_F(InProcessClasses, LetTheirModulesGoWhenNothingIsInUse) {
     EXPECT_FALSE(GetModuleHandleA(module.c_str()));
 }
 
+// One asks for what the class does not have, others look for modules to let go: nobody runs code that is
+// gone.
+TEST_F(InProcessClasses, LetTheirModulesGoOnlyBehindEverybodyWhoIsInThem) {
+    const std::string module = "z:" + Test_Module("com_class");
+    Offer(module);
+    const auto repeat = [](auto work) {
+        CoInitialize(nullptr);
+        for (int i = 0; i < 200; ++i) work();
+        CoUninitialize();
+    };
+    std::vector<std::thread> freeing;
+    for (int i = 0; i < 3; ++i) freeing.emplace_back([&] { repeat(CoFreeUnusedLibraries); });
+    repeat([] {
+        void *none = nullptr;
+        EXPECT_EQ(CoGetClassObject(CLSID_TestCounter, CLSCTX_INPROC_SERVER, nullptr, IID_IMalloc, &none),
+                  E_NOINTERFACE);
+    });
+    for (std::thread &thread : freeing) thread.join();
+    CoFreeUnusedLibraries();
+    EXPECT_FALSE(GetModuleHandleA(module.c_str()));
+}
+
 } // namespace

@@ -88,6 +88,18 @@ TEST_F(ConnectionLife, IsDialledThenUpThenClosed) {
     EXPECT_EQ(lan->Connect(nullptr, true), 0);
     lan->Get_Active_Config(name);
     EXPECT_STREQ(name, "Office LAN");
+
+    utility->Close();
+    ConnectParams unterminated = {};
+    std::memset(unterminated.configuration_name, 'n', sizeof unterminated.configuration_name);
+    EXPECT_EQ(lan->Connect(&unterminated, true), E_INVALIDARG);
+    for (const std::size_t length : {256u, 255u}) {
+        StoredKey(Settings_Key, StoredKey::Opening::Make)
+            .Write(Setting_Static_Configuration.code, std::string(length, 'n'));
+        EXPECT_EQ(lan->Connect(nullptr, true), length == 255 ? 0 : E_INVALIDARG);
+    }
+    lan->Get_Active_Config(name);
+    EXPECT_EQ(name, std::string(255, 'n')) << "whole: cut, it would be another's";
 }
 
 TEST_F(ConnectionLife, EndsAsItsFateWants) {
@@ -145,6 +157,24 @@ TEST_F(ConnectionLife, IsSeenByAllProcessesAndLostWithItsOwn) {
     }
 }
 
+SECOND_PROCESS(locking) {
+    const HANDLE lock = CreateMutexA(nullptr, FALSE, "KELMARA-CONNECTION-LOCK");
+    process.Tell(std::to_string(WaitForSingleObject(lock, 5000)));
+    process.Hear();
+    return 0;
+}
+
+TEST_F(ConnectionLife, OutlivesWhoIsKilledWithItsLock) {
+    EXPECT_EQ(Connect(*utility), 0);
+    SecondProcess other("locking");
+    EXPECT_EQ(other.Hear(), "0");
+    other.Kill();
+    EXPECT_EQ(other.Wait(), -9);
+    EXPECT_EQ(Active(*utility), "Home");
+    utility->Close();
+    EXPECT_EQ(Connect(*utility), 0);
+}
+
 class Handler final : public IConnectionHandlerInterface, public IConnectionStatusInterface {
   public:
     HRESULT QueryInterface(REFIID iid, void **out) override {
@@ -154,7 +184,11 @@ class Handler final : public IConnectionHandlerInterface, public IConnectionStat
         return known ? S_OK : E_NOINTERFACE;
     }
     ULONG AddRef() override { return ++references; }
-    ULONG Release() override { return --references; }
+    ULONG Release() override {
+        const ULONG left = --references;
+        if (clinging) clinging->Remove_Status_Handler(this);
+        return left;
+    }
     void Status_Changed(long stage, char *text) override {
         told += std::to_string(stage) + text + "|";
         if (connection) connection->Remove_Status_Handler(this);
@@ -162,6 +196,7 @@ class Handler final : public IConnectionHandlerInterface, public IConnectionStat
     ULONG references = 1;
     std::string told;
     IConnectionInterface *connection = nullptr; // to remove itself from
+    IConnectionInterface *clinging = nullptr;   // the same, as it goes
 };
 
 TEST_F(ConnectionLife, IsToldToHandlers) {
@@ -174,6 +209,7 @@ TEST_F(ConnectionLife, IsToldToHandlers) {
     EXPECT_EQ(staying.told, "2Connected to Home for 0 seconds|0Not connected|");
     EXPECT_EQ(leaving.told, "2Connected to Home for 0 seconds|");
     EXPECT_EQ(leaving.references, 1u);
+    staying.clinging = leaving.connection;
     EXPECT_EQ(utility->Set_Config("Travel"), 0);
     EXPECT_EQ(staying.references, 1u);
 }

@@ -7,7 +7,9 @@
 #include <reference_suite/services/telephony/telephony_service.h>
 
 #include <tests/support/built_modules.h>
+#include <tests/support/new_failures.h>
 #include <tests/support/registry_verbs.h>
+#include <tests/support/replaced_import.h>
 
 #include <platform/kernel.h>
 
@@ -100,6 +102,7 @@ TEST_F(Services, TranslateFromWhereTheUserIs) {
         {45, "+1 (206) 555-1212", 0, "T0012065551212", "00 1 206 555-1212", International},
         {45, "+45 33 12 34 56", 0, "T33123456", "33 12 34 56", Local},
         {3, "411", 2, "T411", "411", As_It_Is},
+        {9, "411", 2, "T411", "411", As_It_Is}, // in a country that nobody knows
         {3, "p555-1212#,t34", 2, "P5551212#,T34", "p555-1212#,t34", As_It_Is},
     };
     for (const auto &[location, address, options, dialable, displayable, results] : rows) {
@@ -113,6 +116,22 @@ TEST_F(Services, TranslateFromWhereTheUserIs) {
     for (const char *address : {"", "+", "+1 () 555", "+1 (206) ", "+1 (206 555", "+1 (206) 555x", "+12345 5",
                                 "+0 555", "call me", "+1 (206) 5\xE4"})
         EXPECT_EQ(Translate(address), LINEERR_INVALADDRESS) << address;
+}
+
+int asked;
+
+LONG Grow_When_Asked(HKEY key, LPCSTR name, DWORD *reserved, DWORD *type, BYTE *data, DWORD *size) {
+    const LONG result = RegQueryValueExA(key, name, reserved, type, data, size);
+    if (std::strcmp(name, "LongDistanceAccess") == 0 && ++asked < 3)
+        RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<const BYTE *>("22,"), 1 + asked);
+    return result;
+}
+
+TEST_F(Services, ReadTextsThatGrowMeanwhile) {
+    const ReplacedImport grow("tapi32.so", "RegQueryValueExA", reinterpret_cast<void *>(Grow_When_Asked));
+    asked = 0;
+    EXPECT_EQ(Translate("+1 (425) 555", 0), 0);
+    EXPECT_EQ(Text(output->dwDialableStringOffset), "T22,1425555");
 }
 
 TEST_F(Services, SayWhatIsWrong) {
@@ -147,6 +166,33 @@ TEST_F(Services, ServeTheLibrary) {
     EXPECT_STREQ(dialable, "T*70,5551212");
     Create_Dial_Number(("+1 " + std::string(210, '5')).c_str(), "Home", dialable, displayable);
     EXPECT_STREQ(dialable, "") << "it does not fit into the record";
+}
+
+TEST_F(Services, TellWantOfMemoryFromWhatIsNotThere) {
+    TestKey(Settings + "Remote Access\\Devices\\1", HKEY_LOCAL_MACHINE).Set("Name", "Adapter");
+    unsigned long failures = 0;
+    const auto sweep = [&](DWORD no_memory, auto step) {
+        for (DWORD result = no_memory, nth = 1; result != 0; ++nth) {
+            allocations_until_failure = nth;
+            result = step();
+            allocations_until_failure = 0;
+            ASSERT_TRUE(result == 0 || result == no_memory) << result << " at allocation " << nth;
+            failures += result != 0;
+        }
+    };
+    sweep(static_cast<DWORD>(LINEERR_NOMEM), [&] {
+        const LONG result = Translate("+1 (206) 555-1212");
+        EXPECT_TRUE(result != 0 || Text(output->dwDialableStringOffset) == "T*70,5551212");
+        return static_cast<DWORD>(result);
+    });
+    sweep(ERROR_NOT_ENOUGH_MEMORY, [&] {
+        RASDEVINFOA found = {};
+        DWORD size = found.dwSize = sizeof found, count = 0;
+        const DWORD result = list_devices(&found, &size, &count);
+        EXPECT_TRUE(result != 0 || found.szDeviceName == std::string("Adapter"));
+        return result;
+    });
+    EXPECT_GT(failures, 20u);
 }
 
 TEST_F(Services, ListTheDevicesOfRemoteAccess) {

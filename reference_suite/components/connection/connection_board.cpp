@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -127,7 +128,7 @@ long ConnectionBoard::Open() {
     m_Lock.reset(CreateMutexA(nullptr, FALSE, "KELMARA-CONNECTION-LOCK"));
     if (!m_Lock) return Last_Code();
     m_Mapping.reset(CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(Block),
-                                       "KELMARA-CONNECTION-1"));
+                                       "KELMARA-CONNECTION-2"));
     if (!m_Mapping) return Last_Code();
     m_Block = static_cast<Block *>(MapViewOfFile(m_Mapping.get(), FILE_MAP_WRITE, 0, 0, sizeof(Block)));
     return m_Block ? 0 : Last_Code();
@@ -148,6 +149,7 @@ long ConnectionBoard::Look(ConnectionFacts &facts) {
 
 long ConnectionBoard::Begin(const char *configuration, const char *dialled, std::uint32_t &number,
                             OwnedHandle &end) {
+    if (std::strlen(configuration) >= sizeof ConnectionFacts::configuration) return E_INVALIDARG;
     Access access(*this);
     if (!access) return E_FAIL;
     if (access->stage != ConnectionStage::None) return Connection_Busy;
@@ -179,9 +181,10 @@ long ConnectionBoard::Close(std::uint32_t &number) {
     Access access(*this);
     if (!access) return E_FAIL;
     if (access->stage == ConnectionStage::None) return 0;
-    number = access->connection;
-    const OwnedHandle end = Open_Event("END", number);
+    const OwnedHandle end = Open_Event("END", access->connection);
+    if (!end && GetLastError() != ERROR_FILE_NOT_FOUND) return Last_Code();
     if (end) SetEvent(end.get()); // first: who is killed in between leaves a keeper that knows
+    number = access->connection;
     access.End();
     return 0;
 }

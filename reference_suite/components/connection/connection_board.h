@@ -18,12 +18,12 @@ inline constexpr long Connection_Busy = static_cast<long>(0x800700AAu);
 enum class ConnectionStage : std::uint32_t { None, Dialling, Up };
 enum class ConnectionChange : std::uint32_t { Came_Up, Went_Down };
 
-/// Texts are terminated wherever they are cut.
+/// Texts are terminated; of a long number its beginning is there.
 struct ConnectionFacts {
     ConnectionStage stage = ConnectionStage::None;
     std::uint32_t number = 0; // of the connection; never 0 for one that is
     std::uint32_t since = 0;  // GetTickCount when the stage began
-    char configuration[68] = "";
+    char configuration[256] = "";
     char dialled[256] = "";
 };
 
@@ -38,7 +38,7 @@ class ConnectionBoard {
     long Open();
     long Look(ConnectionFacts &facts);
     /// Begins dialling: the number at `number`, and the event that tells of the end at `end`. Connection_Busy
-    /// when there is one.
+    /// when there is one, E_INVALIDARG for a configuration's name of more than 255 characters.
     long Begin(const char *configuration, const char *dialled, std::uint32_t &number, OwnedHandle &end);
     /// These two do nothing for a connection that is not there any more; false then.
     bool Come_Up(std::uint32_t number);

@@ -33,7 +33,7 @@ void Write_Status(const ConnectionFacts &facts, char *out) {
         std::snprintf(out, Size, "Dialling %.200s", facts.dialled);
         break;
     case ConnectionStage::Up:
-        std::snprintf(out, Size, "Connected to %s for %lu seconds", facts.configuration, seconds);
+        std::snprintf(out, Size, "Connected to %.200s for %lu seconds", facts.configuration, seconds);
     }
 }
 
@@ -120,7 +120,8 @@ long ConnectionComponent::Begin(ConnectParams *params, bool wait) {
     const bool dialled = Is_Dialup();
     if (!params && dialled) return E_INVALIDARG;
     const std::string name = params ? Text_Of_Field(params->configuration_name) : Static_Configuration();
-    if (name.empty()) return E_INVALIDARG;
+    const bool cut = params && name.size() == sizeof params->configuration_name;
+    if (name.empty() || cut) return E_INVALIDARG;
     ConnectionFate fate = Read_Connection_Fate();
     if (!dialled) fate.dial_time = 0;
     const std::string number = params ? Text_Of_Field(params->first_dial_string) : std::string();

@@ -26,9 +26,10 @@ class ConnectionComponent final
     void Remove_Status_Handler(IConnectionHandlerInterface *handler) override;
     /// To 256 bytes.
     void Get_Connected_Status_String(char *out) override;
-    /// E_UNEXPECTED without a method, E_INVALIDARG without a configuration's name, Connection_Busy while any
-    /// is connected or dialling, or what dialling came to. Without dialling, at once. There the record may be
-    /// null: the configuration is then the one of the server's setting "svac".
+    /// E_UNEXPECTED without a method, E_INVALIDARG without a configuration's name and for one that does not
+    /// end in its field, Connection_Busy while any is connected or dialling, or what dialling came to.
+    /// Without dialling, at once. There the record may be null: the configuration is then the one of the
+    /// server's setting "svac", by at most 255 characters.
     long Connect(ConnectParams *params, bool flag) override;
     /// Whichever configuration is connected.
     void Close() override;

@@ -3,9 +3,11 @@
 #include <kelmara/connectivity/owned_interface.h>
 
 #include <algorithm>
+#include <utility>
 
 StatusHandlers::~StatusHandlers() {
-    for (IConnectionHandlerInterface *const handler : m_Handlers) handler->Release();
+    // One may remove itself as it goes.
+    for (IConnectionHandlerInterface *const handler : std::exchange(m_Handlers, {})) handler->Release();
 }
 
 void StatusHandlers::Add(IConnectionHandlerInterface *handler) {

@@ -1,6 +1,6 @@
 // kmserver: the suite server, a program without a window. It offers its class until it is told to end by the
-// setting Setting_End_Server. Of several that are started on a machine one serves; the others end as soon as
-// it can be reached.
+// setting Setting_End_Server, or its owner ends where it has one (Server_Owner_Variable). Of several that are
+// started on a machine one serves; the others end as soon as it can be reached.
 
 #include <reference_suite/components/server/suite_server.h>
 
@@ -8,6 +8,7 @@
 #include <platform/user.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -57,7 +58,26 @@ bool Is_Mine_To_Serve(HANDLE mutex) {
     return false;
 }
 
-int Serve() {
+// The process that the server ends with. False when it has ended already.
+bool Find_Owner(HANDLE &owner) {
+    owner = nullptr;
+    const char *const id = std::getenv(Server_Owner_Variable);
+    if (id) owner = OpenProcess(SYNCHRONIZE, FALSE, std::strtoul(id, nullptr, 10));
+    return !id || owner;
+}
+
+void Answer_Calls(HANDLE owner) {
+    const DWORD awaited = owner ? 1 : 0;
+    MSG message;
+    while (MsgWaitForMultipleObjects(awaited, &owner, FALSE, INFINITE, QS_ALLEVENTS) ==
+           WAIT_OBJECT_0 + awaited) {
+        if (!PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) continue;
+        if (message.message == WM_QUIT) return;
+        DispatchMessageA(&message);
+    }
+}
+
+int Serve(HANDLE owner) {
     DWORD cookie = 0;
     const HRESULT result =
         CoRegisterClassObject(CLSID_SuiteServer, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie);
@@ -65,8 +85,7 @@ int Serve() {
         std::fprintf(stderr, "kmserver: the class cannot be offered: %lX\n", static_cast<DWORD>(result));
         return 1;
     }
-    MSG message;
-    while (GetMessageA(&message, nullptr, 0, 0) > 0) DispatchMessageA(&message);
+    Answer_Calls(owner);
     CoRevokeClassObject(cookie);
     return 0;
 }
@@ -74,10 +93,13 @@ int Serve() {
 } // namespace
 
 int main() {
+    HANDLE owner = nullptr;
+    if (!Find_Owner(owner)) return 0;
     if (CoInitialize(nullptr) != S_OK) return 1;
     const HANDLE mutex = CreateMutexA(nullptr, FALSE, Server_Mutex);
-    const int code = Is_Mine_To_Serve(mutex) ? Serve() : 0;
+    const int code = Is_Mine_To_Serve(mutex) ? Serve(owner) : 0;
     CoUninitialize();
     CloseHandle(mutex);
+    if (owner) CloseHandle(owner);
     return code;
 }

@@ -38,6 +38,7 @@ bool End_Server() {
 void Bring_The_Server_Up() {
     Server server;
     Require(!Reach(server), "no server runs on a new machine");
+    setenv(Server_Owner_Variable, std::to_string(GetCurrentProcessId()).c_str(), 1); // also if this is killed
     const long verified = Verify_Kelmara();
     std::atexit([] { End_Server(); }); // also where the road ends before its end
     Require_Success(verified, "the library can start the server");

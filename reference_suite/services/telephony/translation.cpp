@@ -84,11 +84,11 @@ LONG Dial_As_It_Is(const Location &location, std::string_view address, Translati
 LONG Translate_Address(const Location &location, std::string_view address, DWORD options,
                        Translation &translation) {
     const Country *const here = Country_By_Id(location.country);
-    if (!here) return LINEERR_INVALCOUNTRYCODE;
     translation = {};
-    translation.current_country = translation.destination_country = here->code;
+    translation.current_country = translation.destination_country = here ? here->code : 0;
     const std::string_view dialled = Dialled_Part(address);
     if (!dialled.starts_with('+')) return Dial_As_It_Is(location, dialled, translation);
+    if (!here) return LINEERR_INVALCOUNTRYCODE;
     const std::optional<CanonicalAddress> to = Parse_Address(address);
     if (!to) return LINEERR_INVALADDRESS;
 

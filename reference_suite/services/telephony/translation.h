@@ -15,13 +15,14 @@
 struct Translation {
     std::string dialable;
     std::string displayable;
-    DWORD current_country = 0; // codes
+    DWORD current_country = 0; // codes; 0 for a country that is not known
     DWORD destination_country = 0;
     DWORD results = 0; // LINETRANSLATERESULT_
 };
 
 /// 0; LINEERR_INVALADDRESS, also for an empty one and for characters that no number has;
-/// LINEERR_INVALCOUNTRYCODE for a location in a country that is not known. Options are those of
-/// LINETRANSLATEOPTION_; the two that force are for addresses within the country.
+/// LINEERR_INVALCOUNTRYCODE for a canonical address from a location in a country that is not known: no rule
+/// says how it is dialled there. Options are those of LINETRANSLATEOPTION_; the two that force are for
+/// addresses within the country.
 LONG Translate_Address(const Location &location, std::string_view address, DWORD options,
                        Translation &translation);

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# What the release build was given against misuse is really in what was built: libraries, modules, programs.
+#   hardening.sh SOURCE_FOLDER BUILD_FOLDER
+set -euo pipefail
+cd "$2"
+failed=0
+complain() { echo "$1: $2" && failed=1; }
+
+files=(lib/*.so suite/*.so bin/*)
+[ ${#files[@]} -gt 10 ] || complain . "less was built than there is"
+for file in "${files[@]}"; do
+    [ -f "$file" ] && [ ! -L "$file" ] || continue
+    segments=$(readelf -lW "$file")
+    dynamic=$(readelf -dW "$file")
+    [[ $segments == *GNU_RELRO* ]] || complain "$file" "its tables of addresses stay writable"
+    [[ $dynamic == *BIND_NOW* || $dynamic == *"Flags: NOW"* ]] || complain "$file" "symbols are bound late"
+    [[ $dynamic != *TEXTREL* ]] || complain "$file" "code is written to when it is loaded"
+    [[ $(head -4 <<< "$segments") == *"DYN"* ]] || complain "$file" "is at a fixed address"
+    grep -qE '^ *GNU_STACK' <<< "$segments" || complain "$file" "does not say that its stack is data"
+    if grep -E '^ *(LOAD|GNU_STACK)' <<< "$segments" | grep -q 'WE\|RWE'; then
+        complain "$file" "has a segment to write to and to run"
+    fi
+done
+for library in lib/libkelmara.so lib/libkelmara_platform.so; do
+    names=$(readelf -W --dyn-syms "$library")
+    [[ $names == *__stack_chk_fail* ]] || complain "$library" "has no guard words on the stack"
+    [[ $names == *_chk@* ]] || complain "$library" "does not check its copies"
+done
+exit $failed
