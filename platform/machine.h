@@ -24,6 +24,11 @@ PLATFORM_API bool Enter_Machine(const char *folder);
 /// yet counts if it is there, whole and this user's; otherwise 0, and nothing is made and nothing said.
 PLATFORM_API unsigned long Machine_In_Force();
 
+/// Gives up what this process has open by name: what nobody else has is gone from the machine, as it is at a
+/// process's end. Handles stay usable, but a name leads to what this process had under it. For a process that
+/// is about to end by a signal, and for one that only looks on.
+PLATFORM_API void Leave_Machine();
+
 /// Deletes the machine in that folder with everything that it has. Nobody may be on it any more, this process
 /// included: what it still holds of the machine dies. False and no change for a folder that is no machine of
 /// this user.
