@@ -1,5 +1,6 @@
 #include <tools/failure.h>
 #include <tools/files.h>
+#include <tools/json.h>
 #include <tools/output.h>
 
 #include <algorithm>

@@ -1,20 +1,15 @@
 #pragma once
 // What commands write to standard output: text in the machine's own code page, 1252, byte for byte; JSON in
-// UTF-8.
+// UTF-8 (json.h).
 
-#include <nlohmann/json.hpp>
 #include <string>
 
 namespace tools {
-
-/// Objects keep the order of their members.
-using Json = nlohmann::ordered_json;
 
 /// Adds to what goes to standard output. It is written when much has come together and by Flush_Output. Fails
 /// with 2 when it cannot be written; a closed pipe is such a failure.
 void Print(const std::string &text);
 void Print_Line(const std::string &text);
-void Print_Json(const Json &value);
 void Flush_Output();
 
 /// Text of the machine as JSON wants it, and back. Every byte has a character of its own: the five that the

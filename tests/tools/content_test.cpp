@@ -7,6 +7,7 @@
 #include <tools/content/define_lines.h>
 #include <tools/content/section_lines.h>
 #include <tools/content/template_tokens.h>
+#include <tools/json.h>
 #include <tools/output.h>
 
 #include <random>

@@ -5,6 +5,7 @@
 #include <tests/tools/command_run.h>
 
 #include <reference_suite/installer/install_suite.h>
+#include <tools/json.h>
 #include <tools/log/broadcasts.h>
 #include <tools/log/log_line.h>
 #include <tools/output.h>

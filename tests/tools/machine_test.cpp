@@ -4,6 +4,7 @@
 #include <tests/support/second_process.h>
 #include <tests/tools/command_run.h>
 
+#include <tools/json.h>
 #include <tools/machine/settings_text.h>
 #include <tools/output.h>
 

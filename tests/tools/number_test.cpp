@@ -6,6 +6,7 @@
 #include <tests/support/registry_verbs.h>
 #include <tests/tools/command_run.h>
 
+#include <tools/json.h>
 #include <tools/number/canonical_number.h>
 #include <tools/output.h>
 

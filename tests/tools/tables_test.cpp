@@ -4,6 +4,7 @@
 #include <tests/support/test_machine.h>
 #include <tests/tools/command_run.h>
 
+#include <tools/json.h>
 #include <tools/output.h>
 #include <tools/tables/shared_images.h>
 

@@ -1,8 +1,10 @@
+#include <tools/command.h>
 #include <tools/content/content_commands.h>
 #include <tools/content/define_lines.h>
 #include <tools/content/json_list.h>
 #include <tools/failure.h>
 #include <tools/files.h>
+#include <tools/json.h>
 #include <tools/machine_choice.h>
 #include <tools/output.h>
 #include <tools/progress.h>

@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/content/content_commands.h>
 #include <tools/content/passing_file.h>
 #include <tools/content/template_fields.h>

@@ -2,6 +2,7 @@
 // Lists in JSON that are written as they come, an element a line: for what may be too much to hold as one
 // value.
 
+#include <tools/json.h>
 #include <tools/output.h>
 
 namespace tools {

@@ -1,7 +1,9 @@
+#include <tools/command.h>
 #include <tools/content/content_commands.h>
 #include <tools/content/json_list.h>
 #include <tools/content/section_lines.h>
 #include <tools/files.h>
+#include <tools/json.h>
 #include <tools/machine_choice.h>
 #include <tools/output.h>
 #include <tools/progress.h>

@@ -1,6 +1,8 @@
+#include <tools/command.h>
 #include <tools/log/log_commands.h>
 
 #include <tools/interruption.h>
+#include <tools/json.h>
 #include <tools/log/broadcasts.h>
 #include <tools/log/log_file_view.h>
 #include <tools/machine_choice.h>

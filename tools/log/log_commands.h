@@ -1,9 +1,9 @@
 #pragma once
 // `kelmara log`: the suite's log and the messages between its programs.
 
-#include <tools/command.h>
-
 namespace tools {
+
+class CommandTree;
 
 void Add_Log(CommandTree &tree);
 

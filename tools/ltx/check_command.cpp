@@ -1,3 +1,5 @@
+#include <tools/command.h>
+#include <tools/json.h>
 #include <tools/ltx/checks.h>
 #include <tools/ltx/ltx_commands.h>
 #include <tools/machine_choice.h>

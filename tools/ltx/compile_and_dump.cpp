@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/files.h>
 #include <tools/ltx/ltx_commands.h>
 #include <tools/ltx/strings_file.h>

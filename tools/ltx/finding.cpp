@@ -1,3 +1,5 @@
+#include <tools/json.h>
+#include <tools/output.h>
 #include <tools/ltx/finding.h>
 #include <tools/ltx/string_line.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 // Something that was found in a file of strings, and where: in a line of a text, or at an entry of a table.
 
-#include <tools/output.h>
+#include <tools/json_type.h>
 
 namespace tools::ltx {
 

@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/ltx/ltx_commands.h>
 
 namespace tools {

@@ -1,9 +1,9 @@
 #pragma once
 // `kelmara ltx`: string tables from and to text, looked at, edited, checked, and carried to a new source.
 
-#include <tools/command.h>
-
 namespace tools {
+
+class CommandTree;
 
 void Add_Ltx(CommandTree &tree);
 

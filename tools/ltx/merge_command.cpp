@@ -1,4 +1,6 @@
+#include <tools/command.h>
 #include <tools/files.h>
+#include <tools/json.h>
 #include <tools/ltx/ltx_commands.h>
 #include <tools/ltx/merge.h>
 #include <tools/machine_choice.h>

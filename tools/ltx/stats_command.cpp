@@ -1,3 +1,5 @@
+#include <tools/command.h>
+#include <tools/json.h>
 #include <tools/ltx/ltx_commands.h>
 #include <tools/ltx/string_line.h>
 #include <tools/ltx/strings_file.h>

@@ -1,6 +1,8 @@
+#include <tools/failure.h>
 #include <tools/machine/findings.h>
 #include <tools/machine/machine_commands.h>
 
+#include <tools/json.h>
 #include <tools/machine_choice.h>
 #include <tools/output.h>
 #include <tools/tables/columns.h>

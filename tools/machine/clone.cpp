@@ -1,3 +1,4 @@
+#include <tools/failure.h>
 #include <tools/machine/machine_commands.h>
 
 #include <tools/interruption.h>

@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/machine/machine_commands.h>
 
 #include <tools/machine/settings_text.h>

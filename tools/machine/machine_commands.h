@@ -1,9 +1,9 @@
 #pragma once
 // `kelmara machine`: making, describing, copying and checking a machine.
 
-#include <tools/command.h>
-
 namespace tools {
+
+class CommandTree;
 
 void Add_Machine(CommandTree &tree);
 

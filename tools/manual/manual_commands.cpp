@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/failure.h>
 #include <tools/files.h>
 #include <tools/machine_choice.h>

@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/manual/command_facts.h>
 #include <tools/manual/manual_page.h>
 

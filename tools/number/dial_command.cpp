@@ -1,4 +1,6 @@
+#include <tools/command.h>
 #include <tools/failure.h>
+#include <tools/json.h>
 #include <tools/machine_choice.h>
 #include <tools/number/copied_telephony.h>
 #include <tools/number/dialled_steps.h>

@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/number/number_commands.h>
 
 namespace tools {

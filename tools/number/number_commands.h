@@ -1,9 +1,9 @@
 #pragma once
 // number: canonical telephone numbers in their fields, and what is dialled for them.
 
-#include <tools/command.h>
-
 namespace tools {
+
+class CommandTree;
 
 void Add_Number(CommandTree &tree);
 void Add_Number_Parse(CommandTree &tree, CLI::App *number);

@@ -1,3 +1,5 @@
+#include <tools/command.h>
+#include <tools/json.h>
 #include <tools/machine_choice.h>
 #include <tools/number/canonical_number.h>
 #include <tools/number/number_commands.h>

@@ -1,3 +1,4 @@
+#include <tools/json.h>
 #include <tools/reg/change.h>
 #include <tools/reg/text_writer.h>
 #include <tools/reg/value_form.h>

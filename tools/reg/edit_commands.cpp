@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/machine_choice.h>
 #include <tools/reg/editing.h>
 #include <tools/reg/open_key.h>

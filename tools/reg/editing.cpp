@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/failure.h>
 #include <tools/reg/editing.h>
 

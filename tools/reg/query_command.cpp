@@ -1,3 +1,5 @@
+#include <tools/command.h>
+#include <tools/json.h>
 #include <tools/machine_choice.h>
 #include <tools/progress.h>
 #include <tools/reg/open_key.h>

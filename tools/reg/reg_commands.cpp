@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/reg/reg_commands.h>
 
 namespace tools {

@@ -1,9 +1,9 @@
 #pragma once
 // `kelmara reg`: looks at the machine's registry, changes it, and carries parts of it as text.
 
-#include <tools/command.h>
-
 namespace tools {
+
+class CommandTree;
 
 void Add_Reg(CommandTree &tree);
 

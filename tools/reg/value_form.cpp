@@ -1,4 +1,5 @@
 #include <tools/failure.h>
+#include <tools/json.h>
 #include <tools/reg/value_form.h>
 
 #include <platform/registry.h>

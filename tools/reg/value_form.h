@@ -10,7 +10,7 @@
 
 #include <tools/reg/value.h>
 
-#include <tools/output.h>
+#include <tools/json_type.h>
 
 #include <vector>
 

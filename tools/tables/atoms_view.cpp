@@ -1,3 +1,4 @@
+#include <tools/json.h>
 #include <tools/tables/columns.h>
 #include <tools/tables/machine_view.h>
 #include <tools/tables/shared_images.h>

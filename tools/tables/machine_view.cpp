@@ -2,6 +2,7 @@
 
 #include <tools/failure.h>
 #include <tools/interruption.h>
+#include <tools/json.h>
 #include <tools/output.h>
 
 #include <algorithm>

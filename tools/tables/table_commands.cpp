@@ -1,3 +1,4 @@
+#include <tools/command.h>
 #include <tools/tables/table_commands.h>
 
 #include <tools/tables/views.h>

@@ -1,9 +1,9 @@
 #pragma once
 // `kelmara atoms`, `instances` and `windows`: the machine's shared tables as they are at the moment.
 
-#include <tools/command.h>
-
 namespace tools {
+
+class CommandTree;
 
 void Add_Tables(CommandTree &tree);
 

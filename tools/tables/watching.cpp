@@ -1,6 +1,8 @@
+#include <tools/command.h>
 #include <tools/tables/watching.h>
 
 #include <tools/interruption.h>
+#include <tools/json.h>
 #include <tools/machine_choice.h>
 
 #include <platform/machine.h>

@@ -2,6 +2,7 @@
 // A view of the machine, shown once or again whenever it changes.
 
 #include <tools/command.h>
+#include <tools/json.h>
 #include <tools/output.h>
 
 namespace tools {
