@@ -11,6 +11,7 @@
 #include <tests/support/window_verbs.h>
 
 #include <kelmara/containers/list.h>
+#include <kelmara/shared_state/instances.h>
 #include <platform/com.h>
 #include <reference_suite/installer/icon_file.h>
 
@@ -91,13 +92,16 @@ Outcome Outcome_Of(const Trial &trial) {
 class AllocationFaults : public FileTest, public ::testing::WithParamInterface<Source> {
   protected:
     void SetUp() override {
+        Instance_Available("", ""); // the table stays open
         FileTest::SetUp();
         CoInitialize(nullptr);
         heap.emplace();
-        TestKey("Software\\Dunmerit Software\\KelMara", HKEY_LOCAL_MACHINE).Set("Content", std::string("c:\\", 4));
+        TestKey("Software\\Dunmerit Software\\KelMara", HKEY_LOCAL_MACHINE)
+            .Set("Content", std::string("c:\\", 4));
         machine.Write("drive_c/texts.def", "#define ONE 1\r\n#define TWO 2\r\n");
-        machine.Write("drive_c/icon.ico",
-                      Icon_File({{32, 32}}, [](int, int, int) { return RGBQUAD{1, 2, 3, 4}; }));
+        machine.Write("drive_c/icon.ico", Icon_File({{32, 32}}, [](int, int, int) {
+                          return RGBQUAD{1, 2, 3, 4};
+                      }));
         Write_Table();
     }
     void TearDown() override {
@@ -127,8 +131,7 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
         const Outcome outcome = Outcome_Of(trial);
         if (!GetParam().end()) return false;
         const auto where = [&] {
-            return std::string(operation.name) + " at " + std::to_string(at) +
-                   (for_ever ? " and on" : "");
+            return std::string(operation.name) + " at " + std::to_string(at) + (for_ever ? " and on" : "");
         };
         const bool done = outcome == Gives(operation.done);
         const bool stated = std::count(operation.stated.begin(), operation.stated.end(), outcome) > 0;
@@ -139,7 +142,8 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
         if (operation.leaves == Leaves::Either && left != after_ && left != before)
             ADD_FAILURE() << where() << " leaves " << left;
         if (done || operation.leaves == Leaves::Partly) return true;
-        EXPECT_EQ(Text_Of(Outcome_Of(trial)), Text_Of(Gives(operation.done))) << where() << " never works again";
+        EXPECT_EQ(Text_Of(Outcome_Of(trial)), Text_Of(Gives(operation.done)))
+            << where() << " never works again";
         EXPECT_EQ(trial.state(), after_) << where() << ", tried again";
         return true;
     }
@@ -154,10 +158,10 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
         const unsigned long things = Window_Count() + Gdi_Object_Count() + Icon_Count() + Menu_Count();
         const long heap_before = Heap_Without_Pool();
         const unsigned long points =
-            Each_Fault([&](unsigned long at, bool for_ever) { return Try(operation, at, for_ever); },
-                       true);
+            Each_Fault([&](unsigned long at, bool for_ever) { return Try(operation, at, for_ever); }, true);
         EXPECT_EQ(Open_Handle_Count(), handles) << operation.name;
-        EXPECT_EQ(Window_Count() + Gdi_Object_Count() + Icon_Count() + Menu_Count(), things) << operation.name;
+        EXPECT_EQ(Window_Count() + Gdi_Object_Count() + Icon_Count() + Menu_Count(), things)
+            << operation.name;
         EXPECT_LE(Heap_Without_Pool(), heap_before + 3) << operation.name; // the pool's tables
         return points;
     }
@@ -172,10 +176,9 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
 
 TEST_P(AllocationFaults, GiveWhatIsStatedAndLeaveWhatWasThere) {
     unsigned long points = 0, operations = 0;
-    for (const auto &part :
-         {Text_Operations(), List_Operations(), Table_Operations(), Content_Operations(),
-          Localization_Operations(), File_Operations(), Registry_Operations(), Shared_State_Operations(),
-          Suite_Operations(), Dialog_Operations()}) {
+    for (const auto &part : {Text_Operations(), List_Operations(), Table_Operations(), Content_Operations(),
+                             Localization_Operations(), File_Operations(), Registry_Operations(),
+                             Shared_State_Operations(), Suite_Operations(), Dialog_Operations()}) {
         for (const Operation &operation : part) {
             const unsigned long met = Sweep(operation);
             points += met;

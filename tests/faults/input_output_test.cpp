@@ -1,5 +1,5 @@
-// A call of the host that fails in the middle of a save: who saves is told or the save is whole, what was there
-// stands, and the next save works.
+// A call of the host that fails in the middle of a save: who saves is told or the save is whole, what was
+// there stands, and the next save works.
 
 #include <tests/faults/save_machine.h>
 #include <tests/support/fault_points.h>
@@ -41,7 +41,8 @@ const std::vector<HostFault> Host_Faults = {
     {"map, ENOMEM", {SYS_mmap2}, ENOMEM},
 };
 
-// The child's word that its first save is over, by a call that nobody else makes; how it went is the argument.
+// The child's word that its first save is over, by a call that nobody else makes; how it went is the
+// argument.
 constexpr long Word_Of_The_End = SYS_getpgid;
 constexpr int Saved = 4000001, Told = 4000002;
 
@@ -56,9 +57,7 @@ struct FaultPoint {
     unsigned long at;
     bool for_ever;
 
-    bool Is_Meant(long call) const {
-        return std::count(fault->calls.begin(), fault->calls.end(), call) > 0;
-    }
+    bool Is_Meant(long call) const { return std::count(fault->calls.begin(), fault->calls.end(), call) > 0; }
     std::string Text() const {
         return std::string(fault->name) + " at " + std::to_string(at) + (for_ever ? " and on" : "");
     }
@@ -70,10 +69,12 @@ class FaultyRun {
     explicit FaultyRun(const SavePath &path) : run_([&path] { return Save_Twice(path); }) {}
     void Go_On_With(const FaultPoint &point) {
         // Who is interrupted tries again, so that for ever would be just that.
-        const unsigned long last = !point.for_ever ? point.at : point.fault->error == EINTR ? point.at + 2 : ULONG_MAX;
+        const unsigned long last = !point.for_ever               ? point.at
+                                   : point.fault->error == EINTR ? point.at + 2
+                                                                 : ULONG_MAX;
         unsigned long seen = 0;
         while (run_.Next_Call() && run_.Call() != Word_Of_The_End) {
-            if (!point.Is_Meant(run_.Call()) || ++seen < point.at || seen > last) continue;
+            if (!point.Is_Meant(run_) || ++seen < point.at || seen > last) continue;
             if (point.fault->error == Short)
                 run_.Cut_Short();
             else
@@ -86,11 +87,19 @@ class FaultyRun {
         }
         return run_.Exit_Code() == 0;
     }
-    /// The calls up to the word.
-    std::vector<long> Calls() {
-        std::vector<long> calls;
-        while (run_.Next_Call() && run_.Call() != Word_Of_The_End) calls.push_back(run_.Call());
-        return calls;
+    /// What can fail up to the word, each alone and with all that follows.
+    std::vector<FaultPoint> Points() {
+        std::vector<FaultPoint> points, last;
+        for (const HostFault &fault : Host_Faults) last.push_back({&fault, 0, false});
+        while (run_.Next_Call() && run_.Call() != Word_Of_The_End) {
+            for (FaultPoint &point : last) {
+                if (!point.Is_Meant(run_)) continue;
+                ++point.at;
+                points.push_back(point);
+                points.push_back({point.fault, point.at, true});
+            }
+        }
+        return points;
     }
 
   private:
@@ -104,18 +113,7 @@ class HostFaults : public ::testing::TestWithParam<SavePath> {
     /// For each call of a save that nothing happens to, each way in which it can fail.
     std::vector<FaultPoint> Points() const {
         const SaveMachine machine(prepared);
-        const std::vector<long> calls = FaultyRun(prepared.Path()).Calls();
-        std::vector<FaultPoint> points;
-        for (const HostFault &fault : Host_Faults) {
-            FaultPoint point = {&fault, 0, false};
-            for (const long call : calls) {
-                if (!point.Is_Meant(call)) continue;
-                ++point.at;
-                points.push_back(point);
-                points.push_back({&fault, point.at, true});
-            }
-        }
-        return points;
+        return FaultyRun(prepared.Path()).Points();
     }
     /// Whether it was told.
     bool Try(const FaultPoint &point) const {

@@ -1,5 +1,5 @@
-// Eight processes that use all the machine has at once, one of them killed every tenth of a second and started
-// anew: nobody waits long, nothing that was told is lost, and what is shared is whole at the end.
+// Eight processes that use all the machine has at once, one of them killed every tenth of a second and
+// started anew: nobody waits long, nothing that was told is lost, and what is shared is whole at the end.
 
 #include <tests/faults/kill_board.h>
 #include <tests/shared_state/raw_atom_table.h>
@@ -26,10 +26,15 @@ unsigned Seed() {
 
 class KilledWorkers : public RegistryTest {
   protected:
+    void SetUp() override {
+        Instance_Available("", ""); // the table stays open
+        RegistryTest::SetUp();
+    }
     void Start(int worker) {
         processes[worker].reset();
         processes[worker] = std::make_unique<SecondProcess>(
-            "kill_worker", std::vector<std::string>{board_path, std::to_string(worker), std::to_string(random())});
+            "kill_worker",
+            std::vector<std::string>{board_path, std::to_string(worker), std::to_string(random())});
     }
     void Kill(int worker) {
         board->Note_Wait(worker);

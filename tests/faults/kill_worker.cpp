@@ -21,13 +21,14 @@ class Worker {
         Expect(atoms_.Initialize("KILL-TEST") == 0, "no atoms");
         for (int i = 0; i < Shared_Locks; ++i)
             locks_[i] = CreateMutexA(nullptr, FALSE, ("kill test " + std::to_string(i)).c_str());
+        Look_Around(); // a program that has not waited for input yet holds up who asks for its instance
     }
 
     [[noreturn]] void Work() {
         using Operation = void (Worker::*)();
         static constexpr Operation Operations[] = {
-            &Worker::Set_Value,  &Worker::Read_Values,   &Worker::Make_And_Delete_Key, &Worker::Change_Atoms,
-            &Worker::Walk_Atoms, &Worker::Register,      &Worker::Ask_For_Instances,   &Worker::Make_Window,
+            &Worker::Set_Value,   &Worker::Read_Values, &Worker::Make_And_Delete_Key, &Worker::Change_Atoms,
+            &Worker::Walk_Atoms,  &Worker::Register,    &Worker::Ask_For_Instances,   &Worker::Make_Window,
             &Worker::Look_Around, &Worker::Take_A_Lock};
         for (;;) {
             const unsigned which = Any(std::size(Operations));

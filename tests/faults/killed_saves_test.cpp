@@ -1,5 +1,5 @@
-// A process killed at any call of the host in the middle of a save: who starts next finds the old content or the
-// new, and can save.
+// A process killed at any call of the host in the middle of a save: who starts next finds the old content or
+// the new, and can save.
 
 #include <tests/faults/save_machine.h>
 #include <tests/support/fault_points.h>

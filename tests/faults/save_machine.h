@@ -1,6 +1,6 @@
 #pragma once
-// A machine for one save: what a row prepares, and what a child sees of it. The test's own process never opens
-// anything on it.
+// A machine for one save: what a row prepares, and what a child sees of it. The test's own process never
+// opens anything on it.
 
 #include <tests/faults/save_paths.h>
 #include <tests/faults/traced_run.h>
@@ -15,8 +15,9 @@ class PreparedSave {
     explicit PreparedSave(const SavePath &path) : path_(path) {
         const TestMachine machine;
         Seen_By_Another([&] { return path.prepare(), std::string(); });
-        std::filesystem::copy(machine.Folder(), kept_.Folder(), std::filesystem::copy_options::recursive |
-                                                                    std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::copy(machine.Folder(), kept_.Folder(),
+                              std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::overwrite_existing);
     }
     const SavePath &Path() const { return path_; }
     const std::string &Folder() const { return kept_.Folder(); }
@@ -42,7 +43,8 @@ class SaveMachine {
     }
     /// A save by a process that starts now: what is found then, or "not saved".
     std::string Found_After_A_Save() const {
-        const std::string saved = Seen_By_Another([this] { return std::string(path_.save() ? "saved" : ""); });
+        const std::string saved =
+            Seen_By_Another([this] { return std::string(path_.save() ? "saved" : ""); });
         return saved == "saved" ? Found() : "not saved";
     }
 

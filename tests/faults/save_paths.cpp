@@ -54,7 +54,8 @@ void Prepare_Compaction() {
 
 bool Set_And_Compact() {
     const TestKey key(Key_Path);
-    return key.Set("large", std::string(8000, 'z')) == 0 && key.Set("large", "z") == 0 && Set_And_Flush("new");
+    return key.Set("large", std::string(8000, 'z')) == 0 && key.Set("large", "z") == 0 &&
+           Set_And_Flush("new");
 }
 
 // --- files ------------------------------------------------------------------------------------------------
@@ -69,7 +70,8 @@ std::string Content_Of(const char *path) {
 
 bool Put(const char *path, const std::string &content) {
     CKMFile file;
-    return file.Open(path, true, true) == 0 && file.Write(content.data(), static_cast<long>(content.size()), true) == 0;
+    return file.Open(path, true, true) == 0 &&
+           file.Write(content.data(), static_cast<long>(content.size()), true) == 0;
 }
 
 /// Writes by `write`, which gives the size, and gives it the target's name once it is whole. What is at the
@@ -172,9 +174,8 @@ bool Save_Sections() {
     if (!Read_Whole(old)) return false;
     old.Close();
     text.Search_And_Replace("=1\r", "=22\r", true);
-    return Replace_Target([&](CKMFile &file) {
-        return text.Flush_To_File(&file) == 0 ? text.Get_End_Of_Data() : -1;
-    });
+    return Replace_Target(
+        [&](CKMFile &file) { return text.Flush_To_File(&file) == 0 ? text.Get_End_Of_Data() : -1; });
 }
 
 // --- the command ------------------------------------------------------------------------------------------
@@ -195,12 +196,13 @@ const std::vector<SavePath> &Save_Paths() {
         {"registry", "old", Prepare_Registry, [] { return Set_And_Flush("new"); }, Look_In_Registry},
         {"registry rewritten", "old", Prepare_Compaction, Set_And_Compact, Look_In_Registry},
         {"file", "old", [] { Begin_With("old content", New_Content); }, Save_File, Look_At_Target},
-        {"file that was not there", "none", [] { Put(Expected, New_Content), Put("c:\\before", "x"); }, Save_File,
-         Look_At_Target},
+        {"file that was not there", "none", [] { Put(Expected, New_Content), Put("c:\\before", "x"); },
+         Save_File, Look_At_Target},
         {"string table", "old", Prepare_Table, Save_Table, Look_At_Target},
         {"section file", "old", [] { Begin_With(Sections_Of("1"), Sections_Of("22")); }, Save_Sections,
          Look_At_Target},
-        {"command", "old", [] { Begin_With("old content", New_Content); }, Replace_By_Command, Look_At_Target},
+        {"command", "old", [] { Begin_With("old content", New_Content); }, Replace_By_Command,
+         Look_At_Target},
     };
     return paths;
 }

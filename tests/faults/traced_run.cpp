@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <sys/ptrace.h>
 #include <sys/user.h>
 #include <sys/wait.h>
@@ -63,6 +64,12 @@ long TracedRun::Call() const {
 
 long TracedRun::First_Argument() const {
     return WIFSTOPPED(status_) ? Registers_Of(id_).ebx : 0;
+}
+
+bool TracedRun::Goes_To_A_Pipe() const {
+    std::error_code none;
+    const std::string place = "/proc/" + std::to_string(id_) + "/fd/" + std::to_string(First_Argument());
+    return std::filesystem::read_symlink(place, none).string().starts_with("pipe:");
 }
 
 void TracedRun::Fail(int error) {

@@ -1,6 +1,6 @@
 #pragma once
-// Work in a process of its own that stops at each call of the host, which can then be looked at, made to fail,
-// cut short, or be the process's last.
+// Work in a process of its own that stops at each call of the host, which can then be looked at, made to
+// fail, cut short, or be the process's last.
 //
 //     TracedRun run([] { return Save() ? 0 : 1; });
 //     while (run.Next_Call()) {
@@ -30,6 +30,8 @@ class TracedRun {
     /// The number of the call that begins, as of SYS_write.
     long Call() const;
     long First_Argument() const;
+    /// Whether that is the descriptor of a pipe, which no work of ours has: the sanitizers try addresses so.
+    bool Goes_To_A_Pipe() const;
     /// The call is not made and answers with this number of errno.
     void Fail(int error);
     /// The call, which has its size as its third argument, does half of it.

@@ -510,8 +510,8 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
     for (const Call &call : calls) {
         ASSERT_TRUE(call.succeeds()) << call.name; // what it needs once is there now
         const unsigned long handles = Open_Handle_Count();
-        points += Each_Fault(
-            [&](unsigned long at, bool for_ever) { return Run_With_Failure(call, at, for_ever); });
+        points +=
+            Each_Fault([&](unsigned long at, bool for_ever) { return Run_With_Failure(call, at, for_ever); });
         EXPECT_EQ(Open_Handle_Count(), handles) << call.name;
         EXPECT_TRUE(call.succeeds()) << call.name << " no longer works";
     }

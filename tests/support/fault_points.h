@@ -19,7 +19,7 @@ unsigned long Each_Fault(Attempt attempt, bool sparse = false) {
     unsigned long points = 0;
     for (const bool for_ever : {false, true}) {
         for (unsigned long at = 1; attempt(at, for_ever); ++points)
-            at += sparse && !At_Full_Size() ? 1 + at / 3 : 1;
+            at += sparse && !At_Full_Size() ? 1 + at / 6 : 1;
     }
     return points;
 }

@@ -10,8 +10,9 @@
 
 namespace {
 
-char Name[] = "name", Value[] = "a value that is too long to stand beside its name in the record of its item, "
-                                "because there is so much of it that it needs a block of its own";
+char Name[] = "name", Value[] =
+                          "a value that is too long to stand beside its name in the record of its item, "
+                          "because there is so much of it that it needs a block of its own";
 
 struct Section {
     CSectionEntry section{"s"};
@@ -81,13 +82,16 @@ Operations Content_Operations() {
             [] { return std::make_shared<std::optional<CTokenizer>>(); },
             [](std::optional<CTokenizer> &made) { return made.emplace(), 1; },
             [](std::optional<CTokenizer> &made) { return made ? "made" : "none"; }),
-        Row("Use_Define_File", 0, No_Memory_Or_File, expanding,
+        Row(
+            "Use_Define_File", 0, No_Memory_Or_File, expanding,
             [](Expanding &of) { return of.tokenizer.Use_Define_File("c:\\texts.def"); },
             [](Expanding &of) { return of.result; }, Leaves::Partly),
-        Row("Add_Binding_Table", 0, {}, [=] { return host.references = 0, expanding(); },
+        Row(
+            "Add_Binding_Table", 0, {}, [=] { return host.references = 0, expanding(); },
             [](Expanding &of) { return of.tokenizer.Add_Binding_Table(0x54545454, &host), 0; },
             [](Expanding &) { return std::to_string(host.references); }, Leaves::Either),
-        Row("Tokenize", 1, {Gives_Nothing}, expanding,
+        Row(
+            "Tokenize", 1, {Gives_Nothing}, expanding,
             [](Expanding &of) { return of.tokenizer.Tokenize("Dear ^NAME^, %%", of.result, 300); },
             [](Expanding &of) { return of.result; }),
     };

@@ -14,9 +14,11 @@ struct Subject {
     ~Subject() {
         if (user_data) DeleteWindowUserData(user_data);
     }
-    std::string State() {
-        return Title_Of(label) + std::to_string(GetWindowUserData(label, 0)) +
-               std::to_string(GetWindowUserData(label, 1)) +
+    std::string State() const {
+        const auto owned = [this](int slot) {
+            return GetWindowUserData(label, slot) > 0 ? "owned " : "free ";
+        };
+        return Title_Of(label) + owned(0) + owned(1) +
                std::to_string(GetWindowLongA(label, GWL_WNDPROC) == procedure);
     }
     PlainDialog dialog;
@@ -78,21 +80,23 @@ Operations Dialog_Operations() {
     const auto picture = [] { return std::make_shared<Picture>(); };
     const auto no_state = [](Picture &) { return ""; };
     return {
-        On_Dialog("InsertWindowUserData", 1, {Gives_Nothing},
-                  [](Subject &of) {
-                      return (of.user_data = InsertWindowUserData(of.label, 0, &of)) != nullptr;
-                  }),
-        On_Dialog("GetTextControl", 1, {Gives_Nothing}, Gets<&Cache::GetTextControl, &Cache::ReturnTextControl>),
+        On_Dialog(
+            "InsertWindowUserData", 1, {Gives_Nothing},
+            [](Subject &of) { return (of.user_data = InsertWindowUserData(of.label, 0, &of)) != nullptr; }),
+        On_Dialog("GetTextControl", 1, {Gives_Nothing},
+                  Gets<&Cache::GetTextControl, &Cache::ReturnTextControl>),
         On_Dialog("GetCheckboxControl", 1, {Gives_Nothing},
                   Gets<&Cache::GetCheckboxControl, &Cache::ReturnCheckboxControl>),
         On_Dialog("GetListboxControl", 1, {Gives_Nothing},
                   Gets<&Cache::GetListboxControl, &Cache::ReturnListboxControl>),
         On_Dialog("GetComboboxControl", 1, {Gives_Nothing},
                   Gets<&Cache::GetComboboxControl, &Cache::ReturnComboboxControl>),
-        On_Dialog("AddControl", 0, {}, [](Subject &of) { return of.help.AddControl(of.label, "help"), 0; },
-                  Leaves::Either),
-        On_Dialog("Manage_Control", 0, {Gives_No_Memory},
-                  [](Subject &of) { return of.layout.Manage_Control(of.label, APM_KEEP_RIGHT, nullptr, nullptr); }),
+        On_Dialog(
+            "AddControl", 0, {}, [](Subject &of) { return of.help.AddControl(of.label, "help"), 0; },
+            Leaves::Either),
+        On_Dialog(
+            "Manage_Control", 0, {Gives_No_Memory},
+            [](Subject &of) { return of.layout.Manage_Control(of.label, APM_KEEP_RIGHT, nullptr, nullptr); }),
         On_Dialog("Manage_GroupBox", 0, {Gives_No_Memory},
                   [](Subject &of) {
                       const HWND members[] = {of.label, nullptr};
@@ -106,7 +110,8 @@ Operations Dialog_Operations() {
                   [](Subject &of) { return Text_Width(of.label, "text") > 0; }),
         On_Dialog("Textbox_Height", 1, {Gives_Nothing},
                   [](Subject &of) { return Textbox_Height(of.label, "some words of text") > 0; }),
-        Row("Pack_Icon", 0, {Gives_No_Memory, Gives(E_UNEXPECTED)}, picture,
+        Row(
+            "Pack_Icon", 0, {Gives_No_Memory, Gives(E_UNEXPECTED)}, picture,
             [](Picture &of) {
                 long result = 0;
                 Packs(of, result);
@@ -122,13 +127,15 @@ Operations Dialog_Operations() {
                 return result != 0 ? result : static_cast<long>(made != nullptr);
             },
             no_state),
-        Row("Load_Icon_From_File", 1, {Gives_Nothing}, picture,
+        Row(
+            "Load_Icon_From_File", 1, {Gives_Nothing}, picture,
             [](Picture &) {
                 const HICON loaded = Load_Icon_From_File(nullptr, "c:\\icon.ico", 32);
                 return loaded && DestroyIcon(loaded);
             },
             no_state),
-        Row("GetFullSystemPalette", 1, {Gives_Nothing}, picture,
+        Row(
+            "GetFullSystemPalette", 1, {Gives_Nothing}, picture,
             [](Picture &) {
                 const HPALETTE palette = GetFullSystemPalette();
                 return palette != reinterpret_cast<HPALETTE>(-1) && DeleteObject(palette);

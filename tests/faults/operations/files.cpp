@@ -79,28 +79,34 @@ Operations File_Operations() {
         On_File("Open to write", {Gives(2)},
                 [](Target &of) { return of.file.Open("c:\\target", true, false); }),
         // "or 2 and no file is open; a file that was cut stays cut"
-        On_File("Open anew", {Gives(2)}, [](Target &of) { return of.file.Open("c:\\copy", true, true); },
-                Leaves::Partly),
+        On_File(
+            "Open anew", {Gives(2)}, [](Target &of) { return of.file.Open("c:\\copy", true, true); },
+            Leaves::Partly),
         On_File("Open_Append", {Gives(2)}, [](Target &of) { return of.file.Open_Append("c:\\target"); }),
         On_File("Open_With_Rollback", {Gives(2)},
                 [](Target &of) { return of.file.Open_With_Rollback("c:\\target"); }),
         On_File("Open_Temp_File", {Gives(2)}, [](Target &of) { return of.file.Open_Temp_File(); }),
         // "52 when a pending file cannot have its name ...: what was written is deleted"
-        On_File<Pending>("Close", {Gives(52)}, [](Pending &of) { return of.file.Close(); }, Leaves::Partly),
+        On_File<Pending>(
+            "Close", {Gives(52)}, [](Pending &of) { return of.file.Close(); }, Leaves::Partly),
         On_File<Pending>("Rollback", {}, [](Pending &of) { return of.file.Rollback(); }),
-        On_File<Reading>("Duplicate", {Gives_No_Memory, Gives(2)},
-                         [](Reading &of) { return of.file.Duplicate("c:\\copy"); },
-                         Leaves::Partly), // "and an empty copy"
+        On_File<Reading>(
+            "Duplicate", {Gives_No_Memory, Gives(2)},
+            [](Reading &of) { return of.file.Duplicate("c:\\copy"); },
+            Leaves::Partly), // "and an empty copy"
         Row(
             "Initialize_From_File", 0, {Gives_No_Memory}, [] { return std::make_shared<Buffer>(); },
             [](Buffer &of) { return of.buffer.Initialize_From_File(&of.file); },
             [](Buffer &of) { return std::to_string(of.buffer.Get_End_Of_Data()); }, Leaves::Partly),
         // "Nothing tells whether it worked"
-        Row("DirCreate", 0, {}, folder, [](Folder &) { return DirCreate("c:\\a\\b"), 0; }, Folder_State,
+        Row(
+            "DirCreate", 0, {}, folder, [](Folder &) { return DirCreate("c:\\a\\b"), 0; }, Folder_State,
             Leaves::Partly),
-        Row("DirDestroyAll", 0, {Gives(-1)}, [=] { return DirCreate("c:\\a\\b"), folder(); },
+        Row(
+            "DirDestroyAll", 0, {Gives(-1)}, [=] { return DirCreate("c:\\a\\b"), folder(); },
             [](Folder &) { return DirDestroyAll("c:\\a"); }, Folder_State, Leaves::Partly),
-        Row("RunProcess", 0, {Gives(2)}, folder,
+        Row(
+            "RunProcess", 0, {Gives(2)}, folder,
             [](Folder &) {
                 char line[] = "z:\\bin\\true";
                 return RunProcess(line);

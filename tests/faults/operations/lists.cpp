@@ -68,7 +68,8 @@ Operations List_Operations() {
                 [](Subject &of) { return of.list.AddPString(Pascal_Text, 0); }),
         Copying("AddStr255", Throws_Or_Nothing,
                 [](Subject &of) { return of.list.AddStr255(Pascal_Text, 0); }),
-        Copying("Clone", {Gives_Nothing}, [](Subject &of) { return (of.copy = of.list.Clone(3)) != nullptr; }),
+        Copying("Clone", {Gives_Nothing},
+                [](Subject &of) { return (of.copy = of.list.Clone(3)) != nullptr; }),
         Row(
             "ShallowClone", 1, {Gives_Nothing}, [] { return std::make_shared<Value>(); },
             [](Value &of) {

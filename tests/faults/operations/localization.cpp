@@ -62,16 +62,16 @@ Operations Localization_Operations() {
     const auto beat = [] { return std::make_shared<Beat>(); };
     return {
         On_Table("New_Table", 0, {Gives_No_Memory}, [](Table &of) { return of.table.New_Table(); }),
-        On_Table("Set_String", 1, {Gives(-1)},
-                 [](Table &of) { return of.table.Set_String(0, long_string); }),
+        On_Table("Set_String", 1, {Gives(-1)}, [](Table &of) { return of.table.Set_String(0, long_string); }),
         On_Table("Set_String at the end", 2, {Gives(-1)},
                  [](Table &of) { return of.table.Set_String(2, long_string); }),
         On_Table("Import_String", 2, {Gives(-1)},
                  [](Table &of) { return of.table.Import_String("text\tNAME\t1\tcomments\r\n"); }),
         On_Table("Delete_String", 0, {}, [](Table &of) { return of.table.Delete_String(1), 0; }),
         // "The target is empty when ... it cannot get memory"
-        On_Table("Get_String", 0, {Throws_No_Memory},
-                 [](Table &of) { return of.table.Get_String(1, of.target), 0; }, Leaves::Partly),
+        On_Table(
+            "Get_String", 0, {Throws_No_Memory},
+            [](Table &of) { return of.table.Get_String(1, of.target), 0; }, Leaves::Partly),
         Row(
             "Load_Table", 0, {Gives_No_Memory}, [] { return std::make_shared<Loading>(); },
             [](Loading &of) { return of.file.MoveTo(0, 0), of.table.Load_Table(&of.file); },
@@ -80,13 +80,15 @@ Operations Localization_Operations() {
             "Load_Localization", 0, {Gives_No_Memory, Gives(2)}, beat,
             [](Beat &of) { return of.beat.Load_Localization(Path, true); },
             [](Beat &of) { return of.buffer; }, Leaves::Partly), // Load_Table leaves no table
-        Row("Get_String to a buffer", 0, {Gives_No_Memory}, beat,
+        Row(
+            "Get_String to a buffer", 0, {Gives_No_Memory}, beat,
             [](Beat &of) { return of.beat.Get_String("SECOND", of.buffer, sizeof of.buffer); },
             [](Beat &of) { return of.buffer; }),
-        Row("Get_Temp_String", 0, {Throws_No_Memory}, beat,
+        Row(
+            "Get_Temp_String", 0, {Throws_No_Memory}, beat,
             [](Beat &of) { return of.beat.Get_Temp_String("SECOND"), 0; }, [](Beat &) { return ""; }),
-        Row("Localize_String", 0, {}, beat,
-            [](Beat &of) { return of.beat.Localize_String(of.text), 0; },
+        Row(
+            "Localize_String", 0, {}, beat, [](Beat &of) { return of.beat.Localize_String(of.text), 0; },
             [](Beat &of) { return static_cast<char *>(of.text); }, Leaves::Either),
         Row(
             "Localize_Dialog", 0, {}, [] { return std::make_shared<Shown>(); },

@@ -74,17 +74,23 @@ Operations Registry_Operations() {
     return {
         On_Key("OpenKey", 1, [](CRegMaster &of) { return of.OpenKey(HKEY_CURRENT_USER, "Faults\\sub"); }),
         On_Key("CreateKey", 1, [](CRegMaster &of) { return of.CreateKey(HKEY_CURRENT_USER, "Faults\\new"); }),
-        On_Key("OpenSubkey", 1, [](CRegMaster &of) { return of.OpenSubkey("sub"); }, Leaves::Partly),
-        On_Key("OpenSubkey by index", 1, [](CRegMaster &of) { return of.OpenSubkey(0); }, Leaves::Partly),
+        On_Key(
+            "OpenSubkey", 1, [](CRegMaster &of) { return of.OpenSubkey("sub"); }, Leaves::Partly),
+        On_Key(
+            "OpenSubkey by index", 1, [](CRegMaster &of) { return of.OpenSubkey(0); }, Leaves::Partly),
         On_Key("CreateSubkey", 1, [](CRegMaster &of) { return of.CreateSubkey("newer"); }),
-        On_Key("SetRegEntry", 1, [](CRegMaster &of) { return of.SetRegEntry("text", "after"); }, Leaves::Either),
+        On_Key(
+            "SetRegEntry", 1, [](CRegMaster &of) { return of.SetRegEntry("text", "after"); }, Leaves::Either),
         On_Key("DeleteRegEntry", 1, [](CRegMaster &of) { return of.DeleteRegEntry("text"); }),
-        On_Key("IncrDword", 6, [](CRegMaster &of) { return of.IncrDword("number"); }, Leaves::Partly),
+        On_Key(
+            "IncrDword", 6, [](CRegMaster &of) { return of.IncrDword("number"); }, Leaves::Partly),
         On_Key("HasDefaultValue", 0, [](CRegMaster &of) { return of.HasDefaultValue(); }),
         On_Key("DeleteSubKey", 1, [](CRegMaster &of) { return of.DeleteSubKey("sub"); }),
-        On_Key("ZeroOutKey", 1, [](CRegMaster &of) { return of.ZeroOutKey(); }, Leaves::Partly),
-        On_Key("RenameSubkey", 1, [](CRegMaster &of) { return of.RenameSubkey("sub", "other"); },
-               Leaves::Partly), // "so does what was copied"
+        On_Key(
+            "ZeroOutKey", 1, [](CRegMaster &of) { return of.ZeroOutKey(); }, Leaves::Partly),
+        On_Key(
+            "RenameSubkey", 1, [](CRegMaster &of) { return of.RenameSubkey("sub", "other"); },
+            Leaves::Partly), // "so does what was copied"
         Row(
             "CopyKey", 1, {Gives_Nothing}, [] { return std::make_shared<Key>(); },
             [](Key &of) { return of.Copy(); }, Key_State, Leaves::Partly),

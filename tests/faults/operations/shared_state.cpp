@@ -44,17 +44,20 @@ Operations Shared_State_Operations() {
     return {
         Row(
             "Initialize of atoms", 0, {Gives(ERROR_NOT_ENOUGH_MEMORY), Gives(-1)},
-            [] { return std::make_shared<Atoms>(); },
-            [](Atoms &of) { return of.table.Initialize("FAULTS"); }, [](Atoms &of) { return of.State(); }),
+            [] { return std::make_shared<Atoms>(); }, [](Atoms &of) { return of.table.Initialize("FAULTS"); },
+            [](Atoms &of) { return of.State(); }),
         Row(
             "New_Atom", 1, {Gives(-1)}, [] { return std::make_shared<Atoms>(); },
             [](Atoms &of) { return of.holder.New_Atom(1, 2, "two", 4); },
             [](Atoms &of) { return of.State(); }),
-        Row("First_Instance", 1, {Gives_Nothing}, fresh,
+        Row(
+            "First_Instance", 1, {Gives_Nothing}, fresh,
             [](Instance &of) { return First_Instance(key, "S", of.window); }, state),
-        Row("Instance_Available", 1, {Gives_Nothing}, registered,
+        Row(
+            "Instance_Available", 1, {Gives_Nothing}, registered,
             [](Instance &) { return Instance_Available(key, "S"); }, state),
-        Row("Update_Instance", 0, {}, registered,
+        Row(
+            "Update_Instance", 0, {}, registered,
             [](Instance &of) { return Update_Instance(key, of.window), 0; }, state),
     };
 }

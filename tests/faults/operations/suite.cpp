@@ -45,7 +45,8 @@ Operations Suite_Operations() {
     const auto prepare = [] { return std::make_shared<Class>(); };
     const auto nothing = [](Class &) { return ""; };
     return {
-        Row("Get_Shell_Folder_ID_List", 1, {Gives_Nothing}, prepare,
+        Row(
+            "Get_Shell_Folder_ID_List", 1, {Gives_Nothing}, prepare,
             [](Class &) {
                 _ITEMIDLIST *list = nullptr;
                 const bool found = Get_Shell_Folder_ID_List(&CLSID_TestCounter, &list);
@@ -53,21 +54,24 @@ Operations Suite_Operations() {
                 return found;
             },
             nothing),
-        Row("GetKelMaraFolderPath", 1, {Gives_Nothing}, prepare,
+        Row(
+            "GetKelMaraFolderPath", 1, {Gives_Nothing}, prepare,
             [](Class &) {
                 char path[260];
                 GetKelMaraFolderPath(4, path);
                 return path[0] != 0;
             },
             nothing),
-        Row("Is_Valid_Component_Name", 1, {}, prepare,
+        Row(
+            "Is_Valid_Component_Name", 1, {}, prepare,
             [](Class &) { return Is_Valid_Component_Name("name"); }, nothing),
         // "writes or deletes as much as the machine lets it, ... and answers 0 whatever came of it"
-        Row("RegisterServer", 0, {}, prepare, [](Class &) { return Register(); }, Class_State, Leaves::Partly),
-        Row("UnregisterServer", 0, {}, prepare,
-            [](Class &) {
-                return UnregisterServer(CLSID_TestCounter, "Test.Counter", "Test.Counter.1");
-            },
+        Row(
+            "RegisterServer", 0, {}, prepare, [](Class &) { return Register(); }, Class_State,
+            Leaves::Partly),
+        Row(
+            "UnregisterServer", 0, {}, prepare,
+            [](Class &) { return UnregisterServer(CLSID_TestCounter, "Test.Counter", "Test.Counter.1"); },
             Class_State, Leaves::Partly),
     };
 }

@@ -38,7 +38,8 @@ std::shared_ptr<Table> New_Table() {
 struct Buffer : CSmartBuffer {
     Buffer() { Initialize(8), Write("abcdefg"); }
     std::string State() {
-        return std::string(CSmartBuffer::Buffer, static_cast<std::size_t>(End_Of_Data)) + "|" + std::to_string(Offset);
+        return std::string(CSmartBuffer::Buffer, static_cast<std::size_t>(End_Of_Data)) + "|" +
+               std::to_string(Offset);
     }
 };
 
@@ -69,24 +70,30 @@ Operations Table_Operations() {
         Row(
             "Initialize", 0, {Gives_No_Memory}, [] { return std::make_shared<CHashTable>(); },
             [](CHashTable &table) { return table.Initialize(3); }, Table_State),
-        Row("Add", 0, {}, New_Table, [](Table &table) { return table.Add("second", Value, 5), 0; },
+        Row(
+            "Add", 0, {}, New_Table, [](Table &table) { return table.Add("second", Value, 5), 0; },
             Table_State, Leaves::Either),
-        Row("Add_Volatile", 0, {}, New_Table,
-            [](Table &table) { return table.Add_Volatile("second", Value, 6), 0; }, Table_State, Leaves::Either),
+        Row(
+            "Add_Volatile", 0, {}, New_Table,
+            [](Table &table) { return table.Add_Volatile("second", Value, 6), 0; }, Table_State,
+            Leaves::Either),
         Row(
             "Get_Entries_Iterator", 1, {Gives_Nothing}, [] { return std::make_shared<Walk>(); },
             [](Walk &of) { return (of.walk = of.table.Get_Entries_Iterator()) != 0; },
             [](Walk &of) { return Table_State(of.table); }),
         On_Buffer("Write", {Gives_No_Memory}, [](Buffer &buffer) { return buffer.Write(Long_Text.c_str()); }),
-        On_Buffer("Insert", {Gives_No_Memory},
-                  [](Buffer &buffer) { return buffer.Move_To(2L), buffer.Insert(Long_Text.c_str(), 600); },
-                  Leaves::Partly), // the cursor was moved before
+        On_Buffer(
+            "Insert", {Gives_No_Memory},
+            [](Buffer &buffer) { return buffer.Move_To(2L), buffer.Insert(Long_Text.c_str(), 600); },
+            Leaves::Partly), // the cursor was moved before
         // "each `find` whose replacement does not fit into the block goes all the same"
-        On_Buffer("Search_And_Replace", {},
-                  [](Buffer &buffer) { return buffer.Search_And_Replace("cd", Long_Text.c_str(), true); },
-                  Leaves::Partly),
+        On_Buffer(
+            "Search_And_Replace", {},
+            [](Buffer &buffer) { return buffer.Search_And_Replace("cd", Long_Text.c_str(), true); },
+            Leaves::Partly),
         // "or 0x8007000E and no block"
-        On_Buffer("Initialize a buffer", {Gives_No_Memory}, [](Buffer &buffer) { return buffer.Initialize(9); },
-                  Leaves::Partly),
+        On_Buffer(
+            "Initialize a buffer", {Gives_No_Memory}, [](Buffer &buffer) { return buffer.Initialize(9); },
+            Leaves::Partly),
     };
 }

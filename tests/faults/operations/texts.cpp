@@ -64,7 +64,9 @@ Operations Text_Operations() {
         On_String("Set_Data", [](CSafeStr &string) { string.Set_Data(Long_Text.c_str(), 600); }),
         On_String("Shift_Chars", [](CSafeStr &string) { string.Shift_Chars(600); }),
         On_String("Replace_String",
-                  [](CSafeStr &string) { string.Replace_String("text", static_cast<const CSafeStr &>(long_string)); }),
+                  [](CSafeStr &string) {
+                      string.Replace_String("text", static_cast<const CSafeStr &>(long_string));
+                  }),
         Row(
             "Check_Buffer", 0, {Gives_No_Memory}, [] { return std::make_shared<CSafeStr>("before"); },
             [](CSafeStr &string) { return CStrAlloc().Check_Buffer(700, &string); }, Text_Of),
@@ -72,14 +74,19 @@ Operations Text_Operations() {
             "Next_Token", 1, {Throws_No_Memory},
             [] { return std::make_shared<std::pair<CSafeStr, CSafeStr>>(Long_Text.c_str(), ""); },
             [](std::pair<CSafeStr, CSafeStr> &both) { return both.first.Next_Token(both.second, ','), 1; },
-            [](std::pair<CSafeStr, CSafeStr> &both) { return Text_Of(both.first) + "|" + Text_Of(both.second); }),
-        Row("strcmp_ncs", -1, {Gives_Nothing}, buffer,
+            [](std::pair<CSafeStr, CSafeStr> &both) {
+                return Text_Of(both.first) + "|" + Text_Of(both.second);
+            }),
+        Row(
+            "strcmp_ncs", -1, {Gives_Nothing}, buffer,
             [](Buffer &) { return strcmp_ncs(Long_Text.c_str(), (Long_Text.c_str() + 1)) != 0 ? -1 : 0; },
             written),
-        Row("strstr_ncs", 1, {Gives_Nothing}, buffer,
+        Row(
+            "strstr_ncs", 1, {Gives_Nothing}, buffer,
             [](Buffer &) { return strstr_ncs(Long_Text.c_str(), Long_Text.c_str() + 200) != nullptr; },
             written),
-        Row("Replace_String of texts", 1, {Gives_Nothing}, buffer,
+        Row(
+            "Replace_String of texts", 1, {Gives_Nothing}, buffer,
             [](Buffer &subject) { return Replace_String(subject.text, "find", "replace"); }, written),
     };
 }
