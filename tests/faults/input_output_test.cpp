@@ -57,7 +57,11 @@ struct FaultPoint {
     unsigned long at;
     bool for_ever;
 
-    bool Is_Meant(long call) const { return std::count(fault->calls.begin(), fault->calls.end(), call) > 0; }
+    bool Is_Meant(const TracedRun &run) const {
+        return std::count(fault->calls.begin(), fault->calls.end(), run.Call()) > 0 &&
+               !(run.Call() == SYS_write && run.Goes_To_A_Pipe()) &&
+               !(run.Call() == SYS_mmap2 && !run.Maps_A_File()); // that would be memory
+    }
     std::string Text() const {
         return std::string(fault->name) + " at " + std::to_string(at) + (for_ever ? " and on" : "");
     }
@@ -133,7 +137,7 @@ class HostFaults : public ::testing::TestWithParam<SavePath> {
 
 TEST_P(HostFaults, AreToldOrDoNoHarm) {
     const std::vector<FaultPoint> points = Points();
-    const unsigned long stride = Stride(points.size(), 16);
+    const unsigned long stride = Stride(points.size(), 40);
     unsigned long tried = 0, told = 0;
     for (std::size_t i = 0; i < points.size(); i += stride, ++tried) told += Try(points[i]);
     EXPECT_GT(tried, 10u);

@@ -72,6 +72,10 @@ bool TracedRun::Goes_To_A_Pipe() const {
     return std::filesystem::read_symlink(place, none).string().starts_with("pipe:");
 }
 
+bool TracedRun::Maps_A_File() const {
+    return Registers_Of(id_).edi >= 0;
+}
+
 void TracedRun::Fail(int error) {
     user_regs_struct registers = Registers_Of(id_);
     registers.orig_eax = -1;

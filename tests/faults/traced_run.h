@@ -32,6 +32,8 @@ class TracedRun {
     long First_Argument() const;
     /// Whether that is the descriptor of a pipe, which no work of ours has: the sanitizers try addresses so.
     bool Goes_To_A_Pipe() const;
+    /// Whether the call, an mmap, is of a file.
+    bool Maps_A_File() const;
     /// The call is not made and answers with this number of errno.
     void Fail(int error);
     /// The call, which has its size as its third argument, does half of it.

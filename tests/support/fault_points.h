@@ -12,14 +12,12 @@ inline bool At_Full_Size() {
 }
 
 /// Calls `attempt(at, for_ever)`, which makes the at-th of something fail (1 is the first), alone or with all
-/// after it, until the fault is no longer met, which `attempt` answers with false. The faults that were. With
-/// `sparse` the later ones are tried one by one at full size only.
+/// after it, until the fault is no longer met, which `attempt` answers with false. The faults that were.
 template <class Attempt>
-unsigned long Each_Fault(Attempt attempt, bool sparse = false) {
+unsigned long Each_Fault(Attempt attempt) {
     unsigned long points = 0;
     for (const bool for_ever : {false, true}) {
-        for (unsigned long at = 1; attempt(at, for_ever); ++points)
-            at += sparse && !At_Full_Size() ? 1 + at / 6 : 1;
+        for (unsigned long at = 1; attempt(at, for_ever); ++at) ++points;
     }
     return points;
 }
