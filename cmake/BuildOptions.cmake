@@ -13,6 +13,10 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1")
 set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
 
+# What is built tells where its sources lie from the root of the tree, wherever that was.
+add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
+add_link_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.") # the optimiser of the whole library runs there
+
 find_package(Threads REQUIRED)
 
 if(KELMARA_SANITIZE)

@@ -106,8 +106,8 @@ PLATFORM_API HRESULT CoInitialize(void *reserved);
 PLATFORM_API HRESULT CoInitializeEx(void *reserved, DWORD mode);
 /// Takes one back; without one, nothing. With the thread's last, what it registered is revoked and the
 /// objects that others use through it are let go; with the process's last, modules go as by
-/// CoFreeUnusedLibraries. The end of a thread does the same, but for the first, which leaves it to the end of
-/// the process.
+/// CoFreeUnusedLibraries. The end of a thread does the same, but for the first, which ends its service and
+/// leaves the rest to the end of the process.
 PLATFORM_API void CoUninitialize();
 
 // --- classes ----------------------------------------------------------------------------------------------

@@ -5,8 +5,8 @@
 // A place is named by an item list: items that each begin with a 16-bit size, which counts those two bytes
 // too, and behind the last a size of 0. Lists and texts that a call gives out are memory of SHGetMalloc, and
 // the receiver frees them. A list that is given in need not be one: it is read no further than it can be, and
-// what is not an item of the folder is E_INVALIDARG. Folders and enumerators are used on the thread that got
-// them; nobody has to have initialised COM.
+// what is not of the folder's kind is E_INVALIDARG, while an item that has gone still is. Folders and
+// enumerators are used on the thread that got them; nobody has to have initialised COM.
 //
 // A class shows up in My Computer when it has a subkey of its identifier in
 // HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Explorer\MyComputer\NameSpace and a key in

@@ -2,6 +2,7 @@
 #include <tools/interruption.h>
 #include <tools/machine_choice.h>
 #include <tools/output.h>
+#include <tools/own_memory.h>
 
 #include <cstdio>
 #include <new>
@@ -31,6 +32,10 @@ void CommandTree::Does(CLI::App *command, std::function<ExitCode()> action) {
     command->final_callback([this, action = std::move(action)] { chosen_ = action; });
 }
 
+void CommandTree::Tells(const CLI::App *command, const std::string &title, const std::string &text) {
+    manual_[command].push_back({title, text});
+}
+
 int CommandTree::Run(int argc, const char *const *argv) {
     try {
         root_.parse(argc, argv);
@@ -38,16 +43,17 @@ int CommandTree::Run(int argc, const char *const *argv) {
         return root_.exit(error) == 0 ? Exit_Success : Exit_Unusable;
     }
     Note_Interruptions();
-    Choose_Machine(machine_);
+    Use_Own_Memory();
     try {
-        return Run_Chosen();
+        return Run_Chosen(argv);
     } catch (const Interrupted &interrupted) {
         End_By(interrupted.signal);
     }
 }
 
-int CommandTree::Run_Chosen() {
+int CommandTree::Run_Chosen(const char *const *argv) {
     try {
+        Choose_Machine(machine_, argv);
         const ExitCode code = chosen_();
         Flush_Output();
         return code;

@@ -9,11 +9,15 @@
 //         tree.Does(atoms, [options] { return List(*options); });
 //     }
 //
-// The texts given here are the help, the manual pages and the shell completion.
+// The texts given here are the help, the manual pages and the shell completion. An argument is completed with
+// files where its name or type has FILE or TEMPLATE in it, and with folders for FOLDER.
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <map>
+#include <string>
 #include <tools/failure.h>
+#include <vector>
 
 namespace tools {
 
@@ -29,15 +33,25 @@ class CommandTree {
     /// What the command does once it is understood. Its result is the process's exit code.
     void Does(CLI::App *command, std::function<ExitCode()> action);
 
+    /// What the manual says of the command beyond its help, under that title ("DESCRIPTION", "FILES",
+    /// "EXAMPLES"); optional. Line ends part paragraphs, and lines that begin with four blanks stand as they
+    /// are. Titles come in the order in which they are told.
+    void Tells(const CLI::App *command, const std::string &title, const std::string &text);
+    struct ManualText {
+        std::string title, text;
+    };
+    const std::vector<ManualText> &Manual_Of(const CLI::App *command) { return manual_[command]; }
+
     /// Understands the arguments and does the work: the exit code. Failures stand on standard error.
     int Run(int argc, const char *const *argv);
 
   private:
-    int Run_Chosen();
+    int Run_Chosen(const char *const *argv);
 
     CLI::App root_;
     std::function<ExitCode()> chosen_;
     std::string machine_;
+    std::map<const CLI::App *, std::vector<ManualText>> manual_;
 };
 
 /// The whole tree with all its groups.

@@ -6,11 +6,21 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+#include <unistd.h>
 
 namespace tools {
 
-void Choose_Machine(const std::string &folder) {
-    if (!folder.empty()) setenv("KELMARA_MACHINE", folder.c_str(), 1);
+// There is no way off a machine that is no other machine, and the library is on one from its loading.
+void Choose_Machine(const std::string &folder, const char *const *argv) {
+    const char *named = std::getenv("KELMARA_MACHINE");
+    if (folder.empty() || (named != nullptr && folder == named)) return;
+    const bool is_on_another = Machine_In_Force() != 0;
+    if (setenv("KELMARA_MACHINE", folder.c_str(), 1) != 0) throw std::bad_alloc();
+    if (!is_on_another) return;
+    Leave_Machine();
+    execv("/proc/self/exe", const_cast<char *const *>(argv));
+    throw Failure(Exit_Unusable, std::string("cannot begin on another machine: ") + std::strerror(errno));
 }
 
 void Require_Machine() {
@@ -21,19 +31,25 @@ void Require_Machine() {
                                      : "no machine yet; `kelmara machine init` makes one");
 }
 
-BorrowedMachine::BorrowedMachine() {
-    if (Machine_In_Force() != 0) return;
+PassingMachine::PassingMachine() {
+    if (Machine_In_Force() != 0) before_ = Machine_Folder();
     const char *temporary = std::getenv("TMPDIR");
     std::string folder =
         std::string(temporary != nullptr && *temporary != 0 ? temporary : "/tmp") + "/kelmara-XXXXXX";
     if (mkdtemp(folder.data()) == nullptr) throw Failure(Exit_Unusable, folder + ": " + std::strerror(errno));
     folder_ = folder;
-    if (!Enter_Machine(folder_.c_str()))
-        throw Failure(Exit_Unusable, folder_ + ": no place for a passing machine");
+    if (Enter_Machine(folder_.c_str())) return;
+    rmdir(folder_.c_str());
+    throw Failure(Exit_Unusable, folder_ + ": no place for a passing machine");
 }
 
-BorrowedMachine::~BorrowedMachine() {
-    if (!folder_.empty()) Remove_Machine(folder_.c_str());
+PassingMachine::~PassingMachine() {
+    if (!before_.empty()) Enter_Machine(before_.c_str());
+    Remove_Machine(folder_.c_str());
+}
+
+BorrowedMachine::BorrowedMachine() {
+    if (Machine_In_Force() == 0) machine_.emplace();
 }
 
 } // namespace tools

@@ -3,6 +3,7 @@
 #include <platform/com/class_keys.h>
 
 #include <algorithm>
+#include <exception>
 #include <sys/eventfd.h>
 
 namespace {
@@ -29,7 +30,7 @@ Apartment::~Apartment() {
 }
 
 void Apartment::Close() {
-    endpoint_.reset();
+    End_Service();
     if (queue_->visitor.get() == this) queue_->visitor.reset();
     {
         const std::lock_guard guard(lock_);
@@ -96,6 +97,7 @@ bool Apartment::Next(Request &request) {
     if (requests_.empty()) return false;
     request = std::move(requests_.front());
     requests_.pop_front();
+    if (!requests_.empty()) eventfd_write(news_.Get(), 1); // for whoever waits in the call that comes now
     return true;
 }
 
@@ -138,6 +140,7 @@ void Apartment::Answer(Request &request) {
     } catch (const std::bad_alloc &) {
         result = E_OUTOFMEMORY;
     } catch (...) {
+        if (!std::current_exception()) throw; // no exception: the thread ends, and with it what it serves
     }
     if (result < 0) answer.body.clear();
     answer.header.result = result;
@@ -156,7 +159,7 @@ HRESULT Apartment::Carry_Out(Request &request, std::string &results) {
 
 HRESULT Apartment::Make_Object(const Request &request) {
     const auto registered = classes_.find(request.class_cookie);
-    if (registered == classes_.end()) return REGDB_E_CLASSNOTREG;
+    if (registered == classes_.end()) return RPC_E_DISCONNECTED; // revoked since the client connected
     if (objects_.contains(request.exchange)) return RPC_E_INVALID_DATA;
     const Reference<IUnknown> factory = Reference<IUnknown>::Another(registered->second.factory.Get());
     std::shared_ptr<ServedObject> made;

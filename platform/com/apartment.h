@@ -27,7 +27,9 @@ class Apartment final : public QueueVisitor, private ServerEndpoint::Receiver {
     void Messages_Are_Looked_For() override;
     /// Readable when some may have.
     int News() const { return news_.Get(); }
-    /// Nothing comes any more. The objects are let go.
+    /// Nothing comes any more, and none of the clients waits. The objects stay.
+    void End_Service() { endpoint_.reset(); }
+    /// The same, and the objects are let go.
     void Close();
 
   private:

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -79,13 +80,45 @@ std::vector<std::string> Names_In_List(const std::string &beginning) {
     return names;
 }
 
+void Remove_Name(const std::string &name) {
+    unlink((List_Folder() + "/" + name).c_str());
+}
+
+// In front of the name of a socket that does not listen yet.
+constexpr char Aside[] = "new";
+
+// Zero for a name of another shape.
+pid_t Maker_Of(const std::string &name_aside) {
+    constexpr std::size_t Class = sizeof Aside - 1 + 38;
+    int maker = 0;
+    if (name_aside.size() > Class) std::sscanf(name_aside.c_str() + Class, "-%*d.%*d-%d", &maker);
+    return maker;
+}
+
+// Of programs that were killed while they listed a class.
+void Remove_Names_Left_Aside() {
+    for (const std::string &name : Names_In_List(Aside)) {
+        const pid_t maker = Maker_Of(name);
+        if (maker > 0 && kill(maker, 0) != 0 && errno == ESRCH) unlink((List_Folder() + "/" + name).c_str());
+    }
+}
+
 enum class Answer { Connected, Nobody, Not_Now };
 
+// A forked child may keep its sockets open.
+bool Has_Server_Ended(const FileDescriptor &socket) {
+    errno = 0;
+    const FileDescriptor process = Process_Behind(socket.Get());
+    pollfd end = {process.Get(), POLLIN, 0};
+    return process ? poll(&end, 1, 0) > 0 : errno == ESRCH;
+}
+
 Answer Try_To_Connect(const std::string &name, const FileDescriptor &socket) {
-    if (Address(List_Folder(), name).Connect(socket.Get())) return Answer::Connected;
-    if (errno == EAGAIN) return Answer::Not_Now;
-    if (errno == ECONNREFUSED) unlink((List_Folder() + "/" + name).c_str());
-    return Answer::Nobody;
+    const bool connected = Address(List_Folder(), name).Connect(socket.Get());
+    if (!connected && errno == EAGAIN) return Answer::Not_Now;
+    const bool ended = connected ? Has_Server_Ended(socket) : errno == ECONNREFUSED;
+    if (ended) Remove_Name(name);
+    return connected && !ended ? Answer::Connected : Answer::Nobody;
 }
 
 // Empty when nobody is there any more, or takes no connection for too long.
@@ -114,7 +147,8 @@ ListedClass::ListedClass(FileDescriptor socket, std::string folder, const std::s
 std::shared_ptr<ListedClass> ListedClass::List(REFCLSID clsid) {
     const std::string folder = List_Folder();
     if (folder.empty()) return nullptr;
-    const std::string name = Text_Of(clsid) + Name_In_Order(), name_aside = "new" + name;
+    Remove_Names_Left_Aside();
+    const std::string name = Text_Of(clsid) + Name_In_Order(), name_aside = Aside + name;
     auto aside = std::make_shared<ListedClass>(FileDescriptor(), folder, name_aside);
     auto listed = std::make_shared<ListedClass>(New_Socket(), folder, name);
     for (int i = 0; i < Attempts && listed->socket_ && Make_List_Folder(); ++i) {

@@ -2,8 +2,9 @@
 // The classes that running programs offer: a socket each in a folder of the machine's own, which nobody but
 // its owner can enter. The name says the class and when it was listed, so that the first one is found first.
 //
-// A socket has its name only once it can be connected to: one that refuses belongs to a program that has
-// ended, and its name is taken away by whoever finds it.
+// A socket has its name only once it can be connected to: one that refuses, or answers for a process that is
+// no more, belongs to a program that has ended, and its name is taken away by whoever finds it. Until then it
+// has another name, which whoever lists a class takes away when the program has ended.
 
 #include <platform/com.h>
 #include <platform/kernel/file_descriptor.h>

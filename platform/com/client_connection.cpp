@@ -8,6 +8,8 @@
 #include <climits>
 #include <poll.h>
 
+static constexpr int Turn_Pause = 1; // milliseconds
+
 ClientConnection::ClientConnection(FileDescriptor socket)
     : socket_(std::move(socket)), process_(Process_Behind(socket_.Get())) {}
 
@@ -16,9 +18,21 @@ std::shared_ptr<ClientConnection> ClientConnection::Open(REFCLSID clsid) {
     return socket ? std::make_shared<ClientConnection>(std::move(socket)) : nullptr;
 }
 
+std::unique_lock<std::mutex> ClientConnection::Wait_For_Turn() {
+    const std::shared_ptr<Apartment> serving = Own_Apartment();
+    if (!serving) return std::unique_lock(lock_);
+    std::unique_lock turn(lock_, std::try_to_lock);
+    while (!turn.owns_lock()) {
+        pollfd news = {serving->News(), POLLIN, 0};
+        if (poll(&news, 1, Turn_Pause) > 0) serving->Messages_Are_Looked_For();
+        turn.try_lock();
+    }
+    return turn;
+}
+
 HRESULT ClientConnection::Call(const Frame &request, std::string &results, DWORD limit) {
     if (caller_.load(std::memory_order_relaxed) == gettid()) return RPC_E_CALL_REJECTED;
-    const std::lock_guard guard(lock_);
+    const std::unique_lock held = Wait_For_Turn();
     if (Is_Over()) return HRESULT_SERVER_UNAVAILABLE;
     // Over unless the exchange is complete: half of one cannot be gone on from.
     struct Turn {
@@ -64,7 +78,7 @@ HRESULT ClientConnection::Receive(Frame &answer, const Deadline &deadline) {
     }
 }
 
-// What the server said before its end counts, so the socket comes first.
+// What the server said before its end counts, so the socket comes first, and once more behind the end.
 ClientConnection::Moment ClientConnection::Wait_For(short events, const Deadline &deadline) {
     const std::shared_ptr<Apartment> serving = Own_Apartment();
     for (;;) {
@@ -77,7 +91,8 @@ ClientConnection::Moment ClientConnection::Wait_For(short events, const Deadline
         if (told < 0 && errno != EINTR) return Moment::Ended;
         if (told < 0) continue;
         if (waiting[0].revents != 0) return Moment::Ready;
-        if (waiting[1].revents != 0) return Moment::Ended;
+        if (waiting[1].revents != 0) return poll(waiting, 1, 0) > 0 ? Moment::Ready : Moment::Ended;
+        if (left == 0) return Moment::Too_Late; // however many clients of its own there are
         serving->Messages_Are_Looked_For();
     }
 }

@@ -1,5 +1,9 @@
 #pragma once
 // The client's end of a connection: one call at a time, from any thread. It is over when the server is.
+//
+// A thread that serves answers its own clients also while it waits for its turn, since the call before may
+// wait for it in turn. What such a client brings it to call on the same connection gets its turn first;
+// within the thread's own call on the connection there is no turn to be had.
 
 #include <platform/com/wire.h>
 #include <platform/kernel.h>
@@ -19,12 +23,14 @@ class ClientConnection {
 
     /// What the server answers, or HRESULT_SERVER_UNAVAILABLE when it had ended, HRESULT_CALL_FAILED when it
     /// ended meanwhile or answered with rubbish, CO_E_SERVER_EXEC_FAILURE when it took longer than `limit`,
-    /// RPC_E_CALL_REJECTED within a call of the same thread. May throw std::bad_alloc, which ends it.
+    /// RPC_E_CALL_REJECTED for a call nested in one of the same thread, which goes on. May throw
+    /// std::bad_alloc, which ends it.
     HRESULT Call(const Frame &request, std::string &results, DWORD limit = INFINITE);
     bool Is_Over() const { return over_.load(std::memory_order_acquire); }
 
   private:
     enum class Moment { Ready, Ended, Too_Late };
+    std::unique_lock<std::mutex> Wait_For_Turn();
     HRESULT Send(const Frame &request, const class Deadline &deadline);
     HRESULT Receive(Frame &answer, const class Deadline &deadline);
     Moment Wait_For(short events, const class Deadline &deadline);

@@ -3,6 +3,9 @@
 #include <platform/com.h>
 
 #include <atomic>
+#include <climits>
+#include <new>
+#include <pthread.h>
 #include <unistd.h>
 #include <utility>
 
@@ -28,6 +31,30 @@ struct ComThread {
 
 thread_local ComThread own;
 
+// A forked child has no endpoint's thread, and what is listed is not its own. What it inherited of that stays
+// lying; its use of COM goes on.
+void Begin_Anew_In_Child() {
+    alignas(std::shared_ptr<Apartment>) static char lying[sizeof(std::shared_ptr<Apartment>)];
+    new (lying) std::shared_ptr(std::move(own.apartment));
+    threads_in_use = own.count ? 1 : 0;
+}
+
+// When the first thread ends before its process, as by ExitThread: nobody would answer its clients, and the
+// endpoint's thread would keep the process. The host runs no other destructor for it then.
+void End_Service_Of_First_Thread(void *) {
+    if (own.apartment) own.apartment->End_Service();
+}
+
+void Note_Thread_Serves() {
+    static const pthread_key_t key = [] {
+        pthread_key_t made = PTHREAD_KEYS_MAX;
+        pthread_key_create(&made, End_Service_Of_First_Thread);
+        pthread_atfork(nullptr, nullptr, Begin_Anew_In_Child);
+        return made;
+    }();
+    if (gettid() == getpid()) pthread_setspecific(key, &own);
+}
+
 } // namespace
 
 bool Thread_Uses_Com() {
@@ -39,7 +66,9 @@ std::shared_ptr<Apartment> Own_Apartment() {
 }
 
 std::shared_ptr<Apartment> Own_Or_New_Apartment() {
-    if (!own.apartment) own.apartment = Apartment::Begin();
+    if (own.apartment) return own.apartment;
+    own.apartment = Apartment::Begin();
+    if (own.apartment) Note_Thread_Serves();
     return own.apartment;
 }
 

@@ -37,14 +37,17 @@ class RemoteFactory final : public IClassFactory {
   private:
     ~RemoteFactory() = default;
 
-    // A program that is about to end may still be listed; another may serve in its place.
+    // A program that is about to end, or has just revoked the class, may still be connected to; another may
+    // serve in its place. RPC_E_DISCONNECTED may be the class's own answer, and is believed the second time.
     HRESULT Create_Somewhere(REFIID iid, void **out) {
         HRESULT result = HRESULT_SERVER_UNAVAILABLE;
         for (int i = 0; i < Attempts; ++i) {
             const std::shared_ptr<ClientConnection> connection = Take_Connection();
-            if (!connection) return result;
+            if (!connection) return result == RPC_E_DISCONNECTED ? REGDB_E_CLASSNOTREG : result;
             result = RemoteObject::Create(connection, iid, out);
-            if (result != HRESULT_CALL_FAILED && result != HRESULT_SERVER_UNAVAILABLE) return result;
+            const bool revoked = result == RPC_E_DISCONNECTED && i == 0;
+            if (!revoked && result != HRESULT_CALL_FAILED && result != HRESULT_SERVER_UNAVAILABLE)
+                return result;
             Sleep(Pause);
         }
         return result;

@@ -59,7 +59,7 @@ class AnswerChannel final : public IRpcChannelBuffer {
 HRESULT ServedObject::Make(IUnknown *factory, REFIID iid, std::shared_ptr<ServedObject> &made) {
     Reference<IClassFactory> maker;
     if (const HRESULT result = factory->QueryInterface(IID_IClassFactory, maker.Fill_Any()); result < 0)
-        return result;
+        return (void)maker.Give(), result;
     Reference<IUnknown> object;
     const HRESULT result = maker->CreateInstance(nullptr, iid, object.Fill_Any());
     if (result < 0) return (void)object.Give(), result;

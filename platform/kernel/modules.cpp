@@ -86,9 +86,13 @@ void *Find_Export(HMODULE module, const char *name) {
     return address && Module_Around(address) == module ? address : nullptr;
 }
 
-// The host's own libraries carry a version behind their ending. They are no modules of the machine.
-bool Is_Host_Library(std::string_view path) {
-    return path.substr(path.rfind('/') + 1).find(".so.") != std::string_view::npos;
+// A library's version stands behind its ending. The host's libraries that have one are no modules of the
+// machine; this system's own are, by their name without it.
+std::string Module_File_Name(std::string_view path) {
+    const std::string_view file = path.substr(path.rfind('/') + 1);
+    const std::size_t version = file.find(".so.");
+    if (version == std::string_view::npos) return std::string(file);
+    return file.starts_with("libkelmara") ? std::string(file.substr(0, version + 3)) : std::string();
 }
 
 // Paths of all modules in the process, those that it was linked with too; the program is left out.
@@ -96,7 +100,7 @@ std::vector<std::string> Loaded_Paths() {
     std::vector<std::string> paths;
     const auto take = [](dl_phdr_info *info, std::size_t, void *context) {
         const char *path = info->dlpi_name;
-        if (*path && !Is_Host_Library(path))
+        if (*path && !Module_File_Name(path).empty())
             static_cast<std::vector<std::string> *>(context)->push_back(path);
         return 0;
     };
@@ -113,8 +117,8 @@ HostModule Find_Loaded_By_Bare_Name(const ModuleName &name) {
     const std::vector<std::string> paths = Loaded_Paths();
     for (const std::string &file : name.files) {
         for (const std::string &path : paths) {
-            const std::string leaf = path.substr(path.rfind('/') + 1);
-            if (Equal_Without_Case(Windows_Name_Of(leaf), file)) return Refer_To_Loaded(path.c_str());
+            if (Equal_Without_Case(Windows_Name_Of(Module_File_Name(path)), file))
+                return Refer_To_Loaded(path.c_str());
         }
     }
     return nullptr;

@@ -27,6 +27,7 @@ inline constexpr char Ten_Digit_Value[] = "Ten-Digit Dialling";
 inline constexpr char Entries_Value[] = "Entries";
 inline constexpr std::size_t Longest_Component_Name = sizeof(ComponentLocator::name) - 1;
 inline constexpr std::size_t Longest_Stored_Text = 4095;
+inline constexpr DWORD Largest_Read_Value = 65536; // bytes, of what others have stored
 
 /// The key of a component, below HKEY_LOCAL_MACHINE. Empty for a kind that there is not, and for what is no
 /// name: none, too long, with a backslash.
@@ -73,16 +74,24 @@ class StoredKey {
     /// 0, or why it is not open: E_INVALIDARG for an empty path, a code of the registry.
     long Error() const { return error_; }
 
-    /// 0 and the text; ERROR_FILE_NOT_FOUND for none, and `text` stays.
+    /// 0 when there is such a value, whatever it is; ERROR_FILE_NOT_FOUND for none.
+    long Find(unsigned long code) const {
+        DWORD type, size = 0;
+        return Query(code, type, nullptr, size);
+    }
+    /// 0 and the text, also one longer than Write takes; otherwise `text` stays: ERROR_FILE_NOT_FOUND for
+    /// none, ERROR_INVALID_DATA for what is no text or larger than Largest_Read_Value.
     long Read(unsigned long code, std::string &text) const {
-        if (error_ != 0) return error_;
-        char bytes[Longest_Stored_Text + 1];
-        DWORD size = sizeof bytes;
-        const long result = RegQueryValueExA(key_, Stored_Value_Name(code).c_str(), nullptr, nullptr,
-                                             reinterpret_cast<BYTE *>(bytes), &size);
-        if (result != ERROR_SUCCESS) return result;
-        text = std::string(bytes, size).c_str();
-        return 0;
+        std::string bytes(Longest_Stored_Text + 1, '\0');
+        for (;;) {
+            DWORD type = REG_NONE, size = static_cast<DWORD>(bytes.size());
+            const long result = Query(code, type, bytes.data(), size);
+            if (result != ERROR_SUCCESS && result != ERROR_MORE_DATA) return result;
+            const bool is_text = type == REG_SZ || type == REG_EXPAND_SZ;
+            if (!is_text || size > Largest_Read_Value) return ERROR_INVALID_DATA;
+            if (result == ERROR_SUCCESS) return text = bytes.substr(0, size).c_str(), 0;
+            bytes.resize(size);
+        }
     }
     /// 0 when it is on the disk. E_INVALIDARG for more than Longest_Stored_Text characters.
     long Write(unsigned long code, std::string_view text) const {
@@ -96,6 +105,12 @@ class StoredKey {
     }
 
   private:
+    long Query(unsigned long code, DWORD &type, char *bytes, DWORD &size) const {
+        if (error_ != 0) return error_;
+        return RegQueryValueExA(key_, Stored_Value_Name(code).c_str(), nullptr, &type,
+                                reinterpret_cast<BYTE *>(bytes), &size);
+    }
+
     HKEY key_ = nullptr;
     long error_ = 0;
 };

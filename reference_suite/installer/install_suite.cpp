@@ -2,6 +2,7 @@
 
 #include <reference_suite/installer/component_settings.h>
 #include <reference_suite/installer/installed_key.h>
+#include <reference_suite/installer/library_links.h>
 #include <reference_suite/installer/register_component.h>
 #include <reference_suite/installer/string_tables.h>
 #include <reference_suite/installer/suite_icon.h>
@@ -197,6 +198,7 @@ std::string Install_Suite(const std::string &module_folder) {
     std::string problem = Make_Folders();
     if (problem.empty()) problem = Copy_Companions(module_folder);
     if (problem.empty()) problem = Copy_Components(module_folder);
+    if (problem.empty()) problem = Link_Libraries(On_Host(Below_Root("Bin")));
     if (problem.empty()) problem = Copy_Content(module_folder + "/content");
     if (problem.empty())
         problem = Make_String_Tables(module_folder + "/content", On_Host(Below_Root("Localization")));

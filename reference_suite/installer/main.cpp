@@ -8,6 +8,19 @@
 #include <cstring>
 #include <filesystem>
 
+namespace {
+
+namespace fs = std::filesystem;
+
+// In the tree that built it the modules lie beside the program's folder, in a package below its libraries.
+fs::path Suite_Folder() {
+    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
+    const fs::path packaged = folder / INSTALLED_SUITE;
+    return fs::exists(packaged) ? packaged : folder.parent_path() / "suite";
+}
+
+} // namespace
+
 int main(int argc, char **argv) {
     if (argc > 1) {
         const bool help = std::strcmp(argv[1], "--help") == 0;
@@ -16,8 +29,7 @@ int main(int argc, char **argv) {
                      "Puts the suite on the machine in the folder that KELMARA_MACHINE names.\n");
         return help ? 0 : 2;
     }
-    const auto program = std::filesystem::read_symlink("/proc/self/exe");
-    const std::string problem = Install_Suite(program.parent_path().parent_path() / "suite");
+    const std::string problem = Install_Suite(Suite_Folder());
     if (!problem.empty()) {
         std::fprintf(stderr, "install_suite: %s\n", problem.c_str());
         return 1;

@@ -1,6 +1,6 @@
 #pragma once
 // A key below HKEY_LOCAL_MACHINE that a service has its settings in. Open while the object lives; what cannot
-// be read counts as not there.
+// be read counts as not there, but for want of memory: then std::bad_alloc is thrown.
 
 #include <platform/registry.h>
 
@@ -25,5 +25,8 @@ class RegistryKey {
     bool Set_Number(const char *name, DWORD number) const;
 
   private:
+    static bool Succeeded(LONG result);
+    LONG Query(const char *name, DWORD &type, void *data, DWORD &size) const;
+
     HKEY key_ = nullptr;
 };

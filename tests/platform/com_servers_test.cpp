@@ -1,9 +1,6 @@
 #include <platform/com_marshalling.h>
 
-#include <tests/platform/com_service_object.h>
-#include <tests/support/built_modules.h>
-#include <tests/support/registry_verbs.h>
-#include <tests/support/second_process.h>
+#include <tests/platform/com_servers.h>
 
 #include <platform/kernel.h>
 #include <platform/user.h>
@@ -12,18 +9,11 @@
 #include <filesystem>
 #include <memory>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 
 namespace {
-
-DWORD Register(REFCLSID clsid = CLSID_TestService) {
-    DWORD cookie = 0;
-    EXPECT_EQ(CoRegisterClassObject(clsid, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie), S_OK);
-    return cookie;
-}
 
 void Run_Messages() {
     MSG message;
@@ -62,58 +52,6 @@ SECOND_PROCESS(forgetful_client) {
 }
 
 namespace {
-
-struct ComServers : MachineTest {
-    void SetUp() override {
-        MachineTest::SetUp();
-        TestKey("CLSID\\{5B0A3A10-77C1-4D0E-9122-3F5E016C2012}\\InProcServer32", HKEY_CLASSES_ROOT)
-            .Set("", "z:" + Test_Module("com_proxy"));
-        for (const char *iid :
-             {"{5B0A3A10-77C1-4D0E-9122-3F5E016C2013}", "{5B0A3A10-77C1-4D0E-9122-3F5E016C2014}"}) {
-            TestKey("Interface\\" + std::string(iid) + "\\ProxyStubClsid32", HKEY_CLASSES_ROOT)
-                .Set("", "{5B0A3A10-77C1-4D0E-9122-3F5E016C2012}");
-        }
-        CoInitialize(nullptr);
-    }
-    void TearDown() override {
-        CoUninitialize();
-        MachineTest::TearDown();
-    }
-
-    template <class Interface>
-    static HRESULT Create(REFIID iid, Interface *&made, REFCLSID clsid = CLSID_TestService) {
-        made = reinterpret_cast<Interface *>(1);
-        const HRESULT result =
-            CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, iid, reinterpret_cast<void **>(&made));
-        EXPECT_EQ(result == S_OK, made != nullptr);
-        return result;
-    }
-    static std::string Ask(ITestService *service, const char *word) {
-        static char answer[1 << 20];
-        answer[0] = 0;
-        const long result = service->Do(const_cast<char *>(word), answer, sizeof answer);
-        return result == static_cast<long>(std::strlen(word)) ? answer : "(" + std::to_string(result) + ")";
-    }
-    static HRESULT Result(ITestService *service, const char *word) {
-        char answer[16];
-        return service->Do(const_cast<char *>(word), answer, sizeof answer);
-    }
-    // As soon as the server has come to it.
-    static void Expect_Living(ITestService *service, const std::string &count) {
-        for (int i = 0; i < 500 && Ask(service, "living") != count; ++i) Sleep(10);
-        EXPECT_EQ(Ask(service, "living"), count);
-    }
-    std::filesystem::path Class_Socket() const {
-        char folder[128];
-        struct stat status;
-        EXPECT_EQ(stat(machine.Folder().c_str(), &status), 0);
-        std::snprintf(folder, sizeof folder, "/dev/shm/kelmara-%u-%llx-%llx-%s/classes",
-                      static_cast<unsigned>(geteuid()), static_cast<unsigned long long>(status.st_dev),
-                      static_cast<unsigned long long>(status.st_ino),
-                      machine.Read("machine.id").substr(0, 32).c_str());
-        return std::filesystem::directory_iterator(folder)->path();
-    }
-};
 
 TEST_F(ComServers, AnswerOnTheirThreadAndKeepAnObjectsIdentity) {
     SecondProcess server("service");

@@ -12,7 +12,7 @@
 #include <string>
 #include <unistd.h>
 
-std::atomic<long> living{0};                   // objects of the service in this process
+inline std::atomic<long> living{0};            // objects of the service in this process
 inline ITestService *busy_elsewhere = nullptr; // what this process waits for
 
 class Service final : public ITestService, public ITestNumber {
@@ -44,6 +44,9 @@ class Service final : public ITestService, public ITestNumber {
         if (word == "throw") throw 1;
         if (word == "much") std::fill_n(answer, 900000, 'm'), answer[900000] = 0;
         if (word == "sleep") Sleep(1000);
+        if (word == "fork") std::snprintf(answer, static_cast<std::size_t>(size), "%d", Forked());
+        if (word == "leave") ExitThread(0);
+        if (word == "back") return Call_Back();
         if (word == "again") return busy_elsewhere->Do(asked, answer, size);
         return static_cast<long>(word.size());
     }
@@ -51,6 +54,24 @@ class Service final : public ITestService, public ITestNumber {
 
   private:
     ~Service() { --living; }
+    // A child that lets go of COM and stays.
+    static pid_t Forked() {
+        const pid_t child = fork();
+        if (child == 0) CoUninitialize(), pause();
+        Sleep(50);
+        return child;
+    }
+    // To who serves under the other class.
+    static long Call_Back() {
+        void *made = nullptr;
+        const HRESULT result =
+            CoCreateInstance(CLSID_TestProxy, nullptr, CLSCTX_LOCAL_SERVER, IID_ITestNumber, &made);
+        if (result < 0) return result;
+        auto *const number = static_cast<ITestNumber *>(made);
+        const long answer = number->Number();
+        number->Release();
+        return answer;
+    }
     ULONG count_ = 1;
 };
 

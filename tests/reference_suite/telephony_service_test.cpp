@@ -7,6 +7,7 @@
 #include <reference_suite/services/telephony/telephony_service.h>
 
 #include <tests/support/built_modules.h>
+#include <tests/support/new_failures.h>
 #include <tests/support/registry_verbs.h>
 #include <tests/support/replaced_import.h>
 
@@ -165,6 +166,33 @@ TEST_F(Services, ServeTheLibrary) {
     EXPECT_STREQ(dialable, "T*70,5551212");
     Create_Dial_Number(("+1 " + std::string(210, '5')).c_str(), "Home", dialable, displayable);
     EXPECT_STREQ(dialable, "") << "it does not fit into the record";
+}
+
+TEST_F(Services, TellWantOfMemoryFromWhatIsNotThere) {
+    TestKey(Settings + "Remote Access\\Devices\\1", HKEY_LOCAL_MACHINE).Set("Name", "Adapter");
+    unsigned long failures = 0;
+    const auto sweep = [&](DWORD no_memory, auto step) {
+        for (DWORD result = no_memory, nth = 1; result != 0; ++nth) {
+            allocations_until_failure = nth;
+            result = step();
+            allocations_until_failure = 0;
+            ASSERT_TRUE(result == 0 || result == no_memory) << result << " at allocation " << nth;
+            failures += result != 0;
+        }
+    };
+    sweep(static_cast<DWORD>(LINEERR_NOMEM), [&] {
+        const LONG result = Translate("+1 (206) 555-1212");
+        EXPECT_TRUE(result != 0 || Text(output->dwDialableStringOffset) == "T*70,5551212");
+        return static_cast<DWORD>(result);
+    });
+    sweep(ERROR_NOT_ENOUGH_MEMORY, [&] {
+        RASDEVINFOA found = {};
+        DWORD size = found.dwSize = sizeof found, count = 0;
+        const DWORD result = list_devices(&found, &size, &count);
+        EXPECT_TRUE(result != 0 || found.szDeviceName == std::string("Adapter"));
+        return result;
+    });
+    EXPECT_GT(failures, 20u);
 }
 
 TEST_F(Services, ListTheDevicesOfRemoteAccess) {

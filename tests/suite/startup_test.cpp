@@ -163,6 +163,21 @@ TEST_F(SuiteServerTest, IsStartedAndKeepsSettings) {
     EXPECT_EQ(Read(server, code), "0 7 Office");
     EXPECT_EQ(server->Write_Setting(code, std::string(4096, 'x').data(), 4096), E_INVALIDARG);
 
+    const TestKey settings(Settings_Key, HKEY_LOCAL_MACHINE);
+    const struct {
+        std::string stored;
+        DWORD type;
+        const char *read;
+    } others[] = {{std::string(5000, 'x') + '\0', REG_SZ, "234 5001 "},
+                  {"%x%", REG_EXPAND_SZ, "0 4 %x%"},
+                  {"four", REG_DWORD, "13 1 "},
+                  {std::string(70000, 'x'), REG_SZ, "13 1 "}};
+    for (const auto &[stored, type, read] : others) {
+        settings.Set(Stored_Value_Name(code), stored, type);
+        EXPECT_EQ(Read(server, code), read);
+        EXPECT_EQ(server->Update_Setting(code, home, 5, 0), 0) << read;
+        EXPECT_EQ(Read(server, code), "0 5 Home");
+    }
     server->Release();
 }
 

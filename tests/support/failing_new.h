@@ -2,12 +2,10 @@
 // The test program's own operator new, which every module in it shares, failing when told to. To be included
 // by one file of a program.
 
+#include <tests/support/new_failures.h>
+
 #include <cstdlib>
 #include <new>
-
-/// Of this thread: 1 is the next; 0: none fails.
-inline thread_local unsigned long allocations_until_failure = 0;
-inline thread_local bool fails_for_ever = false;
 
 inline bool Must_Fail() {
     if (allocations_until_failure == 0) return false;

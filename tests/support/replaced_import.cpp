@@ -47,9 +47,15 @@ struct Imports {
     }
 };
 
+// With or without the version that its file's name may end in.
+bool Is_Named(const std::string &path, const std::string &module) {
+    const std::string file = path.substr(path.rfind('/') + 1);
+    return file == module || file.starts_with(module + ".");
+}
+
 int Find_In_Module(dl_phdr_info *module, std::size_t, void *context) {
     auto &search = *static_cast<Search *>(context);
-    if (!std::string(module->dlpi_name).ends_with("/" + search.module)) return 0;
+    if (!Is_Named(module->dlpi_name, search.module)) return 0;
     for (int i = 0; i < module->dlpi_phnum; ++i) {
         const ElfW(Phdr) &segment = module->dlpi_phdr[i];
         if (segment.p_type != PT_DYNAMIC) continue;

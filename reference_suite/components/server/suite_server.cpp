@@ -15,9 +15,8 @@ long Store(Opening opening, unsigned long code, const char *text, long size) {
     if (!text || size < 0) return E_INVALIDARG;
     const std::string_view setting(text, strnlen(text, static_cast<std::size_t>(size)));
     const StoredKey settings(Settings_Key, opening);
-    std::string before;
     if (opening == Opening::If_There) {
-        if (const long result = settings.Read(code, before); result != 0) return result;
+        if (const long result = settings.Find(code); result != 0) return result;
     }
     return settings.Write(code, setting);
 }

@@ -31,9 +31,10 @@ class SuiteServer final : public IServerInterface, public IServerSimpleAccessInt
     /// `*size` out counts the terminator, as the sizes of Write_Setting and Update_Setting may; they take the
     /// text up to its terminator or that many bytes. A setting that there is not is ERROR_FILE_NOT_FOUND and
     /// an empty text of size 1; one that does not fit is ERROR_MORE_DATA, an empty text, and the size needed.
+    /// What others have stored and is no text, or larger than 65,536 bytes, is ERROR_INVALID_DATA.
     long Read_Setting(unsigned long code, char *buffer, long *size) override;
     long Write_Setting(unsigned long code, char *text, long size) override;
-    /// Only of a setting that is there: ERROR_FILE_NOT_FOUND otherwise.
+    /// Only of a setting that is there, readable or not: ERROR_FILE_NOT_FOUND otherwise.
     long Update_Setting(unsigned long code, char *text, long size, long zero) override;
 
   private:

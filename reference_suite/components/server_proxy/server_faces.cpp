@@ -4,15 +4,22 @@
 
 #include <reference_suite/components/server/suite_server.h>
 
+#include <algorithm>
+
 long ServerFace::Find_Component(long kind, char *name, ComponentLocator *out) {
     if (!out) return E_INVALIDARG;
+    *out = {};
     MessageWriter arguments;
     arguments.Put(kind);
     arguments.Put_Text(name);
     long answer = 0;
     const HRESULT result = Call(Slot_Find_Component, arguments, [&](MessageReader &results) {
         answer = results.Get();
-        results.Get_Record(*out);
+        ComponentLocator found;
+        results.Get_Record(found);
+        if (!results.Is_Whole()) return;
+        found.name[sizeof found.name - 1] = 0;
+        *out = found;
     });
     return result < 0 ? result : answer;
 }
@@ -44,9 +51,13 @@ long ServerSettingsFace::Read_Setting(unsigned long code, char *buffer, long *si
     long answer = 0;
     const HRESULT result = Call(Slot_Read_Setting, arguments, [&](MessageReader &results) {
         answer = results.Get();
-        *size = results.Get();
-        const char *const text = results.Get_Text();
-        if (std::strlen(text) < static_cast<std::size_t>(room)) std::strcpy(buffer, text);
+        const long needed = results.Get();
+        std::string_view text = results.Get_Text();
+        if (!results.Is_Whole()) return;
+        if (text.size() >= static_cast<std::size_t>(room)) text = "";
+        std::memcpy(buffer, text.data(), text.size());
+        buffer[text.size()] = 0;
+        *size = answer == ERROR_MORE_DATA ? std::max(needed, 1L) : static_cast<long>(text.size()) + 1;
     });
     return result < 0 ? result : answer;
 }
@@ -62,7 +73,7 @@ long ServerSettingsFace::Write_Setting(unsigned long code, char *text, long size
 }
 
 long ServerSettingsFace::Update_Setting(unsigned long code, char *text, long size, long zero) {
-    if (!Is_Setting(code, text, size)) return E_INVALIDARG;
+    if (!text || size < 0) return E_INVALIDARG;
     MessageWriter arguments;
     Put_Setting(arguments, code, text, size);
     arguments.Put(zero);

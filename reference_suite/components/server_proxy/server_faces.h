@@ -1,5 +1,6 @@
 #pragma once
-// The suite server's interfaces as a client has them.
+// The suite server's interfaces as a client has them. When the server cannot be reached, or what it answers
+// makes no sense, a locator is cleared and a setting an empty text of size 1.
 
 #include <reference_suite/components/marshalling/proxies.h>
 

@@ -1,0 +1,21 @@
+# Run by `cmake --install`: from headers_from to headers_to go kelmara/kelmara.h, the machine's public headers, and
+# all of ours that these include.
+cmake_policy(VERSION 3.25)
+file(GLOB waiting RELATIVE "${headers_from}" "${headers_from}/platform/*.h")
+list(APPEND waiting kelmara/kelmara.h)
+set(public "")
+while(waiting)
+  list(POP_FRONT waiting header)
+  if(header IN_LIST public)
+    continue()
+  endif()
+  list(APPEND public "${header}")
+  file(STRINGS "${headers_from}/${header}" included REGEX "^ *# *include <(kelmara|platform)/")
+  list(TRANSFORM included REPLACE "^[^<]*<([^>]+)>.*" "\\1")
+  list(APPEND waiting ${included})
+endwhile()
+
+foreach(header IN LISTS public)
+  get_filename_component(folder "${header}" DIRECTORY)
+  file(INSTALL DESTINATION "${headers_to}/${folder}" TYPE FILE FILES "${headers_from}/${header}")
+endforeach()
