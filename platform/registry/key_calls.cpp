@@ -5,6 +5,7 @@
 #include <platform/registry/file_time.h>
 
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -20,6 +21,22 @@ LONG Open_Key(HKEY parent, LPCSTR path, DWORD access, HKEY *key) {
         return Open_Key_Handle(found->number, reading.Machine(), access, key);
     });
 }
+
+/// A key's handle, closed unless it is given on.
+class NewHandle {
+  public:
+    NewHandle() = default;
+    ~NewHandle() {
+        if (handle_) Close_Handle_Of_Kind(handle_, ObjectKind::RegistryKey);
+    }
+    NewHandle(const NewHandle &) = delete;
+    NewHandle &operator=(const NewHandle &) = delete;
+    HKEY *Place() { return &handle_; }
+    HKEY Give() { return std::exchange(handle_, nullptr); }
+
+  private:
+    HKEY handle_ = nullptr;
+};
 
 // Records that make what is missing of the path below `from`; the number of its last key in `last`.
 std::vector<RegistryRecord> Missing_Keys(const KeyTree &tree, RegistryKey &from, LPCSTR path,
@@ -46,8 +63,12 @@ LONG Make_And_Open_Key(HKEY parent, LPCSTR path, LPCSTR class_name, DWORD access
             Missing_Keys(writing.Tree(), from, path, class_name, &last);
         if (missing.size() > Last_Key - writing.Tree().First_Free()) return ERROR_NOT_ENOUGH_MEMORY;
         *disposition = missing.empty() ? REG_OPENED_EXISTING_KEY : REG_CREATED_NEW_KEY;
+        // The handle first: once the keys are made nothing may fail.
+        NewHandle handle;
+        if (const LONG error = Open_Key_Handle(last, writing.Machine(), access, handle.Place())) return error;
         if (const LONG error = missing.empty() ? ERROR_SUCCESS : writing.Commit(missing)) return error;
-        return Open_Key_Handle(last, writing.Machine(), access, key);
+        *key = handle.Give();
+        return ERROR_SUCCESS;
     });
 }
 

@@ -15,6 +15,7 @@
 #include <reference_suite/installer/icon_file.h>
 #include <tests/modules/com_class.h>
 #include <tests/support/failing_new.h>
+#include <tests/support/fault_points.h>
 #include <tests/support/file_verbs.h>
 #include <tests/support/test_machine.h>
 
@@ -536,17 +537,14 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
     for (const Call &call : calls) {
         ASSERT_TRUE(call.succeeds()) << call.name; // what it needs once is there now
         const unsigned long handles = Open_Handle_Count();
-        for (const bool for_ever : {false, true}) {
-            unsigned long at = 1;
-            while (Run_With_Failure(call, at, for_ever)) ++at;
-            points += at - 1;
-        }
+        points +=
+            Each_Fault([&](unsigned long at, bool for_ever) { return Run_With_Failure(call, at, for_ever); });
         EXPECT_EQ(Open_Handle_Count(), handles) << call.name;
         EXPECT_TRUE(call.succeeds()) << call.name << " no longer works";
     }
     CloseHandle(seen);
     EXPECT_FALSE(failed_load_left_a_module);
-    RecordProperty("fault_points", static_cast<int>(points));
+    Print_Figure("fault points in calls of the machine", points);
     EXPECT_GT(points, 100u);
 }
 

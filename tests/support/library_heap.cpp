@@ -6,7 +6,7 @@ namespace {
 
 struct Watch {
     std::vector<std::pair<std::size_t, void *>> live;
-    long until_failure = 0;
+    long until_failure = 0, refused = 0;
     bool for_ever = false;
 };
 
@@ -15,6 +15,7 @@ Watch *watch = nullptr;
 bool Is_Refused() {
     if (watch->until_failure == 0 || --watch->until_failure > 0) return false;
     watch->until_failure = watch->for_ever ? 1 : 0;
+    ++watch->refused;
     return true;
 }
 
@@ -64,6 +65,11 @@ LibraryHeap::~LibraryHeap() {
 void LibraryHeap::Fail(long nth, bool for_ever) {
     watch->until_failure = nth;
     watch->for_ever = for_ever;
+    watch->refused = 0;
+}
+
+long LibraryHeap::Refused() {
+    return watch->refused;
 }
 
 std::vector<char *> LibraryHeap::Blocks(std::size_t size) {

@@ -13,6 +13,8 @@ class LibraryHeap {
 
     /// The n-th request from now (1 is the next) fails, and all after it if `for_ever`; 0: none does.
     void Fail(long nth, bool for_ever = false);
+    /// Requests that failed since the last Fail.
+    static long Refused();
     /// Of the blocks given out since the start and not released: those of that size, in order, and how many.
     static std::vector<char *> Blocks(std::size_t size);
     static long Live_Blocks();

@@ -1,4 +1,5 @@
 #include <tools/content/json_list.h>
+#include <tools/output.h>
 
 namespace tools {
 

@@ -4,6 +4,7 @@
 #include <tools/ltx/table_image.h>
 #include <tools/ltx/text_reader.h>
 #include <tools/progress.h>
+#include <tools/output.h>
 
 #include <algorithm>
 

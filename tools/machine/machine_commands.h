@@ -1,6 +1,9 @@
 #pragma once
 // `kelmara machine`: making, describing, copying and checking a machine.
 
+#include <string>
+#include <vector>
+
 namespace tools {
 
 class CommandTree;

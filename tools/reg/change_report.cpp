@@ -2,6 +2,7 @@
 #include <tools/reg/change.h>
 #include <tools/reg/text_writer.h>
 #include <tools/reg/value_form.h>
+#include <tools/output.h>
 
 namespace tools::reg {
 

@@ -4,6 +4,7 @@
 #include <tools/reg/plan.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tools::reg {
 

@@ -5,10 +5,12 @@
 #include <tools/reg/open_key.h>
 #include <tools/reg/reg_commands.h>
 #include <tools/reg/value_form.h>
+#include <tools/output.h>
 
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace tools::reg {
 

@@ -3,6 +3,7 @@
 #include <tools/tables/machine_view.h>
 #include <tools/tables/shared_images.h>
 #include <tools/tables/views.h>
+#include <tools/output.h>
 
 #include <kelmara/shared_state/atom_table.h>
 

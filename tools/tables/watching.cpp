@@ -4,6 +4,7 @@
 #include <tools/interruption.h>
 #include <tools/json.h>
 #include <tools/machine_choice.h>
+#include <tools/output.h>
 
 #include <platform/machine.h>
 

@@ -1,0 +1,33 @@
+#pragma once
+// The one loop of all fault sweeps, and what they print.
+//
+//     points += Each_Fault([&](unsigned long at, bool for_ever) { return Try_With_Failure(at, for_ever); });
+
+#include <cstdio>
+#include <cstdlib>
+
+/// At the size of a test that runs with all others, or at the full one of ./dev faults.
+inline bool At_Full_Size() {
+    return std::getenv("KELMARA_FULL_FAULTS") != nullptr;
+}
+
+/// Calls `attempt(at, for_ever)`, which makes the at-th of something fail (1 is the first), alone or with all
+/// after it, until the fault is no longer met, which `attempt` answers with false. The faults that were.
+template <class Attempt>
+unsigned long Each_Fault(Attempt attempt) {
+    unsigned long points = 0;
+    for (const bool for_ever : {false, true}) {
+        for (unsigned long at = 1; attempt(at, for_ever); ++at) ++points;
+    }
+    return points;
+}
+
+/// Every how manieth of `count` things is tried: `few` of them in all, or at full size each.
+inline unsigned long Stride(unsigned long count, unsigned long few) {
+    return At_Full_Size() || count <= few ? 1 : count / few;
+}
+
+inline void Print_Figure(const char *name, unsigned long number) {
+    std::printf("%s: %lu\n", name, number);
+    std::fflush(stdout);
+}
