@@ -13,6 +13,7 @@
 #include <tools/ltx/merge.h>
 #include <tools/ltx/table_image.h>
 #include <tools/ltx/table_text.h>
+#include <tools/output.h>
 
 #include <chrono>
 #include <csignal>

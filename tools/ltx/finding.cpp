@@ -1,7 +1,7 @@
 #include <tools/json.h>
-#include <tools/output.h>
 #include <tools/ltx/finding.h>
 #include <tools/ltx/string_line.h>
+#include <tools/output.h>
 
 namespace tools::ltx {
 

@@ -1,9 +1,9 @@
 #pragma once
 // `kelmara ltx`: string tables from and to text, looked at, edited, checked, and carried to a new source.
 
-namespace tools {
+#include <tools/command.h>
 
-class CommandTree;
+namespace tools {
 
 void Add_Ltx(CommandTree &tree);
 

@@ -3,8 +3,8 @@
 #include <tools/ltx/strings_file.h>
 #include <tools/ltx/table_image.h>
 #include <tools/ltx/text_reader.h>
-#include <tools/progress.h>
 #include <tools/output.h>
+#include <tools/progress.h>
 
 #include <algorithm>
 

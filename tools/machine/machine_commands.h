@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <tools/failure.h>
+
 namespace tools {
 
 class CommandTree;

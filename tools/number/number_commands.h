@@ -1,9 +1,9 @@
 #pragma once
 // number: canonical telephone numbers in their fields, and what is dialled for them.
 
-namespace tools {
+#include <tools/command.h>
 
-class CommandTree;
+namespace tools {
 
 void Add_Number(CommandTree &tree);
 void Add_Number_Parse(CommandTree &tree, CLI::App *number);

@@ -1,8 +1,8 @@
 #include <tools/json.h>
+#include <tools/output.h>
 #include <tools/reg/change.h>
 #include <tools/reg/text_writer.h>
 #include <tools/reg/value_form.h>
-#include <tools/output.h>
 
 namespace tools::reg {
 

@@ -1,11 +1,11 @@
 #include <tools/command.h>
 #include <tools/json.h>
 #include <tools/machine_choice.h>
+#include <tools/output.h>
 #include <tools/progress.h>
 #include <tools/reg/open_key.h>
 #include <tools/reg/reg_commands.h>
 #include <tools/reg/value_form.h>
-#include <tools/output.h>
 
 #include <algorithm>
 #include <memory>

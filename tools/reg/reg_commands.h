@@ -1,9 +1,9 @@
 #pragma once
 // `kelmara reg`: looks at the machine's registry, changes it, and carries parts of it as text.
 
-namespace tools {
+#include <tools/command.h>
 
-class CommandTree;
+namespace tools {
 
 void Add_Reg(CommandTree &tree);
 

@@ -1,7 +1,7 @@
 #include <tools/failure.h>
 #include <tools/json.h>
-#include <tools/reg/value_form.h>
 #include <tools/output.h>
+#include <tools/reg/value_form.h>
 
 #include <platform/registry.h>
 

@@ -1,9 +1,9 @@
 #include <tools/json.h>
+#include <tools/output.h>
 #include <tools/tables/columns.h>
 #include <tools/tables/machine_view.h>
 #include <tools/tables/shared_images.h>
 #include <tools/tables/views.h>
-#include <tools/output.h>
 
 #include <kelmara/shared_state/instances.h>
 
