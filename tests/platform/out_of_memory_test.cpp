@@ -428,6 +428,7 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
     char text[MAX_PATH];
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof version;
+    const std::string copy = machine.Path("copy");
     const Call calls[] = {
         {"attributes", [] { return GetFileAttributesA("c:\\") != INVALID_FILE_ATTRIBUTES; }},
         {"set attributes", [] { return SetFileAttributesA("c:\\kept.txt", FILE_ATTRIBUTE_NORMAL) != FALSE; }},
@@ -512,7 +513,7 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
              MachineRegistry registry;
              return With_Code(Look_At_Registry(&registry));
          }},
-        {"registry copied", [&] { return With_Code(Copy_Registry(machine.Path("copy").c_str())); }},
+        {"registry copied", [&] { return With_Code(Copy_Registry(copy.c_str())); }},
         {"registry mended", [] { return With_Code(Mend_Registry()); }},
         {"paths",
          [&] {
