@@ -9,7 +9,7 @@ from generated import keep
 
 DIFFERENCES = pathlib.Path(__file__).with_name("machine-differences.txt")
 # What is no call of Windows, but the machine's own.
-OWN_HEADERS = ["platform/machine.h"]
+OWN_HEADERS = ["platform/machine.h", "platform/machine_contents.h"]
 
 HEAD = """# The calls of the machine
 

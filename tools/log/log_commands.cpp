@@ -193,6 +193,14 @@ void Add_Log(CommandTree &tree) {
     log->add_flag("--messages", options->only_messages, "no entries")->excludes(entries)->excludes(once);
     log->add_flag("--json", options->json, "as JSON, each on a line of its own");
     tree.Does(log, [options] { return Show_Log(*options); });
+    tree.Tells(
+        log, "OUTPUT",
+        "Entries come from log.html in the suite's root folder. Messages are heard by way of the suite's "
+        "log companion, as its other listeners do, from the command's start on: those sent before "
+        "are nowhere kept. Hearing takes one of the 64 places for listeners.");
+    tree.Tells(log, "EXAMPLES",
+               "    kelmara log --once --json | jq -r .text\n"
+               "    kelmara log --messages --code 0x8002 --code CONN");
 }
 
 } // namespace tools

@@ -31,6 +31,11 @@ void Add_Check(CommandTree &tree, CLI::App *machine) {
     check->add_flag("--repair", options->repair, "mends what can be mended without loss, and says what");
     check->add_flag("--json", options->json, "as JSON");
     tree.Does(check, [options] { return Check_Machine(*options); });
+    tree.Tells(check, "WHAT IT LOOKS AT",
+               "The lines of machine.conf; shared memory of another layout; classes of programs that have "
+               "ended; the atom table and the records of running programs; working files of commands that "
+               "were killed; the registry's file. With --repair damaged bytes leave the registry's file, and "
+               "the old file stays beside it. Settings and damaged tables are left to the user.");
 }
 
 } // namespace
@@ -50,6 +55,11 @@ void Add_Machine(CommandTree &tree) {
         tree.Add("clone", "copies the machine to a new folder, also while it is in use", machine);
     clone->add_option("FOLDER", *target, "the new machine's; nothing may be there yet")->required();
     tree.Does(clone, [target] { return Clone_Machine(*target); });
+    tree.Tells(
+        clone, "WHAT IS COPIED",
+        "Drives, settings and the registry as it is at that moment. Each file is copied as it stood at "
+        "one moment; one that goes on changing is named on standard error. Drives that are links to "
+        "other folders stay links. The copy has a number of its own, so that the two share nothing.");
 
     Add_Check(tree, machine);
 }
