@@ -2,6 +2,7 @@
 #include <tools/content/passing_file.h>
 #include <tools/content/template_fields.h>
 #include <tools/content/template_tokens.h>
+#include <tools/content/text_lines.h>
 #include <tools/failure.h>
 #include <tools/files.h>
 #include <tools/machine_choice.h>
@@ -32,9 +33,7 @@ Variables Read_Variables(const std::vector<std::string> &written) {
     Variables variables;
     for (const std::string &each : written) {
         const std::size_t equals = each.find('=');
-        std::string name = each.substr(0, equals);
-        for (char &c : name)
-            if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+        const std::string name = In_Capitals(each.substr(0, equals));
         if (equals == each.npos || name.empty() || name.size() > Longest_Name || name.find('^') != name.npos)
             throw Failure(Exit_Unusable, "--var " + each +
                                              ": wants NAME=VALUE, the name without \"^\" and of at "

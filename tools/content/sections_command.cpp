@@ -18,12 +18,6 @@ struct SectionOptions {
     bool keep_quotes = false, json = false;
 };
 
-std::string In_Capitals(std::string name) {
-    for (char &c : name)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return name;
-}
-
 /// Which items of a section cannot be found by their name, because of earlier ones.
 class HiddenItems {
   public:
