@@ -24,6 +24,11 @@ PLATFORM_API bool Enter_Machine(const char *folder);
 /// yet counts if it is there, whole and this user's; otherwise 0, and nothing is made and nothing said.
 PLATFORM_API unsigned long Machine_In_Force();
 
+/// Gives up what this process has open by name: what nobody else has is gone from the machine, as it is at a
+/// process's end. Handles stay usable, but a name leads to what this process had under it. For a process that
+/// is about to end by a signal, and for one that only looks on.
+PLATFORM_API void Leave_Machine();
+
 /// Deletes the machine in that folder with everything that it has. Nobody may be on it any more, this process
 /// included: what it still holds of the machine dies. False and no change for a folder that is no machine of
 /// this user.
@@ -50,6 +55,12 @@ PLATFORM_API bool Host_Path(const char *windows_path, char *out, unsigned long s
 /// The way back. What lies on no other drive is on z:. What code page 1252 does not have becomes '?', and so
 /// does what no Windows name can have; such a path does not lead back.
 PLATFORM_API bool Windows_Path(const char *host_path, char *out, unsigned long size);
+
+/// The path of an open registry key with the names as they are stored: "HKEY_LOCAL_MACHINE\Software\Classes",
+/// also for HKEY_CLASSES_ROOT, which is the same key. `*size` in: the buffer's size; out: characters without
+/// the terminator. A code as the registry's calls give; ERROR_MORE_DATA leaves the buffer as it was and
+/// `*size` what is needed, terminator included.
+PLATFORM_API LONG Registry_Key_Path(HKEY key, char *path, DWORD *size);
 
 /// Answers message boxes instead of standard error; null restores that. `context` is handed through.
 using MessageBoxHandler = int (*)(HWND owner, const char *text, const char *caption, UINT style,

@@ -44,16 +44,16 @@ int CommandTree::Run(int argc, const char *const *argv) {
     }
     Note_Interruptions();
     Use_Own_Memory();
-    Choose_Machine(machine_);
     try {
-        return Run_Chosen();
+        return Run_Chosen(argv);
     } catch (const Interrupted &interrupted) {
         End_By(interrupted.signal);
     }
 }
 
-int CommandTree::Run_Chosen() {
+int CommandTree::Run_Chosen(const char *const *argv) {
     try {
+        Choose_Machine(machine_, argv);
         const ExitCode code = chosen_();
         Flush_Output();
         return code;

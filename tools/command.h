@@ -46,7 +46,7 @@ class CommandTree {
     int Run(int argc, const char *const *argv);
 
   private:
-    int Run_Chosen();
+    int Run_Chosen(const char *const *argv);
 
     CLI::App root_;
     std::function<ExitCode()> chosen_;

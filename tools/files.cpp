@@ -79,6 +79,13 @@ void Require_Writable(const std::string &path, const std::string &name, struct s
     if (*there && access(path.c_str(), W_OK) != 0) Fail_On(name, errno);
 }
 
+/// A device or a pipe takes what is written to it, and stays what it is.
+void Write_Through(const std::string &path, const std::string &content, const std::string &name) {
+    const OpenFile file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (file.Descriptor() < 0) Fail_On(name, errno);
+    Write_All(file.Descriptor(), content, name);
+}
+
 /// The whole content at `path`, where nothing is yet. A failure leaves nothing.
 void Write_New_File(const std::string &path, const std::string &content, const std::string &name) {
     CKMFile file;
@@ -148,6 +155,7 @@ void Replace_File(const std::string &name, const std::string &content) {
     struct stat before = {};
     bool there = false;
     Require_Writable(target, name, &before, &there);
+    if (there && !S_ISREG(before.st_mode)) return Write_Through(target, content, name);
     const std::string work = target + ".new" + std::to_string(getpid());
     Write_New_File(work, content, name);
     End_If_Interrupted(); // the one point where the work is whole and nothing has happened yet

@@ -1,5 +1,7 @@
 #include <tools/interruption.h>
 
+#include <platform/machine.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <poll.h>
@@ -43,6 +45,7 @@ void Pause_Or_End(unsigned milliseconds) {
 }
 
 void End_By(int signal) {
+    if (Machine_In_Force() != 0) Leave_Machine();
     On(signal, SIG_DFL);
     raise(signal);
     std::_Exit(128 + signal);

@@ -6,12 +6,21 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <unistd.h>
 
 namespace tools {
 
-void Choose_Machine(const std::string &folder) {
-    if (!folder.empty()) setenv("KELMARA_MACHINE", folder.c_str(), 1);
+// There is no way off a machine that is no other machine, and the library is on one from its loading.
+void Choose_Machine(const std::string &folder, const char *const *argv) {
+    const char *named = std::getenv("KELMARA_MACHINE");
+    if (folder.empty() || (named != nullptr && folder == named)) return;
+    const bool is_on_another = Machine_In_Force() != 0;
+    if (setenv("KELMARA_MACHINE", folder.c_str(), 1) != 0) throw std::bad_alloc();
+    if (!is_on_another) return;
+    Leave_Machine();
+    execv("/proc/self/exe", const_cast<char *const *>(argv));
+    throw Failure(Exit_Unusable, std::string("cannot begin on another machine: ") + std::strerror(errno));
 }
 
 void Require_Machine() {

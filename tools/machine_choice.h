@@ -11,8 +11,9 @@
 
 namespace tools {
 
-/// What --machine gave; empty for none.
-void Choose_Machine(const std::string &folder);
+/// What --machine gave; empty for none. A process that was loaded on another machine begins anew, with the
+/// same arguments, on the chosen one.
+void Choose_Machine(const std::string &folder, const char *const *argv);
 
 /// Fails, with 1, when there is no machine: commands that look at one do not make it.
 void Require_Machine();

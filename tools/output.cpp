@@ -57,7 +57,7 @@ void Print_Line(const std::string &text) {
 }
 
 void Print_Json(const Json &value) {
-    Print_Line(value.dump(2));
+    Print_Line(value.dump(2, ' ', false, Json::error_handler_t::replace)); // names of the host have any bytes
 }
 
 void Flush_Output() {

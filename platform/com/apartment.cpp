@@ -97,6 +97,7 @@ bool Apartment::Next(Request &request) {
     if (requests_.empty()) return false;
     request = std::move(requests_.front());
     requests_.pop_front();
+    if (!requests_.empty()) eventfd_write(news_.Get(), 1); // for whoever waits in the call that comes now
     return true;
 }
 

@@ -78,7 +78,7 @@ HRESULT ClientConnection::Receive(Frame &answer, const Deadline &deadline) {
     }
 }
 
-// What the server said before its end counts, so the socket comes first.
+// What the server said before its end counts, so the socket comes first, and once more behind the end.
 ClientConnection::Moment ClientConnection::Wait_For(short events, const Deadline &deadline) {
     const std::shared_ptr<Apartment> serving = Own_Apartment();
     for (;;) {
@@ -91,7 +91,7 @@ ClientConnection::Moment ClientConnection::Wait_For(short events, const Deadline
         if (told < 0 && errno != EINTR) return Moment::Ended;
         if (told < 0) continue;
         if (waiting[0].revents != 0) return Moment::Ready;
-        if (waiting[1].revents != 0) return Moment::Ended;
+        if (waiting[1].revents != 0) return poll(waiting, 1, 0) > 0 ? Moment::Ready : Moment::Ended;
         if (left == 0) return Moment::Too_Late; // however many clients of its own there are
         serving->Messages_Are_Looked_For();
     }

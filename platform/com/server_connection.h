@@ -39,6 +39,10 @@ class ServerConnection {
     Frame Take_Request() { return reader_.Take(); }
     /// Begins to write an answer that has come. May throw std::bad_alloc.
     News Pass_Answer_On();
+    /// There is more of an answer than the client has taken yet; Write goes on with it.
+    bool Is_Writing() const { return step_ == Step::Writing; }
+    News Write();
+    int Socket() const { return socket_.Get(); }
 
     /// It keeps a request half sent, or has never sent one: not for longer than Patience, in milliseconds.
     static constexpr DWORD Patience = 10000;
@@ -48,7 +52,6 @@ class ServerConnection {
   private:
     enum class Step { Reading, Working, Writing };
     News Read();
-    News Write();
 
     const std::uint32_t class_cookie_;
     const std::shared_ptr<Exchange> exchange_;

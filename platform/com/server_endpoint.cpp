@@ -1,5 +1,7 @@
 #include <platform/com/server_endpoint.h>
 
+#include <platform/kernel.h>
+
 #include <csignal>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -8,6 +10,7 @@
 namespace {
 
 constexpr useconds_t Pause_Without_Memory = 10000;
+constexpr useconds_t Pause_Between_Last_Looks = 1000;
 
 // A thread begun in its scope takes no signals.
 class NoSignals {
@@ -93,12 +96,24 @@ void ServerEndpoint::Run() {
             usleep(Pause_Without_Memory);
         }
     }
-    // What was answered before the end is still the clients'.
-    for (ServerConnection &connection : connections_) {
+    Pass_Last_Answers_On();
+}
+
+// What was answered before the end is still the clients', if they take it soon.
+void ServerEndpoint::Pass_Last_Answers_On() {
+    const DWORD since = GetTickCount();
+    connections_.remove_if([](ServerConnection &connection) {
         try {
-            connection.Pass_Answer_On();
+            return connection.Pass_Answer_On() == ServerConnection::News::Ended || !connection.Is_Writing();
         } catch (const std::bad_alloc &) { // its end is an answer too
+            return true;
         }
+    });
+    while (!connections_.empty() && GetTickCount() - since < Last_Patience) {
+        usleep(Pause_Between_Last_Looks);
+        connections_.remove_if([](ServerConnection &connection) {
+            return connection.Write() == ServerConnection::News::Ended || !connection.Is_Writing();
+        });
     }
 }
 

@@ -21,6 +21,7 @@ struct Request {
 class ServerEndpoint {
   public:
     static constexpr std::size_t Most_Connections = 256; // more are turned away
+    static constexpr DWORD Last_Patience = 1000;         // milliseconds
 
     /// Is told by the endpoint's thread.
     class Receiver {
@@ -36,7 +37,8 @@ class ServerEndpoint {
 
     /// Null when the host has no more threads or descriptors. May throw std::bad_alloc.
     static std::unique_ptr<ServerEndpoint> Start(Receiver &receiver);
-    /// Withdraws what is still listed, then ends all connections.
+    /// Withdraws what is still listed, then ends all connections. Answers that were given before are still
+    /// sent, where their clients take them within Last_Patience.
     ~ServerEndpoint();
     ServerEndpoint(const ServerEndpoint &) = delete;
     ServerEndpoint &operator=(const ServerEndpoint &) = delete;
@@ -50,6 +52,7 @@ class ServerEndpoint {
   private:
     explicit ServerEndpoint(Receiver &receiver);
     void Run();
+    void Pass_Last_Answers_On();
     bool Is_Ending();
     void List_What_To_Wait_For();
     int Longest_Pause() const;

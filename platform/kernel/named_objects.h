@@ -32,6 +32,6 @@ class NamedObjects {
     static HANDLE Open(ObjectKind kind, SharedBlockKind block_kind, const char *name, std::uint32_t size,
                        SharedBlockMaking making, Maker make, bool *fresh);
 
-  private:
+    /// Once more when the process ends, by itself.
     [[gnu::destructor]] static void Let_Names_Go();
 };

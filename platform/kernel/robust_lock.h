@@ -29,6 +29,10 @@ inline std::atomic<std::uint32_t> &Word_Of(pthread_mutex_t &lock) {
     return reinterpret_cast<std::atomic<std::uint32_t> &>(lock.__data.__lock);
 }
 
+inline const std::atomic<std::uint32_t> &Word_Of(const pthread_mutex_t &lock) {
+    return reinterpret_cast<const std::atomic<std::uint32_t> &>(lock.__data.__lock);
+}
+
 /// Whether that word says that a living thread holds the lock.
 inline bool Is_Held(std::uint32_t word) {
     return (word & FUTEX_TID_MASK) != 0 && !(word & FUTEX_OWNER_DIED);

@@ -52,25 +52,6 @@ class NamesLock {
     bool held_ = false;
 };
 
-// File names keep what is readable of the name; the rest goes as %XX. A long one ends in a number made of all
-// its characters, and the header's full name decides.
-std::string File_Name_Of(const std::string &name) {
-    std::string file = "block-";
-    for (const unsigned char c : name) {
-        const bool plain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-                           c == '-' || c == '_';
-        char escaped[4] = {static_cast<char>(c), 0, 0, 0};
-        if (!plain) std::snprintf(escaped, sizeof escaped, "%%%02X", c);
-        file += escaped;
-    }
-    if (file.size() <= 200) return file;
-    unsigned long long number = 14695981039346656037ull;
-    for (const unsigned char c : name) number = (number ^ c) * 1099511628211ull;
-    char tail[20];
-    std::snprintf(tail, sizeof tail, "~%016llx", number);
-    return file.substr(0, 180) + tail;
-}
-
 long Error_Of_Errno(int code) {
     switch (code) {
     case EMFILE:
@@ -166,6 +147,31 @@ bool Is_First_Opening(const std::string &folder) {
 
 } // namespace
 
+// File names keep what is readable of the name; the rest goes as %XX. A long one ends in a number made of all
+// its characters, and the header's full name decides.
+std::string Block_File_Name(const std::string &name) {
+    std::string file = "block-";
+    for (const unsigned char c : name) {
+        const bool plain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                           c == '-' || c == '_';
+        char escaped[4] = {static_cast<char>(c), 0, 0, 0};
+        if (!plain) std::snprintf(escaped, sizeof escaped, "%%%02X", c);
+        file += escaped;
+    }
+    if (file.size() <= 200) return file;
+    unsigned long long number = 14695981039346656037ull;
+    for (const unsigned char c : name) number = (number ^ c) * 1099511628211ull;
+    char tail[20];
+    std::snprintf(tail, sizeof tail, "~%016llx", number);
+    return file.substr(0, 180) + tail;
+}
+
+bool Read_Block_Header(int descriptor, SharedBlockHeader &header) {
+    return pread(descriptor, &header, sizeof header, 0) == static_cast<ssize_t>(sizeof header) &&
+           std::memcmp(header.magic, Magic, sizeof Magic) == 0 && header.name[Longest_Name] == 0 &&
+           header.layout_version == Shared_Block_Layout_Version && header.word_size == sizeof(void *);
+}
+
 SharedBlock::SharedBlock(int descriptor, std::string path, std::string lock_path, std::uint32_t size)
     : descriptor_(descriptor),
       opener_(getpid()),
@@ -187,7 +193,7 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
         return opened;
     }
     std::string lock_path = machine + "/names.lock";
-    std::string path = folder + "/" + File_Name_Of(name);
+    std::string path = folder + "/" + Block_File_Name(name);
 
     NamesLock names(lock_path);
     if (!names.Held()) {

@@ -28,6 +28,11 @@ struct SharedBlockHeader {
 static_assert(offsetof(SharedBlockHeader, layout_version) == 8 && offsetof(SharedBlockHeader, size) == 20);
 static_assert(offsetof(SharedBlockHeader, name) == 24 && offsetof(SharedBlockHeader, thread_numbers) == 288);
 
+/// What a block's file is called, in the machine's folder of shared memory.
+std::string Block_File_Name(const std::string &name);
+/// False for a file that has none of this layout version and word size.
+bool Read_Block_Header(int descriptor, SharedBlockHeader &header);
+
 inline constexpr std::uint32_t Shared_Block_Layout_Version = 1;
 inline constexpr std::uint32_t Shared_Block_Contents_Offset = 4096;
 

@@ -100,6 +100,11 @@ class KeyTree {
     /// Bytes of the records that make the tree as it stands.
     std::uint32_t Live_Size() const { return live_size_; }
 
+    struct Counts {
+        std::uint32_t keys, values;
+    };
+    Counts Count() const;
+
     /// Makes the change that the record tells. When memory runs out the tree is fit for nothing but to go.
     void Apply(const RegistryRecord &record);
 

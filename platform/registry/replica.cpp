@@ -11,10 +11,6 @@ namespace {
 
 constexpr std::size_t Block_Size = 256u << 10;
 
-std::string Aside(const std::string &path) {
-    return path + ".new";
-}
-
 /// Writes records one behind the other, in blocks.
 class RecordWriter {
   public:
@@ -52,6 +48,10 @@ class RecordWriter {
 
 } // namespace
 
+std::string Path_Aside(const std::string &path) {
+    return path + ".new";
+}
+
 long Replica::Open(const std::string &path) {
     StoreFile::Opened opened = StoreFile::Open(path);
     if (opened.error) return opened.error;
@@ -85,7 +85,7 @@ long Replica::Read(std::uint32_t to, std::uint32_t settled, const std::string &n
 }
 
 WrittenAside Write_Aside(const std::string &path, const KeyTree &tree, std::uint32_t generation) {
-    const std::string aside = Aside(path);
+    const std::string aside = Path_Aside(path);
     unlink(aside.c_str()); // left by the killed
     RegistryFileHeader header = {};
     header.made = tree.Made();
@@ -107,7 +107,7 @@ WrittenAside Write_Aside(const std::string &path, const KeyTree &tree, std::uint
 }
 
 long Put_In_Place(const std::string &path, const StoreFile &file) {
-    const std::string aside = Aside(path);
+    const std::string aside = Path_Aside(path);
     long error = file.Flush();
     if (!error && rename(aside.c_str(), path.c_str()) != 0) {
         error = Registry_Error_Of_Errno(errno, ERROR_WRITE_FAULT);

@@ -19,6 +19,9 @@ struct Replica {
     long Read(std::uint32_t to, std::uint32_t settled, const std::string &name);
 };
 
+/// Where a file stands while it is written.
+std::string Path_Aside(const std::string &path);
+
 /// What is in the tree, written to a file of its own beside `path`, to be put in its place;
 /// `end` is behind its last record. Nobody else does the same at this time.
 struct WrittenAside {

@@ -71,6 +71,10 @@ class RegistryStore {
     /// Returns when all that is in the registry now is on the disk.
     long Flush();
 
+    /// Throws away what killed writers left; a file with damage is written anew, and the old one kept beside
+    /// it.
+    long Mend();
+
     /// Closes what this process has open of the registry; the next call opens it again.
     void Let_Go();
 

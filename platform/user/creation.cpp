@@ -71,7 +71,7 @@ long Take_Handle(Window &window) {
         return NO_ERROR;
     }
     for (;;) {
-        window.row = window.shared->Take_Window(window.queue->Row());
+        window.row = window.shared->Take_Window(window.queue->Row(), window.window_class->name);
         if (!window.row) return ERROR_NOT_ENOUGH_QUOTA;
         window.handle = reinterpret_cast<HWND>(window.row->handle.load(std::memory_order_relaxed));
         if (!Find_Window(window.handle)) return NO_ERROR;

@@ -95,7 +95,7 @@ std::shared_ptr<SharedWindows> SharedWindows::Current() {
     if (opened.table && opened.machine == machine) return opened.table;
     opened.table.reset();
     SharedBlock::Opened block =
-        SharedBlock::Open(SharedBlockKind::Internal, "windows", sizeof(Table), {Prepare, nullptr});
+        SharedBlock::Open(SharedBlockKind::Internal, Block_Name, sizeof(Table), {Prepare, nullptr});
     if (block.block && block.block->Size() != sizeof(Table)) block.error = ERROR_REVISION_MISMATCH;
     void *contents = block.error == NO_ERROR && block.block ? block.block->Contents() : nullptr;
     if (!contents) {
@@ -151,7 +151,7 @@ ThreadRow &SharedWindows::Thread_Of(const WindowRow &row) {
     return table_.threads[row.thread.load(std::memory_order_relaxed) % Most_Threads];
 }
 
-WindowRow *SharedWindows::Take_Window(const ThreadRow &owner) {
+WindowRow *SharedWindows::Take_Window(const ThreadRow &owner, std::string_view class_name) {
     const TableLock guard(table_);
     if (!guard.Held()) return nullptr;
     for (std::uint32_t i = 0; i < Most_Windows; ++i) {
@@ -166,6 +166,7 @@ WindowRow *SharedWindows::Take_Window(const ThreadRow &owner) {
         row.last_popup.store(0, std::memory_order_relaxed);
         row.title_version.store(0, std::memory_order_relaxed);
         row.title[0] = 0;
+        row.class_name[class_name.copy(row.class_name, WindowRow::Class_Size - 1)] = 0;
         row.thread.store(Index_Of(owner), std::memory_order_relaxed);
         row.handle.store((generation * Places + place) * 4, std::memory_order_release);
         return &row;

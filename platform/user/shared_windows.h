@@ -32,7 +32,7 @@ struct ThreadRow {
     std::atomic<std::uint32_t> woken; // counts what has come for the thread; it sleeps on it
     std::atomic<std::uint32_t> idle;  // it has waited for input with an empty queue
 
-    bool Lives();
+    bool Lives() const;
     /// Lets the thread look at its queue. From any process.
     void Wake();
     void Set_Idle() { idle.store(1, std::memory_order_release); }
@@ -41,7 +41,7 @@ struct ThreadRow {
 };
 
 struct WindowRow {
-    static constexpr std::uint32_t Title_Size = 512;
+    static constexpr std::uint32_t Title_Size = 512, Class_Size = 64;
 
     std::atomic<std::uint32_t> handle; // 0: free
     std::atomic<std::uint32_t> thread; // index of its thread's row
@@ -49,10 +49,15 @@ struct WindowRow {
     std::atomic<std::uint32_t> last_popup;
     std::atomic<std::uint32_t> title_version; // odd while the title is being written
     char title[Title_Size];                   // terminated
+    char class_name[Class_Size];              // terminated, as long as fits; set before the handle
 };
+
+class SeenBlock;
+struct MachineTopWindow;
 
 class SharedWindows {
   public:
+    static constexpr char Block_Name[] = "windows";
     static constexpr std::uint32_t Most_Threads = 512, Most_Windows = 512;
 
     /// The table of the machine that this process is on. Null, with the last error, when it cannot be had.
@@ -66,7 +71,7 @@ class SharedWindows {
 
     /// A row and a handle for a window of that thread. Null as before. Nobody waits for it under another
     /// lock.
-    WindowRow *Take_Window(const ThreadRow &owner);
+    WindowRow *Take_Window(const ThreadRow &owner, std::string_view class_name);
     static void Give_Back(WindowRow &row) { row.handle.store(0, std::memory_order_release); }
     /// A handle for a window that has a parent, which no other process is told of.
     std::uint32_t New_Child_Handle();
@@ -91,6 +96,8 @@ class SharedWindows {
     void Set_Foreground(HWND window);
 
     static void Prepare(void *contents);
+    /// Shows the rows of a table that is only looked at.
+    static bool See(const SeenBlock &block, bool (*visit)(const MachineTopWindow *, void *), void *context);
 
   private:
     struct Table;
@@ -101,6 +108,9 @@ class SharedWindows {
     std::unique_ptr<SharedBlock> block_;
     Table &table_;
 };
+
+/// The table's name goes unless another process has it, as at the process's end.
+void Let_Shared_Windows_Go();
 
 struct SharedWindows::Table {
     pthread_mutex_t lock;

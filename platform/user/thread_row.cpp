@@ -2,7 +2,7 @@
 
 #include <platform/kernel/robust_lock.h>
 
-bool ThreadRow::Lives() {
+bool ThreadRow::Lives() const {
     return Is_Held(Word_Of(life).load(std::memory_order_acquire));
 }
 

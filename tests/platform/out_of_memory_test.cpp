@@ -6,6 +6,7 @@
 #include <platform/kernel.h>
 #include <platform/local_memory.h>
 #include <platform/machine.h>
+#include <platform/machine_contents.h>
 #include <platform/registry.h>
 #include <platform/runtime.h>
 #include <platform/security.h>
@@ -171,6 +172,9 @@ bool Key_Comes_And_Goes() {
     if (error) return With_Code(error);
     error = RegSetValueExA(key, "value", 0, REG_SZ, reinterpret_cast<const BYTE *>("text"), 5);
     if (!error) error = RegFlushKey(key);
+    char path[100];
+    DWORD size = sizeof path;
+    if (!error) error = Registry_Key_Path(key, path, &size);
     RegCloseKey(key);
     return With_Code(error ? error : RegDeleteKeyA(HKEY_CURRENT_USER, "Scarce"));
 }
@@ -489,12 +493,35 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         {"offer of a class", Offers},
         {"shell", Shows_My_Computer},
         {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
+        {"blocks seen",
+         [] {
+             return Visit_Machine_Blocks([](const MachineBlock *, void *) { return true; }, nullptr) != 0;
+         }},
+        {"windows seen",
+         [] {
+             return Visit_Machine_Windows([](const MachineTopWindow *, void *) { return true; }, nullptr) !=
+                    0;
+         }},
+        {"classes seen",
+         [] {
+             return Visit_Machine_Classes([](const MachineClass *, void *) { return true; }, nullptr) != 0;
+         }},
+        {"mapping seen", [&] { return Copy_Machine_Mapping("Seen", text, sizeof text) > 0; }},
+        {"registry seen",
+         [] {
+             MachineRegistry registry;
+             return With_Code(Look_At_Registry(&registry));
+         }},
+        {"registry copied", [&] { return With_Code(Copy_Registry(machine.Path("copy").c_str())); }},
+        {"registry mended", [] { return With_Code(Mend_Registry()); }},
         {"paths",
          [&] {
              return Host_Path("c:\\kept.txt", text, sizeof text) && Windows_Path("/", text, sizeof text);
          }},
     };
     machine.Write("drive_c/kept.txt", "kept");
+    machine.Write("copy/file", "");
+    const HANDLE seen = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 10, "Seen");
     machine.Write("drive_c/here.txt", "");
     machine.Write("drive_c/kept.ini", "[s]\nk=value\n");
     machine.Write("drive_c/kept.ico", Icon_File({{16, 4}}, [](int, int, int) {
@@ -517,6 +544,7 @@ TEST_F(OutOfMemoryTest, Each_Failing_Allocation_Is_A_Code_And_Leaves_No_Handle) 
         EXPECT_EQ(Open_Handle_Count(), handles) << call.name;
         EXPECT_TRUE(call.succeeds()) << call.name << " no longer works";
     }
+    CloseHandle(seen);
     EXPECT_FALSE(failed_load_left_a_module);
     RecordProperty("fault_points", static_cast<int>(points));
     EXPECT_GT(points, 100u);

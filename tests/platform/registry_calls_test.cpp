@@ -332,4 +332,27 @@ TEST_F(RegistryCalls, ServeManyThreads) {
     EXPECT_THAT(shared.Subkeys(), ElementsAre("0", "1", "2", "3"));
 }
 
+TEST_F(RegistryCalls, KeysTellTheirPathAsItIsStored) {
+    const TestKey key("Some\\Where");
+    const auto Path_Of = [](HKEY of) {
+        char path[100] = "";
+        DWORD size = sizeof path;
+        EXPECT_EQ(Registry_Key_Path(of, path, &size), ERROR_SUCCESS);
+        EXPECT_EQ(size, std::strlen(path));
+        return std::string(path);
+    };
+    EXPECT_EQ(Path_Of(HKEY_LOCAL_MACHINE), "HKEY_LOCAL_MACHINE");
+    EXPECT_EQ(Path_Of(HKEY_CLASSES_ROOT), "HKEY_LOCAL_MACHINE\\Software\\Classes");
+    const TestKey again("SOME\\where");
+    EXPECT_EQ(Path_Of(again), Path_Of(HKEY_CURRENT_USER) + "\\Some\\Where");
+
+    char small[18] = "as it was";
+    DWORD size = sizeof small;
+    EXPECT_EQ(Registry_Key_Path(HKEY_LOCAL_MACHINE, small, &size), ERROR_MORE_DATA);
+    EXPECT_EQ(size, sizeof "HKEY_LOCAL_MACHINE");
+    EXPECT_STREQ(small, "as it was");
+    EXPECT_EQ(Registry_Key_Path(HKEY_DYN_DATA, small, &size), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(Registry_Key_Path(key, nullptr, &size), ERROR_INVALID_PARAMETER);
+}
+
 } // namespace

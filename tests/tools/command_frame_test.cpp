@@ -8,6 +8,7 @@
 #include <tools/files.h>
 #include <tools/output.h>
 
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -61,6 +62,16 @@ TEST_F(CommandFrame, FilesAreReplacedWholeAndKeepTheirPermissionsAndLinks) {
     tools::Replace_File(file, "");
     EXPECT_EQ(tools::Read_File("c:\\texts\\A.TXT"), "");
     EXPECT_EQ(Files_In(machine.Path("drive_c/texts")), 2u) << "a working file was left";
+
+    const std::string pipe = machine.Path("drive_c/texts/pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const int held = open(pipe.c_str(), O_RDWR);
+    tools::Replace_File(pipe, "four");
+    char passed[5] = {};
+    EXPECT_EQ(read(held, passed, 4), 4);
+    close(held);
+    EXPECT_STREQ(passed, "four");
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
 TEST_F(CommandFrame, WhatCannotBeReadOrWrittenIsNamed) {

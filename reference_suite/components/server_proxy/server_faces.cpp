@@ -73,7 +73,7 @@ long ServerSettingsFace::Write_Setting(unsigned long code, char *text, long size
 }
 
 long ServerSettingsFace::Update_Setting(unsigned long code, char *text, long size, long zero) {
-    if (!Is_Setting(code, text, size)) return E_INVALIDARG;
+    if (!text || size < 0) return E_INVALIDARG;
     MessageWriter arguments;
     Put_Setting(arguments, code, text, size);
     arguments.Put(zero);

@@ -1,0 +1,67 @@
+// What it costs to carry 10,000 values as text: an export into memory, an import that makes them all, one
+// that finds them all as they should be, and their deletion.
+
+#include <benchmarks/measure.h>
+
+#include <platform/machine.h>
+#include <tools/reg/export.h>
+#include <tools/reg/plan.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace tools::reg;
+
+constexpr int Keys = 100, Values = 100, Rounds = 9;
+constexpr double Wanted = 5e8; // nanoseconds
+
+std::string Text_Of_All() {
+    std::string text = "REGEDIT4\n";
+    for (int key = 0; key < Keys; ++key) {
+        text += "[HKEY_CURRENT_USER\\Measured\\Key " + std::to_string(key) + "]\n";
+        for (int value = 0; value < Values; ++value) {
+            text += "\"Value " + std::to_string(value) + "\"=";
+            text += value % 2 ? "\"a text of some forty characters, or so\"\n" : "dword:0000002a\n";
+        }
+    }
+    return text;
+}
+
+void Import(const std::string &text) {
+    Plan plan;
+    plan.Do(Read_Registry_Text(text, "text"), "text");
+    Make_Changes(plan.Take_Changes());
+}
+
+template <class Before, class Work>
+void Report(const char *what, Before before, Work work) {
+    std::vector<double> figures;
+    for (int round = 0; round < Rounds; ++round) {
+        before();
+        figures.push_back(measure::Time(work, 1));
+    }
+    std::nth_element(figures.begin(), figures.begin() + Rounds / 2, figures.end());
+    const double median = figures[Rounds / 2];
+    std::printf("%-52s %12.0f %12.0f%s\n", what, median, Wanted, median <= Wanted ? "" : "  missed");
+}
+
+} // namespace
+
+int main() {
+    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
+    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    setenv("KELMARA_MACHINE", folder.c_str(), 1);
+    std::printf("\n%-52s %12s %12s\n", "registry text of 10,000 values", "median, ns", "wanted, ns");
+    const std::string text = Text_Of_All();
+    const auto nothing = [] {};
+    const auto delete_all = [] { Import("REGEDIT4\n[-HKCU\\Measured]\n"); };
+    const auto import_all = [&] { Import(text); };
+    Report("import, all new", delete_all, import_all);
+    Report("import, nothing new", nothing, import_all);
+    Report("export", nothing, [] { measure::Keep(Export_Key(Key_Path_Of("HKCU\\Measured"))); });
+    Report("delete", import_all, delete_all);
+    Remove_Machine(folder.c_str());
+}

@@ -1,0 +1,97 @@
+// `kelmara ltx compile` as its user waits for it, from the start of the process to its end, with a text of
+// 5,000 lines: beside 50 milliseconds that pass, and beside msgfmt with as many messages, where that is
+// installed. Where there is no machine the command makes one for its own time, and removes it.
+
+#include <benchmarks/measure.h>
+
+#include <platform/machine.h>
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <spawn.h>
+#include <string>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int Line_Count = 5000;
+
+/// A folder with the text in both forms.
+class Folder {
+  public:
+    Folder() {
+        if (mkdtemp(path_.data()) == nullptr) std::abort();
+        std::mt19937 random(1);
+        std::ofstream text(File("texts.txt")), peer(File("texts.po"));
+        peer << "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=ASCII\\n\"\n\n";
+        for (int line = 0; line < Line_Count; ++line) {
+            std::string string;
+            for (auto length = 20 + random() % 60; length > 0; --length)
+                string += static_cast<char>(random() % 6 != 0 ? 'a' + random() % 26 : ' ');
+            const std::string identifier =
+                "KMSTR_" + std::to_string(random() % 1000) + "_" + std::to_string(line);
+            text << string << '\t' << identifier << "\t0\tbutton " << line << '\n';
+            peer << "#. button " << line << "\nmsgid \"" << identifier << "\"\nmsgstr \"" << string
+                 << "\"\n\n";
+        }
+    }
+    ~Folder() { fs::remove_all(path_); }
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+    std::string File(const char *name) const { return path_ + "/" + name; }
+
+  private:
+    std::string path_ = "/tmp/kelmara-benchmark-XXXXXX";
+};
+
+void Run(std::initializer_list<std::string> arguments) {
+    char *argv[8] = {};
+    int count = 0;
+    for (const std::string &argument : arguments) argv[count++] = const_cast<char *>(argument.c_str());
+    pid_t child = 0;
+    int status = -1;
+    if (posix_spawnp(&child, argv[0], nullptr, nullptr, argv, environ) == 0) waitpid(child, &status, 0);
+    if (status != 0) std::abort();
+}
+
+void Let_50_Milliseconds_Pass() {
+    timespec left = {0, 50000000};
+    while (nanosleep(&left, &left) != 0) {
+    }
+}
+
+} // namespace
+
+int main() {
+    const Folder folder;
+    const std::string text = folder.File("texts.txt"), table = folder.File("texts.ltx");
+    const std::string machine = folder.File("machine");
+    const auto compile = [&] { Run({KELMARA_COMMAND, "ltx", "compile", text, table}); };
+    unsetenv("KELMARA_MACHINE");
+    setenv("XDG_DATA_HOME", folder.File("nothing").c_str(), 1);
+    measure::Heading("texts of tables, 5,000 lines (peer: 50 ms)");
+    measure::Compare(
+        "ltx compile, the whole process", MEASURED { compile(); }, MEASURED { Let_50_Milliseconds_Pass(); },
+        1.0);
+    fs::create_directory(machine);
+    setenv("KELMARA_MACHINE", machine.c_str(), 1);
+    if (!Enter_Machine(machine.c_str())) return 1;
+    measure::Compare(
+        "the same on a machine that is there", MEASURED { compile(); },
+        MEASURED { Let_50_Milliseconds_Pass(); }, 1.0);
+    if (std::system("msgfmt --version > /dev/null 2>&1") != 0) return 0;
+    measure::Heading("texts of tables, 5,000 lines (peer: msgfmt)");
+    measure::Compare(
+        "ltx compile, the whole process", MEASURED { compile(); },
+        MEASURED {
+            Run({"msgfmt", "-o", folder.File("texts.mo"), folder.File("texts.po")});
+        },
+        2.0);
+    return 0;
+}

@@ -1,0 +1,94 @@
+// The registry's file looked at from outside, copied to another machine, and mended.
+
+#include <platform/machine_contents.h>
+
+#include <platform/errors.h>
+#include <platform/kernel/machine_state.h>
+#include <platform/kernel/outcome.h>
+#include <platform/registry/store.h>
+
+#include <cerrno>
+
+namespace {
+
+constexpr char Folder[] = "/registry";
+constexpr char File[] = "/registry.log";
+
+long Look(const std::string &path, MachineRegistry &registry) {
+    Replica replica;
+    struct stat status;
+    if (const long error = replica.Open(path)) return error;
+    if (!replica.file) return ERROR_FILE_NOT_FOUND;
+    if (stat(path.c_str(), &status) != 0) return Registry_Error_Of_Errno(errno, ERROR_READ_FAULT);
+    if (status.st_size > Largest_Registry_File) return ERROR_BADDB;
+    const auto size = static_cast<std::uint32_t>(status.st_size);
+    KeyTree &tree = *replica.tree;
+    const StoreFile::Scanned scanned =
+        replica.file->Scan(Records_Offset, size, [&](const RegistryRecord &record) { tree.Apply(record); });
+    if (scanned.error) return scanned.error;
+    registry.file_size = size;
+    registry.live_size = Records_Offset + tree.Live_Size();
+    registry.damaged = scanned.damaged;
+    registry.torn = size - scanned.end;
+    registry.generation = replica.file->Header().generation;
+    const KeyTree::Counts counts = tree.Count();
+    registry.keys = counts.keys;
+    registry.values = counts.values;
+    registry.left_aside = lstat(Path_Aside(path).c_str(), &status) == 0;
+    return NO_ERROR;
+}
+
+long Copy(const std::string &machine) {
+    const RegistryStore::Reading reading;
+    if (reading.Error()) return reading.Error();
+    if (const long error = Make_Private_Folder(machine + Folder)) return error;
+    const std::string path = machine + Folder + File;
+    try {
+        const WrittenAside written = Write_Aside(path, reading.Tree(), 1);
+        return written.error ? written.error : Put_In_Place(path, *written.file);
+    } catch (...) {
+        unlink(Path_Aside(path).c_str());
+        throw;
+    }
+}
+
+} // namespace
+
+KeyTree::Counts KeyTree::Count() const {
+    Counts counts = {static_cast<std::uint32_t>(keys_.size()), 0};
+    for (const auto &[number, key] : keys_) counts.values += static_cast<std::uint32_t>(key->values.size());
+    return counts;
+}
+
+// To write means to cut off what is torn, whatever is written.
+long RegistryStore::Mend() {
+    Writing writing;
+    if (writing.Error()) return writing.Error();
+    unlink(Path_Aside(path_).c_str());
+    const StoreFile::Scanned scanned =
+        replica_.file->Scan(Records_Offset, replica_.end, [](const RegistryRecord &) {});
+    if (scanned.error || scanned.damaged == 0) return scanned.error;
+    const std::string kept = path_ + ".damaged-" + std::to_string(replica_.file->Header().generation);
+    if (link(path_.c_str(), kept.c_str()) != 0) return Registry_Error_Of_Errno(errno, ERROR_WRITE_FAULT);
+    return Rewrite(writing.hold_);
+}
+
+extern "C" {
+
+LONG Look_At_Registry(MachineRegistry *registry) {
+    if (!registry) return ERROR_INVALID_PARAMETER;
+    return Code_Of([=] {
+        const std::string machine = Machine_Folder_Path();
+        return machine.empty() ? ERROR_PATH_NOT_FOUND : Look(machine + Folder + File, *registry);
+    });
+}
+
+LONG Copy_Registry(LPCSTR host_folder) {
+    if (!host_folder || !*host_folder) return ERROR_INVALID_PARAMETER;
+    return Code_Of([=] { return Copy(host_folder); });
+}
+
+LONG Mend_Registry() {
+    return Code_Of([] { return RegistryStore::Of_This_Process().Mend(); });
+}
+}

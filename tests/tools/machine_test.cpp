@@ -1,0 +1,175 @@
+// Machines made, copied while they are in use, and checked: nothing half made, nothing lost.
+
+#include <tests/support/registry_verbs.h>
+#include <tests/support/second_process.h>
+#include <tests/tools/command_run.h>
+
+#include <tools/machine/settings_text.h>
+#include <tools/output.h>
+
+#include <kelmara/shared_state/instances.h>
+#include <platform/com.h>
+#include <platform/user.h>
+
+#include <csignal>
+#include <filesystem>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using tools::Json;
+
+// Two values that are always the same for who sees them whole, and a file that is always replaced whole.
+SECOND_PROCESS(busy_writer) {
+    const TestKey key("Busy");
+    for (int round = 0;; ++round) {
+        key.Set("value", std::string(1000, static_cast<char>('a' + round % 26)));
+        if (round == 10) process.Tell("writing");
+    }
+}
+
+SECOND_PROCESS(short_lived) {
+    WNDCLASSA made = {};
+    made.lpfnWndProc = DefWindowProcA;
+    made.lpszClassName = "ShortLived";
+    RegisterClassA(&made);
+    First_Instance(process.Arguments()[0].c_str(), "x",
+                   CreateWindowExA(0, "ShortLived", "w", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr));
+    process.Tell("ready");
+    process.Hear();
+    return 0;
+}
+
+struct MachineCommand : MachineTest {
+    MachineCommand() { fs::create_directories(outside); }
+    ~MachineCommand() override { fs::remove_all(outside); }
+    std::string Outside(const std::string &name) const { return outside + "/" + name; }
+    unsigned long Entries() const {
+        return static_cast<unsigned long>(
+            std::distance(fs::directory_iterator(outside), fs::directory_iterator()));
+    }
+
+    const std::string outside = "/tmp/kelmara-test-machines-" + std::to_string(getpid());
+};
+
+TEST_F(MachineCommand, InitMakesOnlyWhereNothingIs) {
+    const std::string fresh = Outside("fresh");
+    for (const std::vector<std::string> &wrong :
+         std::vector<std::vector<std::string>>{{"--windows", "vista"},
+                                               {"--screen", "800"},
+                                               {"--screen", "800x600x7"},
+                                               {"--screen", "800x600x"},
+                                               {"--drive", "c=cdrom"},
+                                               {"--drive", "d=tape"}}) {
+        std::vector<std::string> arguments = {"machine", "init", fresh};
+        arguments.insert(arguments.end(), wrong.begin(), wrong.end());
+        EXPECT_EQ(CommandRun(arguments).exit_code, 2) << wrong[1];
+    }
+    EXPECT_EQ(Entries(), 0u);
+    EXPECT_EQ(CommandRun({"machine", "init", fresh, "--windows", "98", "--screen", "800x600x16", "--drive",
+                          "D=cdrom"})
+                  .exit_code,
+              0);
+    const Json info = Json::parse(CommandRun({"--machine", fresh, "machine", "info", "--json"}).output);
+    EXPECT_EQ(info["windows"]["name"], "98");
+    EXPECT_EQ(info["screen"].dump(), R"({"width":800,"height":600,"depth":16})");
+    EXPECT_EQ(info["drives"][1]["kind"], "cdrom");
+
+    const CommandRun again({"machine", "init", fresh, "--windows", "xp"});
+    EXPECT_EQ(again.exit_code, 2);
+    EXPECT_NE(again.errors.find("is a machine already"), std::string::npos);
+    EXPECT_EQ(CommandRun({"machine", "init", outside}).exit_code, 2) << "it holds other things";
+    EXPECT_EQ(CommandRun({"--machine", Outside("none"), "machine", "info"}).exit_code, 1);
+    EXPECT_EQ(Entries(), 1u);
+}
+
+TEST_F(MachineCommand, CloneIsWholeAndTheMachinesOwn) {
+    machine.Write("drive_c/folder/a.txt", "text");
+    machine.Set("windows", "98");
+    fs::create_symlink("a.txt", machine.Path("drive_c/folder/link"));
+    fs::permissions(machine.Path("drive_c/folder/a.txt"), fs::perms::owner_read);
+    fs::permissions(machine.Path("drive_c/folder"), fs::perms::owner_read | fs::perms::owner_exec);
+    SecondProcess writer("busy_writer");
+    ASSERT_EQ(writer.Hear(), "writing");
+    const std::string clone = Outside("clone");
+    const CommandRun run({"machine", "clone", clone});
+    ASSERT_EQ(run.exit_code, 0) << run.errors;
+    writer.Kill();
+    writer.Wait();
+
+    EXPECT_TRUE(fs::is_symlink(clone + "/drive_c/folder/link"));
+    EXPECT_EQ(fs::status(clone + "/drive_c/folder/a.txt").permissions(), fs::perms::owner_read);
+    EXPECT_EQ(CommandRun({"--machine", clone, "machine", "check"}).output, "nothing is wrong\n");
+    const Json info = Json::parse(CommandRun({"--machine", clone, "machine", "info", "--json"}).output);
+    EXPECT_EQ(info["windows"]["name"], "98");
+    EXPECT_EQ(info["registry"]["damaged"], 0);
+    EXPECT_GE(info["registry"]["values"], 1);
+
+    EXPECT_EQ(CommandRun({"machine", "clone", clone}).exit_code, 2) << "there is one";
+    EXPECT_EQ(CommandRun({"machine", "clone", machine.Path("drive_c/inside")}).exit_code, 2);
+    EXPECT_EQ(CommandRun({"machine", "clone", Outside("none/clone")}).exit_code, 2);
+    EXPECT_EQ(Entries(), 1u);
+    fs::permissions(machine.Path("drive_c/folder"), fs::perms::owner_all);
+    fs::permissions(clone + "/drive_c/folder", fs::perms::owner_all);
+    EXPECT_TRUE(Remove_Machine(clone.c_str())) << "a machine with a number of its own";
+}
+
+TEST_F(MachineCommand, AnInterruptedCloneLeavesNothing) {
+    machine.Write("drive_c/locked/large", "");
+    fs::resize_file(machine.Path("drive_c/locked/large"), 4ull << 30);
+    RunningCommand clone({"machine", "clone", Outside("clone")}, "/dev/null", machine.Path("output"),
+                         machine.Path("errors"));
+    for (int tries = 0; tries < 1000 && Entries() == 0; ++tries) poll(nullptr, 0, 5);
+    EXPECT_EQ(Entries(), 1u);
+    clone.Signal(SIGINT);
+    EXPECT_EQ(clone.Wait(), -SIGINT);
+    EXPECT_EQ(Entries(), 0u);
+}
+
+TEST_F(MachineCommand, CheckTellsAndRepairMends) {
+    EXPECT_EQ(CommandRun({"machine", "check"}).output, "nothing is wrong\n");
+    TestKey("Kept").Set("first", std::string(100, 'x'));
+    TestKey("Kept").Set("second", "kept");
+    std::string registry = machine.Read("registry/registry.log");
+    registry[registry.find("xxxx")] = 'y';
+    machine.Write("registry/registry.log", registry + std::string(24, '\x7F'));
+    machine.Write("registry/registry.log.new", "half");
+    machine.Write("drive_c/a.txt.new999999999", "half");
+    machine.Write("drive_c/a.txt.new" + std::to_string(getpid()), "of a living process");
+    SecondProcess killed("short_lived", {"Gone"}), living("short_lived", {"Here"});
+    ASSERT_EQ(killed.Hear() + living.Hear(), "readyready");
+    killed.Kill();
+    killed.Wait();
+
+    const CommandRun check({"machine", "check"});
+    EXPECT_EQ(check.exit_code, 1);
+    for (const char *finding : {"damaged bytes", "24 bytes that a writer left", "a rewriting was left",
+                                "a.txt.new999999999: working file", "\"Gone\", \"x\" is gone"})
+        EXPECT_NE(check.output.find(finding), std::string::npos) << finding << " in\n" << check.output;
+    EXPECT_EQ(std::count(check.output.begin(), check.output.end(), '\n'), 5);
+
+    const CommandRun repair({"machine", "check", "--repair", "--json"});
+    EXPECT_EQ(repair.exit_code, 0) << repair.output;
+    for (const Json &each : Json::parse(repair.output)) EXPECT_FALSE(each["mended"].is_null()) << each;
+    EXPECT_EQ(CommandRun({"machine", "check"}).output, "nothing is wrong\n");
+    EXPECT_EQ(TestKey("Kept").Get("second"), "kept");
+    EXPECT_TRUE(fs::exists(machine.Path("drive_c/a.txt.new" + std::to_string(getpid()))));
+    EXPECT_TRUE(fs::exists(machine.Path("registry/registry.log.damaged-1")));
+
+    machine.Set("windows", "vista");
+    EXPECT_EQ(CommandRun({"machine", "check", "--repair"}).exit_code, 1);
+    machine.Write("registry/registry.log", "no registry at all");
+    EXPECT_NE(CommandRun({"machine", "check"}).output.find("not a registry"), std::string::npos);
+}
+
+TEST(SettingsText, OnlyWhatTheMachineDoesNotTakeIsAFault) {
+    constexpr char text[] = "# remark\n\n WINDOWS = XP # new\nscreen_width=0\nno setting\ndrive_d = tape\r\n"
+                            "drive_d_free = 12\ndrive_e_size = x\nwindows_version = 5\nanything = goes\n= 1";
+    std::vector<unsigned long> lines;
+    for (const tools::SettingFault &fault : tools::Faults_In_Settings(text)) lines.push_back(fault.line);
+    EXPECT_EQ(lines, (std::vector<unsigned long>{4, 5, 6, 8, 9, 11}));
+}
+
+} // namespace
