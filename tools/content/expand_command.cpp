@@ -141,7 +141,7 @@ void Add_Expand(CommandTree &tree) {
         "    <name>           NAME, SERIALCODE or VERSION of --descriptor\n"
         "    ^name^           a variable of --var\n"
         "Sections and fields have names of at most four characters; shorter ones are filled up with "
-        "blanks. Values are not looked at for tokens.\n"
+        "blanks. Values are not looked at for tokens.\n\n"
         "A token without a value, without an end or with a name of over 255 characters is a fault: it is "
         "told as FILE:LINE: TEXT, nothing is written, and the exit code is 2.");
     tree.Tells(expand, "EXAMPLES",

@@ -169,7 +169,7 @@ void Add_Sections(CommandTree &tree) {
         "Each line of the file stands with its number and what it gives: a section in brackets, an item "
         "as NAME = VALUE, or a dash and the reason why it gives nothing. Remarks in brackets tell what "
         "is not as it looks: a value that a semicolon cuts, a name that begins on an earlier line, an "
-        "item that one of the same name hides.\n"
+        "item that one of the same name hides.\n\n"
         "A text that the parser refuses is shown up to the fault, which stands on standard error as "
         "FILE:LINE: TEXT; the exit code is then 2.");
     tree.Tells(sections, "EXAMPLES",
