@@ -1,5 +1,6 @@
 # How everything here is compiled: C++20, nothing exported unless it says so, warnings are errors.
 option(KELMARA_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(KELMARA_FUZZ "Build the fuzz targets to run for ever, which takes clang" OFF)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -22,6 +23,12 @@ find_package(Threads REQUIRED)
 if(KELMARA_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+endif()
+
+# Every module tells where it has been; only a fuzz target has libFuzzer's main. Warnings are g++'s to give.
+if(KELMARA_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link -w -Qunused-arguments)
+  add_compile_definitions(__SANITIZE_ADDRESS__=1) # which clang tells otherwise, and headers ask for
 endif()
 
 # What makes a mistake harder to use: a guard word on the stack, checked copies, no symbol bound late, tables
