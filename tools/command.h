@@ -10,7 +10,8 @@
 //     }
 //
 // The texts given here are the help, the manual pages and the shell completion. An argument is completed with
-// files where its name or type has FILE or TEMPLATE in it, and with folders for FOLDER.
+// files where its name or type has FILE or TEMPLATE in it or its description speaks of standard input or
+// output, and with folders for FOLDER.
 
 #include <CLI/CLI.hpp>
 #include <functional>
@@ -33,9 +34,9 @@ class CommandTree {
     /// What the command does once it is understood. Its result is the process's exit code.
     void Does(CLI::App *command, std::function<ExitCode()> action);
 
-    /// What the manual says of the command beyond its help, under that title ("DESCRIPTION", "FILES",
-    /// "EXAMPLES"); optional. Line ends part paragraphs, and lines that begin with four blanks stand as they
-    /// are. Titles come in the order in which they are told.
+    /// What the manual says of the command beyond its help and footer, under that title ("DESCRIPTION",
+    /// "FILES", "EXAMPLES"); optional. An empty line parts paragraphs, and lines that begin with a blank
+    /// stand as they are; so it is with footers. Titles come in the order in which they are told.
     void Tells(const CLI::App *command, const std::string &title, const std::string &text);
     struct ManualText {
         std::string title, text;

@@ -3,6 +3,7 @@
 #include <tools/content/passing_file.h>
 #include <tools/content/template_fields.h>
 #include <tools/content/template_tokens.h>
+#include <tools/content/text_lines.h>
 #include <tools/failure.h>
 #include <tools/files.h>
 #include <tools/machine_choice.h>
@@ -33,9 +34,7 @@ Variables Read_Variables(const std::vector<std::string> &written) {
     Variables variables;
     for (const std::string &each : written) {
         const std::size_t equals = each.find('=');
-        std::string name = each.substr(0, equals);
-        for (char &c : name)
-            if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+        const std::string name = In_Capitals(each.substr(0, equals));
         if (equals == each.npos || name.empty() || name.size() > Longest_Name || name.find('^') != name.npos)
             throw Failure(Exit_Unusable, "--var " + each +
                                              ": wants NAME=VALUE, the name without \"^\" and of at "
@@ -143,7 +142,7 @@ void Add_Expand(CommandTree &tree) {
         "    <name>           NAME, SERIALCODE or VERSION of --descriptor\n"
         "    ^name^           a variable of --var\n"
         "Sections and fields have names of at most four characters; shorter ones are filled up with "
-        "blanks. Values are not looked at for tokens.\n"
+        "blanks. Values are not looked at for tokens.\n\n"
         "A token without a value, without an end or with a name of over 255 characters is a fault: it is "
         "told as FILE:LINE: TEXT, nothing is written, and the exit code is 2.");
     tree.Tells(expand, "EXAMPLES",

@@ -20,12 +20,6 @@ struct SectionOptions {
     bool keep_quotes = false, json = false;
 };
 
-std::string In_Capitals(std::string name) {
-    for (char &c : name)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return name;
-}
-
 /// Which items of a section cannot be found by their name, because of earlier ones.
 class HiddenItems {
   public:
@@ -177,7 +171,7 @@ void Add_Sections(CommandTree &tree) {
         "Each line of the file stands with its number and what it gives: a section in brackets, an item "
         "as NAME = VALUE, or a dash and the reason why it gives nothing. Remarks in brackets tell what "
         "is not as it looks: a value that a semicolon cuts, a name that begins on an earlier line, an "
-        "item that one of the same name hides.\n"
+        "item that one of the same name hides.\n\n"
         "A text that the parser refuses is shown up to the fault, which stands on standard error as "
         "FILE:LINE: TEXT; the exit code is then 2.");
     tree.Tells(sections, "EXAMPLES",

@@ -19,9 +19,7 @@ constexpr std::size_t Code_Length = 4;
 /// A field's name as it is kept: in capitals, without the blanks at its end.
 std::string Kept_Name(std::string name) {
     name.erase(name.find_last_not_of(' ') + 1);
-    for (char &c : name)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return name;
+    return In_Capitals(name);
 }
 
 void Require_Code(const std::string &name, const std::string &file, unsigned long line) {

@@ -44,6 +44,12 @@ std::string On_One_Line(std::string_view text) {
     return shown;
 }
 
+std::string In_Capitals(std::string text) {
+    for (char &c : text)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return text;
+}
+
 std::string Column(const std::string &text, std::size_t width) {
     return text + std::string(text.size() < width ? width - text.size() : 0, ' ') + ' ';
 }

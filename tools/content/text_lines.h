@@ -32,6 +32,9 @@ unsigned long Line_Of(std::string_view text, std::size_t place);
 /// Fit for one line of a listing: control characters become "\r", "\n", "\t" or "\x07", a backslash stays.
 std::string On_One_Line(std::string_view text);
 
+/// With the letters a to z in capitals, as the library folds names.
+std::string In_Capitals(std::string text);
+
 /// As wide as `width` at least, with a blank behind it in any case.
 std::string Column(const std::string &text, std::size_t width);
 /// The number at the right of such a column.

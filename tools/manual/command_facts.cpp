@@ -14,9 +14,11 @@ bool Has_Any(const std::string &text, std::initializer_list<const char *> words)
                        [&](const char *word) { return text.find(word) != text.npos; });
 }
 
-ArgumentFacts::Kind Kind_Of(const std::string &value) {
-    if (Has_Any(value, {"FILE", "TEMPLATE"})) return ArgumentFacts::Kind::File;
-    return Has_Any(value, {"FOLDER"}) ? ArgumentFacts::Kind::Folder : ArgumentFacts::Kind::Any;
+ArgumentFacts::Kind Kind_Of(const std::string &value, const std::string &description) {
+    if (Has_Any(value, {"FOLDER"})) return ArgumentFacts::Kind::Folder;
+    const bool is_file =
+        Has_Any(value, {"FILE", "TEMPLATE"}) || Has_Any(description, {"standard input", "standard output"});
+    return is_file ? ArgumentFacts::Kind::File : ArgumentFacts::Kind::Any;
 }
 
 /// "TEXT:{a,b}" has the choices a and b.
@@ -50,7 +52,7 @@ ArgumentFacts Facts_Of(const CLI::Option &option) {
     const std::string type = option.get_type_name();
     const std::string place = option.get_positional() ? option.get_name(true) : "";
     facts.choices = Choices_In(type);
-    facts.kind = Kind_Of(place + " " + type.substr(0, type.find(':')));
+    facts.kind = Kind_Of(place + " " + type.substr(0, type.find(':')), facts.description);
     facts.value = !place.empty()           ? place
                   : !facts.choices.empty() ? Joined(facts.choices)
                                            : type.substr(0, type.find(':'));

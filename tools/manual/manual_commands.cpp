@@ -56,12 +56,12 @@ void Tell_Of_All(CommandTree &tree) {
     const CLI::App *const root = &tree.Root();
     tree.Tells(root, "THE MACHINE",
                "Commands that need a machine's own things never make one: `kelmara machine init` does. Those "
-               "that only work on files need none, and use the machine where there is one.\n"
+               "that only work on files need none, and use the machine where there is one.\n\n"
                "Machine text is in code page 1252 and is printed byte for byte. JSON is in UTF-8.");
     tree.Tells(
         root, "FILES",
         "Where a command takes a FILE, a name with a drive letter (c:\\suite\\texts.ltx) is one of the "
-        "machine's, any other one of the host's, and - is standard input or output.\n"
+        "machine's, any other one of the host's, and - is standard input or output.\n\n"
         "Files are replaced whole or not at all: a command that fails or is interrupted leaves what "
         "stood there. Errors in a file are told on standard error as FILE:LINE: TEXT.");
     tree.Tells(root, "EXAMPLES",

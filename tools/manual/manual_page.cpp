@@ -21,6 +21,8 @@ constexpr char Environment[] =
     "~/.local/share without either.\n"
     ".TP\n.B TMPDIR\nWhere passing files and machines are made; /tmp without it.\n";
 
+constexpr std::size_t Indent = 4; // of lines that stand as they are
+
 std::string Upper(std::string text) {
     for (char &c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     return text;
@@ -81,27 +83,37 @@ std::vector<const CLI::App *> Doers(const CLI::App &command) {
     return doers;
 }
 
-std::string Paragraphs(const std::string &text) {
-    std::string roff;
+std::string Laid_Out(const std::string &text) {
+    std::string roff = ".PP\n";
     bool literal = false;
     for (std::size_t start = 0; start <= text.size();) {
         const std::size_t end = std::min(text.find('\n', start), text.size());
         const std::string line = text.substr(start, end - start);
         start = end + 1;
-        const bool is_literal = line.starts_with("    ");
-        if (is_literal != literal) roff += is_literal ? ".PP\n.RS 4\n.nf\n" : ".fi\n.RE\n";
+        const bool is_literal = line.starts_with(' ');
+        if (is_literal != literal) roff += is_literal ? ".PP\n.RS 4\n.nf\n" : ".fi\n.RE\n.PP\n";
         literal = is_literal;
-        if (line.empty()) continue;
-        roff += (literal ? "" : ".PP\n") + Roff_Text(literal ? line.substr(4) : line) + "\n";
+        if (line.empty())
+            roff += ".PP\n";
+        else
+            roff +=
+                Roff_Text(literal ? line.substr(std::min(line.find_first_not_of(' '), Indent)) : line) + "\n";
     }
     return roff + (literal ? ".fi\n.RE\n" : "");
+}
+
+/// The help's last words, without those that a command has from the one above it.
+std::string Footer_Of(const CLI::App &command) {
+    const std::string footer = command.get_footer();
+    const bool is_its_own = command.get_parent() == nullptr || command.get_parent()->get_footer() != footer;
+    return footer.empty() || !is_its_own ? "" : Laid_Out(footer);
 }
 
 /// What the command tells of itself in front of all else.
 std::string Told_Description(CommandTree &tree, const CLI::App &command) {
     std::string text;
     for (const auto &[title, told] : tree.Manual_Of(&command))
-        if (title == "DESCRIPTION") text += Paragraphs(told);
+        if (title == "DESCRIPTION") text += Laid_Out(told);
     return text;
 }
 
@@ -115,9 +127,9 @@ std::string Told(CommandTree &tree, const CLI::App &command, bool examples) {
                 std::find_if(sections.begin(), sections.end(),
                              [&, &wanted = title](const auto &one) { return one.first == wanted; });
             if (place == sections.end())
-                sections.emplace_back(title, Paragraphs(text));
+                sections.emplace_back(title, Laid_Out(text));
             else
-                place->second += Paragraphs(text);
+                place->second += Laid_Out(text);
         }
     };
     add(&command);
@@ -148,6 +160,7 @@ std::string Body_Of_Command(const CLI::App &command, const CLI::App &root) {
         else
             text += ".SH OPTIONS\n";
         text += Arguments(*doer);
+        if (is_group) text += Footer_Of(*doer);
     }
     if (is_group) text += ".SH OPTIONS OF ALL COMMANDS\n";
     for (const ArgumentFacts &option : Options_Of_All(root)) text += Argument(option);
@@ -197,7 +210,7 @@ std::string Manual_Page(CommandTree &tree, const CLI::App &command) {
             Roff_Text(Phrase(command.get_description())) + "\n.SH SYNOPSIS\n";
     for (const CLI::App *each : is_root ? std::vector<const CLI::App *>{&root} : Doers(command))
         text += Written(*each) + "\n.br\n";
-    text += ".SH DESCRIPTION\n" + Roff_Text(Sentence(command.get_description())) + "\n" +
+    text += ".SH DESCRIPTION\n" + Roff_Text(Sentence(command.get_description())) + "\n" + Footer_Of(command) +
             Told_Description(tree, command);
     text += is_root ? Body_Of_Root(root) : Body_Of_Command(command, root);
     return text + Told(tree, command, false) + Exit_Status + Environment + Told(tree, command, true) +

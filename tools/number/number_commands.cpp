@@ -12,7 +12,7 @@ void Add_Number(CommandTree &tree) {
         "What is dialled depends on the location: its country and area, its prefixes for an outside line "
         "and for long distance, its code against call waiting, tones or pulses. With --from the "
         "translation is done on a copy of the machine's telephony settings: its current location stays "
-        "what it is, also for programs that dial at the same time.\n"
+        "what it is, also for programs that dial at the same time.\n\n"
         "The exit code is 1 for a number that is not canonical, one that cannot be dialled, an unknown "
         "location, and a machine without a telephony service or line device.");
     tree.Tells(number, "EXAMPLES",
