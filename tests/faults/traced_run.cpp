@@ -29,7 +29,7 @@ TracedRun::TracedRun(const std::function<int()> &work) {
         raise(SIGSTOP);
         _exit(work());
     }
-    waitpid(id_, &status_, 0);
+    if (id_ < 0 || waitpid(id_, &status_, 0) != id_ || !WIFSTOPPED(status_)) std::abort();
     ptrace(PTRACE_SETOPTIONS, id_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
 }
 
@@ -106,6 +106,7 @@ std::string Seen_By_Another(const std::function<std::string()> &work) {
     int ends[2];
     if (pipe(ends) != 0) std::abort();
     const pid_t id = fork();
+    if (id < 0) std::abort();
     if (id == 0) {
         const std::string seen = work();
         _exit(write(ends[1], seen.data(), seen.size()) == static_cast<ssize_t>(seen.size()) ? 0 : 1);
