@@ -9,6 +9,11 @@
 
 namespace tools {
 
+static int Out_Of_Memory() {
+    std::fputs("kelmara: not enough memory\n", stderr);
+    return Exit_Unusable;
+}
+
 CommandTree::CommandTree()
     : root_("Works on what the kelmara library keeps: machines, registries, string tables, texts.",
             "kelmara") {
@@ -64,8 +69,11 @@ int CommandTree::Run_Chosen(const char *const *argv) {
         std::fprintf(stderr, "kelmara: %s\n", failure.what());
         return failure.Code();
     } catch (const std::bad_alloc &) {
-        std::fputs("kelmara: not enough memory\n", stderr);
-        return Exit_Unusable;
+        return Out_Of_Memory();
+    } catch (int) { // the library's way to say it
+        return Out_Of_Memory();
+    } catch (long) {
+        return Out_Of_Memory();
     }
 }
 

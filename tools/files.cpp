@@ -1,6 +1,7 @@
 #include <tools/failure.h>
 #include <tools/files.h>
 #include <tools/interruption.h>
+#include <tools/working_file.h>
 
 #include <kelmara/system/file.h>
 #include <platform/machine.h>
@@ -21,6 +22,7 @@ namespace {
 constexpr std::size_t Largest_File = std::size_t{1} << 30;
 
 [[noreturn]] void Fail_On(const std::string &name, int error) {
+    if (error == EINTR) End_If_Interrupted();
     throw Failure(Exit_Unusable, name + ": " + std::strerror(error));
 }
 
@@ -156,9 +158,14 @@ void Replace_File(const std::string &name, const std::string &content) {
     bool there = false;
     Require_Writable(target, name, &before, &there);
     if (there && !S_ISREG(before.st_mode)) return Write_Through(target, content, name);
-    const std::string work = target + ".new" + std::to_string(getpid());
+    const std::string work = target + Working_Mark + std::to_string(getpid());
     Write_New_File(work, content, name);
-    End_If_Interrupted(); // the one point where the work is whole and nothing has happened yet
+    try {
+        End_If_Interrupted(); // the one point where the work is whole and nothing has happened yet
+    } catch (...) {
+        unlink(work.c_str());
+        throw;
+    }
     Take_Name(work, target, there ? &before : nullptr);
 }
 

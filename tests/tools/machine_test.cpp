@@ -137,8 +137,10 @@ TEST_F(MachineCommand, CheckTellsAndRepairMends) {
     registry[registry.find("xxxx")] = 'y';
     machine.Write("registry/registry.log", registry + std::string(24, '\x7F'));
     machine.Write("registry/registry.log.new", "half");
-    machine.Write("drive_c/a.txt.new999999999", "half");
-    machine.Write("drive_c/a.txt.new" + std::to_string(getpid()), "of a living process");
+    machine.Write("drive_c/a.txt.kelmara-new999999999", "half");
+    machine.Write("drive_c/b.txt.kelmara-new999999999-1760000000", "half");
+    machine.Write("drive_c/report.new2024", "the user's own");
+    machine.Write("drive_c/a.txt.kelmara-new" + std::to_string(getpid()), "of a living process");
     SecondProcess killed("short_lived", {"Gone"}), living("short_lived", {"Here"});
     ASSERT_EQ(killed.Hear() + living.Hear(), "readyready");
     killed.Kill();
@@ -146,8 +148,10 @@ TEST_F(MachineCommand, CheckTellsAndRepairMends) {
 
     const CommandRun check({"machine", "check"});
     EXPECT_EQ(check.exit_code, 1);
-    for (const char *finding : {"damaged bytes", "24 bytes that a writer left", "a rewriting was left",
-                                "a.txt.new999999999: working file", "\"Gone\", \"x\" is gone"})
+    for (const char *finding :
+         {"damaged bytes", "24 bytes that a writer left", "a rewriting was left",
+          "a.txt.kelmara-new999999999: working file", "b.txt.kelmara-new999999999-1760000000: working file",
+          "\"Gone\", \"x\" is gone"})
         EXPECT_NE(check.output.find(finding), std::string::npos) << finding << " in\n" << check.output;
     EXPECT_EQ(std::count(check.output.begin(), check.output.end(), '\n'), 5);
 
@@ -156,7 +160,8 @@ TEST_F(MachineCommand, CheckTellsAndRepairMends) {
     for (const Json &each : Json::parse(repair.output)) EXPECT_FALSE(each["mended"].is_null()) << each;
     EXPECT_EQ(CommandRun({"machine", "check"}).output, "nothing is wrong\n");
     EXPECT_EQ(TestKey("Kept").Get("second"), "kept");
-    EXPECT_TRUE(fs::exists(machine.Path("drive_c/a.txt.new" + std::to_string(getpid()))));
+    EXPECT_TRUE(fs::exists(machine.Path("drive_c/a.txt.kelmara-new" + std::to_string(getpid()))));
+    EXPECT_TRUE(fs::exists(machine.Path("drive_c/report.new2024")));
     EXPECT_TRUE(fs::exists(machine.Path("registry/registry.log.damaged-1")));
 
     machine.Set("windows", "vista");

@@ -6,14 +6,17 @@
 #include <tools/files.h>
 #include <tools/interruption.h>
 #include <tools/machine/settings_text.h>
+#include <tools/working_file.h>
 
 #include <platform/errors.h>
 #include <platform/machine.h>
 #include <platform/machine_contents.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <unistd.h>
 
@@ -54,15 +57,20 @@ void Add_Registry_Findings(const MachineRegistry &registry, const std::string &f
     if (registry.left_aside) add("a rewriting was left unfinished beside it", "removed");
 }
 
-/// "name.new123", of a process that is there no more.
+bool Are_Digits(const char *begin, const char *end) {
+    return begin != end && std::all_of(begin, end, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// Of a command (Working_Mark) whose process is there no more.
 bool Is_Left_Working_File(const std::string &name) {
-    const std::size_t mark = name.rfind(".new");
+    const std::size_t mark = name.rfind(Working_Mark);
     if (mark == name.npos) return false;
     long process = 0;
-    const char *begin = name.data() + mark + 4, *end = name.data() + name.size();
+    const char *const begin = name.data() + mark + std::strlen(Working_Mark), *const end =
+                                                                                  name.data() + name.size();
     const auto [stop, error] = std::from_chars(begin, end, process);
-    return begin != end && error == std::errc() && stop == end && process > 0 && kill(process, 0) != 0 &&
-           errno == ESRCH;
+    const bool is_whole = stop == end || (*stop == '-' && Are_Digits(stop + 1, end));
+    return error == std::errc() && is_whole && process > 0 && kill(process, 0) != 0 && errno == ESRCH;
 }
 
 void Check_Working_File(const std::string &path, const std::string &what, Findings &findings, bool repair) {
@@ -104,9 +112,10 @@ void Check_Working_Files(Findings &findings, bool repair) {
     using namespace std::filesystem;
     const std::string machine = Machine_Folder();
     std::error_code error;
-    for (const directory_entry &entry : directory_iterator(machine, error)) {
-        if (entry.path().filename().string().starts_with("machine.id."))
-            Check_Working_File(entry.path(), "left from the making of the machine", findings, repair);
+    directory_iterator making(machine, error);
+    for (; !error && making != directory_iterator(); making.increment(error)) {
+        if (making->path().filename().string().starts_with("machine.id."))
+            Check_Working_File(making->path(), "left from the making of the machine", findings, repair);
     }
     for (char letter = 'a'; letter < 'z'; ++letter) {
         const path drive = machine + "/drive_" + letter;
@@ -114,7 +123,8 @@ void Check_Working_Files(Findings &findings, bool repair) {
         recursive_directory_iterator entry(drive, directory_options::skip_permission_denied, error);
         for (; !error && entry != recursive_directory_iterator(); entry.increment(error)) {
             End_If_Interrupted();
-            if (Is_Left_Working_File(entry->path().filename()) && entry->is_regular_file(error))
+            std::error_code gone;
+            if (Is_Left_Working_File(entry->path().filename()) && entry->is_regular_file(gone))
                 Check_Working_File(entry->path(), "working file of a command that was killed", findings,
                                    repair);
         }

@@ -67,6 +67,8 @@ std::string Make_In(const std::string &folder) {
 
 ExitCode Make_Machine(const InitOptions &options) {
     const std::string settings = Settings_Of(options);
+    // What somebody else has made meanwhile, in the same folder, is not taken away again.
+    const bool made = !options.folder.empty() && mkdir(options.folder.c_str(), 0700) == 0;
     const std::string folder = Make_In(options.folder);
     try {
         if (!settings.empty()) Write_New(folder + "/machine.conf", settings);
@@ -74,7 +76,7 @@ ExitCode Make_Machine(const InitOptions &options) {
         if (!Host_Path("c:\\", path, sizeof path))
             throw Failure(Exit_Unusable, folder + "/drive_c: cannot be made");
     } catch (const Failure &) {
-        Remove_Machine(folder.c_str());
+        if (made) Remove_Machine(folder.c_str());
         throw;
     }
     Print_Line("made a machine in " + folder);
