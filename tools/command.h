@@ -10,8 +10,8 @@
 //     }
 //
 // The texts given here are the help, the manual pages and the shell completion. An argument is completed with
-// files where its name or type has FILE or TEMPLATE in it or its description speaks of standard input or
-// output, and with folders for FOLDER.
+// files where its name or type has FILE, TEMPLATE, TABLE, SOURCE or TRANSLATION in it or its description
+// speaks of standard input or output, and with folders for FOLDER.
 
 #include <CLI/CLI.hpp>
 #include <functional>

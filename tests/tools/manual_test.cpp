@@ -99,6 +99,7 @@ TEST_F(ManualCommands, BashCompletesWhateverTheTreeHas) {
              {"kelmara sections here/o", "here/one file.sct"},
              {"kelmara expand x --fields = here/", "here/one file.sct"},
              {"kelmara manual --all he", "here"},
+             {"kelmara ltx check --against here/o", "here/one file.sct"},
              {"kelmara number dial 911 --from \"\"", ""},
              {"kelmara sections here/x here/", ""},
              {"kelmara none \"\"", ""}})

@@ -16,8 +16,8 @@ bool Has_Any(const std::string &text, std::initializer_list<const char *> words)
 
 ArgumentFacts::Kind Kind_Of(const std::string &value, const std::string &description) {
     if (Has_Any(value, {"FOLDER"})) return ArgumentFacts::Kind::Folder;
-    const bool is_file =
-        Has_Any(value, {"FILE", "TEMPLATE"}) || Has_Any(description, {"standard input", "standard output"});
+    const bool is_file = Has_Any(value, {"FILE", "TEMPLATE", "TABLE", "SOURCE", "TRANSLATION"}) ||
+                         Has_Any(description, {"standard input", "standard output"});
     return is_file ? ArgumentFacts::Kind::File : ArgumentFacts::Kind::Any;
 }
 
