@@ -153,7 +153,7 @@ TEST_F(MachineCommand, CheckTellsAndRepairMends) {
           "a.txt.kelmara-new999999999: working file", "b.txt.kelmara-new999999999-1760000000: working file",
           "\"Gone\", \"x\" is gone"})
         EXPECT_NE(check.output.find(finding), std::string::npos) << finding << " in\n" << check.output;
-    EXPECT_EQ(std::count(check.output.begin(), check.output.end(), '\n'), 5);
+    EXPECT_EQ(std::count(check.output.begin(), check.output.end(), '\n'), 6);
 
     const CommandRun repair({"machine", "check", "--repair", "--json"});
     EXPECT_EQ(repair.exit_code, 0) << repair.output;
