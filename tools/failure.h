@@ -22,11 +22,16 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
+/// A file that an argument names, as texts for people call it.
+inline std::string Shown_Name(const std::string &file) {
+    return file == "-" ? "standard input" : file;
+}
+
 /// What a line of a file makes impossible: shown as "file:line: text", without a name in front.
 class FaultInFile : public Failure {
   public:
     FaultInFile(const std::string &file, unsigned long line, const std::string &text)
-        : Failure(Exit_Unusable, file + ":" + std::to_string(line) + ": " + text) {}
+        : Failure(Exit_Unusable, Shown_Name(file) + ":" + std::to_string(line) + ": " + text) {}
 };
 
 } // namespace tools

@@ -20,6 +20,7 @@ namespace tools {
 namespace {
 
 constexpr std::size_t Largest_File = std::size_t{1} << 30;
+constexpr int Most_Links = 40;
 
 [[noreturn]] void Fail_On(const std::string &name, int error) {
     if (error == EINTR) End_If_Interrupted();
@@ -68,10 +69,19 @@ void Write_All(int descriptor, const std::string &content, const std::string &na
     }
 }
 
-/// The file that a write to `host_path` reaches.
-std::string Target_Of(const std::string &host_path) {
+/// The file that a write to `host_path` reaches, also through links to one that is not there yet.
+std::string Target_Of(const std::string &host_path, const std::string &name) {
     const std::unique_ptr<char, void (*)(void *)> resolved(realpath(host_path.c_str(), nullptr), std::free);
-    return resolved ? resolved.get() : host_path;
+    if (resolved) return resolved.get();
+    std::string path = host_path;
+    for (int links = 0; links < Most_Links; ++links) {
+        char to[PATH_MAX];
+        const ssize_t size = readlink(path.c_str(), to, sizeof to);
+        if (size < 0) return path;
+        const std::size_t behind_folder = *to == '/' ? 0 : path.rfind('/') + 1;
+        path.replace(behind_folder, path.npos, to, static_cast<std::size_t>(size));
+    }
+    Fail_On(name, ELOOP);
 }
 
 void Require_Writable(const std::string &path, const std::string &name, struct stat *before, bool *there) {
@@ -153,7 +163,7 @@ std::string Read_File(const std::string &name) {
 
 void Replace_File(const std::string &name, const std::string &content) {
     if (name == "-") return Write_All(STDOUT_FILENO, content, "standard output");
-    const std::string target = Target_Of(Host_Name(name));
+    const std::string target = Target_Of(Host_Name(name), name);
     struct stat before = {};
     bool there = false;
     Require_Writable(target, name, &before, &there);

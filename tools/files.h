@@ -13,7 +13,8 @@ std::string Read_File(const std::string &name);
 
 /// Puts `content` at `name`, all or nothing: it is written to a working file beside it, reaches the disk, and
 /// takes the name in one step. What stood there keeps its permissions; through a symbolic link its target is
-/// replaced. Fails with 2, and what stood there is as it was; a killed command can leave a working file.
+/// replaced, or made where there is none yet. Fails with 2, and what stood there is as it was; a killed
+/// command can leave a working file.
 /// "-" is standard output; into a device or a pipe the content is written.
 void Replace_File(const std::string &name, const std::string &content);
 

@@ -2,9 +2,11 @@
 #include <tools/files.h>
 #include <tools/json.h>
 #include <tools/output.h>
+#include <tools/progress.h>
 
 #include <algorithm>
 #include <array>
+#include <unistd.h>
 
 namespace tools {
 
@@ -29,8 +31,8 @@ int Byte_Of(unsigned character) {
     return place == Upper_Controls.end() ? -1 : static_cast<int>(0x80 + (place - Upper_Controls.begin()));
 }
 
-/// The character at `place`, moved behind it. Characters beyond three bytes, and what is no UTF-8, give
-/// 0xFFFFFFFF.
+/// The character at `place`, moved behind it. Characters beyond three bytes, and what is no UTF-8 (longer
+/// than it needs to be, too), give 0xFFFFFFFF.
 unsigned Next_Character(const std::string &utf8, std::size_t &place) {
     const auto byte = [&](std::size_t at) {
         return at < utf8.size() ? static_cast<unsigned char>(utf8[at]) : 0u;
@@ -38,10 +40,11 @@ unsigned Next_Character(const std::string &utf8, std::size_t &place) {
     const auto follows = [&](std::size_t at) { return (byte(at) & 0xC0) == 0x80; };
     const unsigned first = byte(place);
     if (first < 0x80) return place += 1, first;
-    if ((first & 0xE0) == 0xC0 && follows(place + 1))
-        return place += 2, (first & 0x1F) << 6 | (byte(place - 1) & 0x3F);
-    if ((first & 0xF0) == 0xE0 && follows(place + 1) && follows(place + 2))
-        return place += 3, (first & 0x0F) << 12 | (byte(place - 2) & 0x3F) << 6 | (byte(place - 1) & 0x3F);
+    const unsigned of_two = (first & 0x1F) << 6 | (byte(place + 1) & 0x3F);
+    if ((first & 0xE0) == 0xC0 && follows(place + 1) && of_two >= 0x80) return place += 2, of_two;
+    const unsigned of_three = (first & 0x0F) << 12 | (byte(place + 1) & 0x3F) << 6 | (byte(place + 2) & 0x3F);
+    if ((first & 0xF0) == 0xE0 && follows(place + 1) && follows(place + 2) && of_three >= 0x800)
+        return place += 3, of_three;
     return place += 1, 0xFFFFFFFF;
 }
 
@@ -64,6 +67,7 @@ void Print_Json(const Json &value) {
 void Flush_Output() {
     std::string now;
     now.swap(waiting);
+    if (!now.empty() && isatty(STDOUT_FILENO) == 1) Make_Room_On_Terminal(!now.ends_with('\n'));
     Replace_File("-", now);
 }
 

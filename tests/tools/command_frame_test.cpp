@@ -7,10 +7,12 @@
 #include <tools/failure.h>
 #include <tools/files.h>
 #include <tools/output.h>
+#include <tools/progress.h>
 
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -59,9 +61,15 @@ TEST_F(CommandFrame, FilesAreReplacedWholeAndKeepTheirPermissionsAndLinks) {
     struct stat now = {};
     ASSERT_EQ(stat(file.c_str(), &now), 0);
     EXPECT_EQ(now.st_mode & 0777, 0640u);
+    std::filesystem::create_symlink("b.txt", machine.Path("drive_c/texts/dangling"));
+    std::filesystem::create_symlink(machine.Path("drive_c/texts/dangling"),
+                                    machine.Path("drive_c/texts/far"));
+    tools::Replace_File(machine.Path("drive_c/texts/far"), "five");
+    EXPECT_EQ(tools::Read_File(machine.Path("drive_c/texts/b.txt")), "five");
+    EXPECT_TRUE(std::filesystem::is_symlink(machine.Path("drive_c/texts/far")));
     tools::Replace_File(file, "");
     EXPECT_EQ(tools::Read_File("c:\\texts\\A.TXT"), "");
-    EXPECT_EQ(Files_In(machine.Path("drive_c/texts")), 2u) << "a working file was left";
+    EXPECT_EQ(Files_In(machine.Path("drive_c/texts")), 5u) << "a working file was left";
 
     const std::string pipe = machine.Path("drive_c/texts/pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -86,12 +94,46 @@ TEST_F(CommandFrame, WhatCannotBeReadOrWrittenIsNamed) {
     EXPECT_EQ(Files_In(folder), 0u);
 }
 
+/// What a terminal is given by work of slow steps that writes in between.
+std::string Shown_By_Slow_Work() {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    grantpt(terminal);
+    unlockpt(terminal);
+    const pid_t worker = fork();
+    if (worker == 0) {
+        const int end = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+        dup2(end, STDOUT_FILENO);
+        dup2(end, STDERR_FILENO);
+        tools::Progress whole("working", 4);
+        for (int step = 0; step < 4; ++step) {
+            usleep(step == 0 ? 0 : step == 1 ? 1200000 : 150000);
+            whole.Step();
+            tools::Print(step == 2 ? "begun " : "text\n");
+            tools::Flush_Output();
+        }
+        _exit(0);
+    }
+    waitpid(worker, nullptr, 0);
+    std::string shown;
+    for (char c; read(terminal, &c, 1) == 1;) shown += c;
+    close(terminal);
+    return shown;
+}
+
+TEST_F(CommandFrame, ProgressIsShownAfterASecondAndStandsInNobodysWay) {
+    EXPECT_EQ(Shown_By_Slow_Work(), "text\r\n"
+                                    "\r\033[Kworking [###############...............]  50 %\r\033[Ktext\r\n"
+                                    "\r\033[Kworking [######################........]  75 %\r\033[Kbegun "
+                                    "text\r\n");
+}
+
 TEST_F(CommandFrame, EveryByteGoesThroughJsonAndBack) {
     std::string all;
     for (int byte = 0; byte < 256; byte++) all += static_cast<char>(byte);
     EXPECT_EQ(tools::Machine_Text_Of(tools::Utf8_Of(all)), all);
     EXPECT_EQ(tools::Utf8_Of("\x80\xFC"), "\xE2\x82\xAC\xC3\xBC");
-    for (const char *beyond : {"\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "\xC3", "\xFF"})
+    for (const char *beyond :
+         {"\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "\xC3", "\xFF", "\xC1\x81", "\xE0\x83\xBC"})
         EXPECT_NE(Failure_Of([&] { tools::Machine_Text_Of(beyond); }), "") << beyond;
 }
 

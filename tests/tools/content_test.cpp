@@ -10,6 +10,7 @@
 #include <tools/json.h>
 #include <tools/output.h>
 
+#include <chrono>
 #include <random>
 
 namespace {
@@ -87,7 +88,7 @@ TEST_F(ContentCommands, SectionsAreExplainedAsTheyAreParsed) {
 TEST_F(ContentCommands, SectionsStandLineByLineUpToTheFault) {
     const CommandRun run({"sections", "-"}, "a\n[one]\nb = \"1\" ;2\nB=[two]\n[bad\nx=1\n");
     EXPECT_EQ(run.exit_code, 2);
-    EXPECT_EQ(run.errors, "-:5: a section's name has no \"]\" on its line\n");
+    EXPECT_EQ(run.errors, "standard input:5: a section's name has no \"]\" on its line\n");
     EXPECT_EQ(run.output,
               "1  - no \"=\": it begins the name of the next item\n"
               "2  [ONE]\n"
@@ -156,6 +157,11 @@ TEST_F(ContentCommands, DefinesTellWhatIsLost) {
                               "5      (the name goes on behind the line's end: no blank stands behind it)\n"
                               "6  - part of the name that begins on line 5\n"
                               "4 defines\n");
+    std::string one_line; // of which every define once looked for the end
+    for (int i = 0; i < 1000000; ++i) one_line += "#define ";
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Find_Defines(one_line).size(), 1000000u);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
     EXPECT_EQ(
         Json::parse(CommandRun({"defines", "-", "--json"}, "#define A 'AAAA'\r\n").output)["defines"].dump(),
         R"([{"name":"A","value":"'AAAA'","line":1}])");
@@ -208,15 +214,16 @@ TEST_F(ContentCommands, TemplatesAreFilledInWholeOrNotAtAll) {
         std::string text, error;
     } faults[] = {
         {"\n100% sure",
-         "-:2: \"%\" begins a token that has no end; the character itself is written \"%%\"\n"},
-        {"^A^\r\n^a^", "-:1: ^A^: no variable \"A\"; --var NAME=VALUE gives one\n"},
+         "standard input:2: \"%\" begins a token that has no end; the character itself is written \"%%\"\n"},
+        {"^A^\r\n^a^", "standard input:1: ^A^: no variable \"A\"; --var NAME=VALUE gives one\n"},
         {"a\r\nb\r&Short&",
-         "-:3: &Short&: & tokens need --define-file and --fields, and a define of a quote and "
+         "standard input:3: &Short&: & tokens need --define-file and --fields, and a define of a quote and "
          "four characters\n"},
-        {"$'NONE','PROV'$", "-:1: $'NONE','PROV'$: no section of that name in --fields\n"},
-        {"$'SERV','NONE'$", "-:1: $'SERV','NONE'$: no such field in that section of the fields\n"},
-        {"%" + std::string(256, 'a') + "%", "-:1: a token's name has at most 255 characters\n"},
-        {std::string("a\0b", 3), "-:1: a zero byte, at which a template ends\n"},
+        {"$'NONE','PROV'$", "standard input:1: $'NONE','PROV'$: no section of that name in --fields\n"},
+        {"$'SERV','NONE'$",
+         "standard input:1: $'SERV','NONE'$: no such field in that section of the fields\n"},
+        {"%" + std::string(256, 'a') + "%", "standard input:1: a token's name has at most 255 characters\n"},
+        {std::string("a\0b", 3), "standard input:1: a zero byte, at which a template ends\n"},
     };
     machine.Write("out", "before");
     for (const auto &[text, error] : faults) {
@@ -227,7 +234,9 @@ TEST_F(ContentCommands, TemplatesAreFilledInWholeOrNotAtAll) {
         EXPECT_EQ(run.errors, error);
         EXPECT_EQ(machine.Read("out"), "before");
     }
-    for (const char *descriptor : {"a,b", "a,CODES,1", "a,CODE,1x", "a,CODE,99999999999"})
+    for (const char *option : {"--fields", "--define-file"})
+        EXPECT_EQ(CommandRun({"expand", "-", option, ""}).exit_code, 2) << option;
+    for (const char *descriptor : {"", "a,b", "a,CODES,1", "a,CODE,1x", "a,CODE,99999999999"})
         EXPECT_EQ(CommandRun({"expand", "-", "--descriptor", descriptor}).exit_code, 2) << descriptor;
 
     std::string longer; // than the room that is tried first

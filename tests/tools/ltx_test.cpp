@@ -230,6 +230,10 @@ TEST_F(Ltx, ChecksTellTheLineOrTheEntry) {
               Host("a") + ": ID 1: ID is there already, as entry 0, which is the one that counts\n");
     EXPECT_EQ(Run({"check", source, "--against", source}).exit_code, 0);
     EXPECT_EQ(Run({"check", "-", "--json"}, Ordinary).output, "[]\n");
+    machine.Write("drive_c/d\xC3\xBC/[a,b]", "");
+    EXPECT_THAT(Run({"check", Host("d\xC3\xBC/[a,b]"), "--against", "-", "--json"}, Ordinary).output,
+                testing::HasSubstr("KMSTR_DIAL is missing in " + Host("d\xC3\xBC/[a,b]\"")))
+        << "names are the host's";
 }
 
 TEST_F(Ltx, MergedTranslationsTellWhatIsToBeDone) {
@@ -239,13 +243,14 @@ TEST_F(Ltx, MergedTranslationsTellWhatIsToBeDone) {
         return Merge(strings.strings, Translation_Of(Text_Of("t", translation)), {}, counts).Text();
     };
     const std::string first =
-        merge("OK\tOK\t0\tc\nDial\tDIAL\t0\tc\nGone\tGONE\t0\tc\n",
-              "# head\n\n# mine\nGut\tOK\t0\tmein\nWahl\tDIAL\t0\tc\nWeg\tGONE\t0\tc\n");
+        merge("OK\tOK\t0\tc\nDial\tDIAL\t0\tc\nGone\tGONE\t3\tc\n",
+              "# head\n\n# mine\nGut\tOK\t0\tmein\nWahl\tDIAL\t0\tc\nWeg\tGONE\t3\tc\n");
     const std::string source = "New\tNEW\t0\tc\nDial now\tDIAL\t7\tc\nOK\tOK\t0\tc\n";
     const std::string second = merge(source, first);
     EXPECT_EQ(second, "# head\n\n#new\n#source: New\nNew\tNEW\t0\tc\n"
                       "#changed from: Dial\n#source: Dial now\nWahl\tDIAL\t7\tc\n"
-                      "# mine\n#source: OK\nGut\tOK\t0\tmein\n#no longer there: GONE: Weg\n");
+                      "# mine\n#source: OK\nGut\tOK\t0\tmein\n#no longer there: GONE: Weg\n#its type: "
+                      "3\n#its comments: c\n");
     EXPECT_EQ(merge("Dial\tDIAL\t0\tc\n", second).find("#changed"), std::string::npos) << "it is back";
 
     Random random;
@@ -261,6 +266,7 @@ TEST_F(Ltx, MergedTranslationsTellWhatIsToBeDone) {
 TEST_F(Ltx, CommandsEndWithTheirCodesAndSpareTheFile) {
     machine.Write("drive_c/t.ltx", Compiled("t", Ordinary));
     machine.Write("drive_c/damaged.ltx", Compiled("t", Ordinary).substr(0, 300));
+    machine.Write("drive_c/nothing.ltx", Compiled("t", Ordinary).substr(0, 30));
     const std::string table = machine.Read("drive_c/t.ltx");
     EXPECT_EQ(Run({"get", "c:\\t.ltx", "KMSTR_DIAL", "--utf8"}).output, "W\xC3\xA4hle\n");
     const std::vector<std::string> refused[] = {{"get", "c:\\t.ltx", "kmstr_dial"},
@@ -272,6 +278,9 @@ TEST_F(Ltx, CommandsEndWithTheirCodesAndSpareTheFile) {
                                                  {"compile", "c:\\missing.txt", "c:\\t.ltx"},
                                                  {"compile", "c:\\damaged.ltx", "c:\\t.ltx"},
                                                  {"dump", "c:\\damaged.ltx", "c:\\t.ltx"},
+                                                 {"dump", "c:\\nothing.ltx", "c:\\t.ltx", "--anyway"},
+                                                 {"set", "c:\\t.ltx", "KMSTR_DIAL", "x", "--type", ""},
+                                                 {"check", "c:\\t.ltx", "--against", ""},
                                                  {"stats", "c:\\damaged.ltx"},
                                                  {"delete", "c:\\damaged.ltx", "KMSTR_NONE"},
                                                  {"merge", "c:\\t.ltx", "c:\\damaged.ltx", "c:\\t.ltx"}};
@@ -284,6 +293,8 @@ TEST_F(Ltx, CommandsEndWithTheirCodesAndSpareTheFile) {
     const CommandRun rescued = Run({"dump", "c:\\damaged.ltx", "--anyway"});
     EXPECT_EQ(rescued.exit_code, 1);
     EXPECT_EQ(rescued.output, Ordinary.substr(0, Ordinary.find('\n') + 1));
+    EXPECT_EQ(Run({"merge", "c:\\t.ltx", "/dev/null", "-", "--json"}).errors.substr(0, 13),
+              "{\n  \"new\": 3,");
     EXPECT_NE(Run({"stats", "c:\\t.ltx", "--json"}).output.find("\"strings\": 3"), std::string::npos);
 }
 

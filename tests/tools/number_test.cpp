@@ -55,10 +55,11 @@ TEST_F(NumberCommands, NumbersAreCanonicalOrTellWhyNot) {
                       number.rest,
                   fields);
     }
-    const CommandRun run({"number", "parse", "--json", "+1 (206) 555-1212", "206"});
+    const CommandRun run({"number", "parse", "--json", "+1 (206) 555-1212", "[206,1]"});
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_EQ(Json::parse(run.output)[0]["line"], "1212");
     EXPECT_FALSE(Json::parse(run.output)[1]["canonical"]);
+    EXPECT_EQ(Json::parse(run.output)[1]["number"], "[206,1]");
 }
 
 TEST_F(NumberCommands, EveryPartOfWhatIsDialledHasItsRule) {

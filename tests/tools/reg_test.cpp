@@ -1,5 +1,6 @@
 // `kelmara reg` on machines: what is carried over comes back equal, and what is refused changes nothing.
 
+#include <tests/support/failing_new.h>
 #include <tests/support/registry_verbs.h>
 #include <tests/tools/command_run.h>
 
@@ -131,6 +132,31 @@ TEST_F(RegCommand, AChangeThatFailsTakesBackThoseBeforeIt) {
     RegQueryInfoKeyA(TestKey("Sample\\Gone"), found, &size, nullptr, nullptr, nullptr, nullptr, nullptr,
                      nullptr, nullptr, nullptr, nullptr);
     EXPECT_STREQ(found, "class");
+}
+
+TEST_F(RegCommand, ChangesThatRunOutOfMemoryAreTakenBack) {
+    TestKey("Sample").Set("a", "1");
+    const auto before = Walk("Sample");
+    bool done = false;
+    for (unsigned long nth = 1; !done; ++nth) {
+        Plan plan;
+        plan.Do(Read_Registry_Text("REGEDIT4\n[HKCU\\Sample]\n\"a\"=\"other, and longer than it was\"\n"
+                                   "[HKCU\\Sample\\New\\Below]\n@=\"\"\n\"b\"=\"2\"\n",
+                                   "file"),
+                "file");
+        const std::vector<Change> changes = plan.Take_Changes();
+        try {
+            allocations_until_failure = nth;
+            Make_Changes(changes);
+            done = std::exchange(allocations_until_failure, 0) > 0;
+        } catch (const tools::Failure &failure) {
+            done = std::string(failure.what()).starts_with("all is changed");
+            if (!done) {
+                ASSERT_EQ(Walk("Sample"), before) << nth << " " << failure.what();
+            }
+        }
+    }
+    EXPECT_EQ(Walk("Sample").size(), 6u);
 }
 
 TEST_F(RegCommand, AnInterruptedImportIsWholeOrNothing) {

@@ -2,6 +2,7 @@
 #include <tools/content/passing_file.h>
 #include <tools/failure.h>
 #include <tools/files.h>
+#include <tools/progress.h>
 
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <new>
 #include <set>
+#include <utility>
 
 namespace tools {
 
@@ -48,15 +50,16 @@ std::size_t End_Of_Name(std::string_view text, std::size_t at) {
 
 /// The remarks on the value that begins there.
 void Look_At_Value(std::string_view text, std::size_t at, FoundDefine &found) {
-    const std::size_t feed = text.find('\n', at);
-    const std::size_t length = std::min(feed, text.size()) - at;
+    text = text.substr(at, Longest_Value + 2); // no more of it counts
+    const std::size_t feed = text.find('\n');
+    const std::size_t length = std::min(feed, text.size());
     const auto remark = [&](const char *what) { found.remarks.push_back(what); };
     if (length > Longest_Value + 1 || (length == Longest_Value + 1 && feed == text.npos))
         return remark("the value is cut to 63 bytes");
     const bool loses_one = feed != text.npos && length > 0;
     if (loses_one && text[feed - 1] != '\r')
         remark("the line ends in a bare line feed: the value loses its last character");
-    if (text.substr(at, length).find(Define) != text.npos)
+    if (text.substr(0, length).find(Define) != text.npos)
         remark("the value holds a #define, which counts too");
     if (length - (loses_one ? 1 : 0) < Size_Of_Code)
         remark("no four-character code: & tokens of this name fail");
@@ -109,8 +112,11 @@ std::vector<FoundDefine> Find_Defines(std::string_view text) {
     std::set<std::string> names;
     TextLines lines(text);
     std::string_view line;
+    Progress progress("looking for defines", text.size());
+    std::size_t looked_to = 0;
     for (std::size_t at = text.find(Define); at != text.npos; at = text.find(Define, at)) {
         at += Define.size();
+        progress.Step(at - std::exchange(looked_to, at));
         while (lines.Behind() < at && lines.Next(line)) {
         }
         all.push_back(Look_At_Define(text, at, lines.Number(), names));

@@ -8,6 +8,7 @@
 #include <tools/machine_choice.h>
 #include <tools/output.h>
 #include <tools/progress.h>
+#include <tools/tables/machine_view.h>
 
 namespace tools {
 
@@ -32,7 +33,8 @@ Defines Read_Defines(const std::string &file) {
     std::size_t taken = 0;
     for (const FoundDefine &each : defines.found) taken += each.is_taken;
     if (taken != defines.taken.size())
-        throw Failure(Exit_Unusable, file + ": the explanation does not fit what the library reads");
+        throw Failure(Exit_Unusable,
+                      Shown_Name(file) + ": the explanation does not fit what the library reads");
     return defines;
 }
 
@@ -42,13 +44,14 @@ template <class OnDefine, class OnOther>
 void Walk(const Defines &defines, OnDefine on_define, OnOther on_other) {
     const std::size_t end = End_Of_Defines(defines.text);
     std::size_t next = 0, taken = 0, start = 0;
-    Progress progress("reading lines", Count_Text_Lines(defines.text));
+    Progress progress("reading lines", Count_Text_Lines(defines.text) + defines.found.size());
     TextLines lines(defines.text);
     for (std::string_view line; lines.Next(line); start = lines.Behind(), progress.Step()) {
         const std::size_t first = next;
         for (; next < defines.found.size() && defines.found[next].line == lines.Number(); ++next) {
             const FoundDefine &found = defines.found[next];
             on_define(found, found.is_taken ? &defines.taken[taken++] : nullptr);
+            progress.Step();
         }
         if (next > first) continue;
         const FoundDefine *const before = next > 0 ? &defines.found[next - 1] : nullptr;
@@ -92,7 +95,7 @@ void Tell_List(const Defines &defines, const char *name, OnDefine on_define, OnO
 
 void Tell_Json(const Defines &defines, const std::string &file) {
     const auto nothing = [](JsonList &, unsigned long, const std::string &) {};
-    Print("{\n  \"file\": " + Json(Utf8_Of(file)).dump());
+    Print("{\n  \"file\": " + Json(Host_Text(file)).dump());
     Tell_List(
         defines, "defines",
         [](JsonList &list, const FoundDefine &found, const ParsedDefine *define) {

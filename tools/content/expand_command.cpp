@@ -24,7 +24,8 @@ namespace {
 constexpr std::size_t Longest_Name = 255, Longest_Value = 1024;
 
 struct ExpandOptions {
-    std::string file, define_file, fields, descriptor, output = "-";
+    std::string file, output = "-";
+    std::optional<std::string> define_file, fields, descriptor;
     std::vector<std::string> variables;
 };
 
@@ -79,15 +80,16 @@ void Use_Defines(CTokenizer &tokenizer, const std::string &file) {
     const PassingFile copy(Read_File(file));
     const long result = tokenizer.Use_Define_File(Machine_Path(copy.Path()).c_str());
     if (result != 0)
-        throw Failure(Exit_Unusable, file + ": the library cannot read it: " + std::to_string(result));
+        throw Failure(Exit_Unusable,
+                      Shown_Name(file) + ": the library cannot read it: " + std::to_string(result));
 }
 
 std::string Expanded(const ExpandOptions &options) {
     const Variables variables = Read_Variables(options.variables);
     std::optional<TemplateFields> fields;
     std::optional<ComponentDescriptor> descriptor;
-    if (!options.fields.empty()) fields.emplace(options.fields);
-    if (!options.descriptor.empty()) descriptor = Read_Descriptor(options.descriptor);
+    if (options.fields) fields.emplace(*options.fields);
+    if (options.descriptor) descriptor = Read_Descriptor(*options.descriptor);
     const std::string text = Read_File(options.file);
 
     CHashTable variable_table;
@@ -96,7 +98,7 @@ std::string Expanded(const ExpandOptions &options) {
     tokenizer.Use_Variable_Table(&variable_table);
     if (fields) fields->Give_To(tokenizer);
     if (descriptor) tokenizer.Use_Component_Desc(&*descriptor);
-    if (!options.define_file.empty()) Use_Defines(tokenizer, options.define_file);
+    if (options.define_file) Use_Defines(tokenizer, *options.define_file);
     return Expand_Template(tokenizer, text, options.file);
 }
 

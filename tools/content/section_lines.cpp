@@ -1,5 +1,6 @@
 #include <tools/content/section_lines.h>
 #include <tools/failure.h>
+#include <tools/interruption.h>
 
 #include <kelmara/content/sections.h>
 
@@ -96,6 +97,7 @@ bool SectionReader::Read_Piece() {
     const std::size_t start = lines_.Behind();
     bool is_whole = false;
     for (std::string_view text; !is_whole && lines_.Next(text);) {
+        End_If_Interrupted(); // a piece may be the whole text
         Line line;
         if (at_fault_) {
             line.look.number = lines_.Number();

@@ -7,6 +7,7 @@
 #include <tools/machine_choice.h>
 #include <tools/output.h>
 #include <tools/progress.h>
+#include <tools/tables/machine_view.h>
 
 #include <map>
 #include <optional>
@@ -78,7 +79,7 @@ class SectionListing final : public SectionReport {
 class SectionJson final : public SectionReport {
   public:
     explicit SectionJson(const std::string &file) {
-        Print("{\n  \"file\": " + Json(Utf8_Of(file)).dump() + ",\n  \"sections\": ");
+        Print("{\n  \"file\": " + Json(Host_Text(file)).dump() + ",\n  \"sections\": ");
         sections_.emplace(4);
     }
 

@@ -67,7 +67,7 @@ TemplateFields::TemplateFields(const std::string &file) {
             add(section.items);
         }
     }
-    if (tables_.empty()) throw Failure(Exit_Unusable, file + ": has no section");
+    if (tables_.empty()) throw Failure(Exit_Unusable, Shown_Name(file) + ": has no section");
 }
 
 void TemplateFields::Give_To(CTokenizer &tokenizer) {

@@ -66,7 +66,7 @@ void Require_Whole(const std::string &text, const std::vector<TemplateToken> &to
         throw FaultInFile(file, Line_Of(text, token.place),
                           On_One_Line(token.text) + ": " + Reason_For(token, GetLastError()));
     }
-    throw Failure(Exit_Unusable, file + ": cannot be expanded: error " + std::to_string(error));
+    throw Failure(Exit_Unusable, Shown_Name(file) + ": cannot be expanded: error " + std::to_string(error));
 }
 
 } // namespace
@@ -104,7 +104,7 @@ std::string Expand_Template(CTokenizer &tokenizer, const std::string &text, cons
         result.resize(std::strlen(result.c_str()));
         return result;
     }
-    throw Failure(Exit_Unusable, file + ": the expanded text is too long");
+    throw Failure(Exit_Unusable, Shown_Name(file) + ": the expanded text is too long");
 }
 
 } // namespace tools

@@ -1,3 +1,4 @@
+#include <tools/arguments.h>
 #include <tools/command.h>
 #include <tools/json.h>
 #include <tools/ltx/checks.h>
@@ -5,13 +6,15 @@
 #include <tools/machine_choice.h>
 #include <tools/output.h>
 
+#include <optional>
+
 namespace tools::ltx {
 
 namespace {
 
 struct Options {
     std::vector<std::string> files;
-    std::string source;
+    std::optional<std::string> source;
     bool utf8 = false, json = false;
 };
 
@@ -42,14 +45,14 @@ class Report {
 ExitCode Check_All(const Options &options) {
     const BorrowedMachine machine;
     StringsFile source;
-    if (!options.source.empty()) source = Load_Strings(options.source, options.utf8);
+    if (options.source) source = Load_Strings(*options.source, options.utf8);
     Require_Readable(source);
     Report report(options.json);
     try {
         for (const std::string &name : options.files) {
             const StringsFile file = Load_Strings(name, options.utf8);
             report.Add(Check(file));
-            if (!options.source.empty()) report.Add(Check_Against(file, source));
+            if (options.source) report.Add(Check_Against(file, source));
         }
     } catch (const Failure &) {
         report.Finish(); // what the files before had to say
@@ -64,7 +67,9 @@ ExitCode Check_All(const Options &options) {
 void Add_Check(CommandTree &tree, CLI::App *ltx) {
     const auto options = std::make_shared<Options>();
     CLI::App *check = tree.Add("check", "finds what is wrong in tables and texts, and ends with 1 then", ltx);
-    check->add_option("FILE", options->files, "tables (*.ltx) and texts")->required()->type_name("");
+    Each_Whole(check->add_option("FILE", options->files, "tables (*.ltx) and texts"))
+        ->required()
+        ->type_name("");
     check->add_option("--against", options->source, "the source that the files translate, table or text")
         ->type_name("SOURCE");
     check->add_flag("--json", options->json, "the findings as JSON");

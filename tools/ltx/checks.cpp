@@ -85,7 +85,8 @@ std::vector<Finding> Check_Against(const StringsFile &file, const StringsFile &s
         const std::string &identifier = each.string.identifier;
         const bool counts = !identifier.empty() && in_source.at(identifier) == &each;
         if (!counts || in_file.contains(identifier)) continue;
-        findings.push_back(At(source, each, Escaped(identifier) + " is missing in " + file.name));
+        findings.push_back(At(source, each, Escaped(identifier) + " is missing in"));
+        findings.back().named_file = file.name;
     }
     return findings;
 }

@@ -26,6 +26,7 @@ ExitCode Dump(const Options &options) {
     const BorrowedMachine machine;
     const StringsFile file = Load_Table(options.table);
     if (!options.anyway) Require_Faultless(file);
+    if (file.strings.empty()) Require_Readable(file); // no text is given up for nothing
     Replace_File(options.text, Encoded(Dumped(file), options.utf8));
     for (const Finding &fault : file.faults) std::fprintf(stderr, "%s\n", Shown(fault).c_str());
     return file.faults.empty() ? Exit_Success : Exit_Negative;
@@ -50,8 +51,9 @@ void Add_Compile_And_Dump(CommandTree &tree, CLI::App *ltx) {
         ->type_name("");
     dump->add_option("TEXT", options->text, "the text to make or replace, standard output without it")
         ->type_name("");
-    dump->add_flag("--anyway", options->anyway,
-                   "take what can be read of a damaged table, say what is wrong, and end with 1");
+    dump->add_flag(
+        "--anyway", options->anyway,
+        "take what can be read of a damaged table, say what is wrong, and end with 1 (with 2 for nothing)");
     Add_Utf8(dump, options->utf8);
     dump->footer(
         "The table that `compile` makes of the text has the same strings again, byte for byte and in\n"

@@ -12,8 +12,9 @@ struct Finding {
     bool in_table;
     long number; // a line from 1, or an entry's index from 0
     std::string identifier;
-    std::string text;    // for people
-    bool damage = false; // the string cannot be read as it was meant
+    std::string text;            // for people
+    bool damage = false;         // the string cannot be read as it was meant
+    std::string named_file = {}; // stands behind the text, which is the machine's, as the host writes it
 };
 
 /// "file:line: text", "file: identifier index: text", and "file: text" for a table's header.

@@ -1,3 +1,4 @@
+#include <tools/arguments.h>
 #include <tools/command.h>
 #include <tools/files.h>
 #include <tools/json.h>
@@ -39,7 +40,7 @@ class Search {
     const ImageReader &Place() const { return reader_; }
     std::string Image() const { return file_.bytes; }
     void Require() const {
-        if (!found_) throw Failure(Exit_Negative, file_.name + ": no string of that identifier");
+        if (!found_) throw Failure(Exit_Negative, Shown_Name(file_.name) + ": no string of that identifier");
     }
 
   private:
@@ -115,7 +116,7 @@ void Add_Get_Set_And_Delete(CommandTree &tree, CLI::App *ltx) {
         ->required()
         ->type_name("");
     set->add_option("--comments", options->comments, "its comments too");
-    set->add_option("--type", options->type, "its type too");
+    Never_Empty(set->add_option("--type", options->type, "its type too"));
     set->add_flag("--add", options->add, "append the string when it is not there");
     Add_Utf8(set, options->utf8);
     tree.Does(set, [options] { return Set(*options); });

@@ -1,4 +1,5 @@
 #include <tools/ltx/merge.h>
+#include <tools/progress.h>
 
 #include <map>
 #include <set>
@@ -64,7 +65,7 @@ void Carry_Into(const TableString &source, TranslatedString &string, MergeCounts
 
 void Add_Gone(const TranslatedString &string, std::vector<std::string> &lines) {
     lines.insert(lines.end(), string.comments.begin(), string.comments.end());
-    lines.push_back(Gone_Mark(string.string));
+    for (std::string &mark : Gone_Marks(string.string)) lines.push_back(std::move(mark));
 }
 
 } // namespace
@@ -75,7 +76,9 @@ Translation Merge(const std::vector<LocatedString> &source, Translation translat
     std::map<Key, TranslatedString *> there = Strings_Of(translation);
     Translation merged = {translation.head, {}, translation.rest};
     Keys keys;
+    Progress progress("merging", source.size());
     for (const LocatedString &each : source) {
+        progress.Step();
         const Key key = keys.Next(each.string.identifier);
         const auto found = there.find(key);
         if (found == there.end()) {

@@ -7,13 +7,15 @@
 #include <tools/output.h>
 
 #include <cstdio>
+#include <optional>
 
 namespace tools::ltx {
 
 namespace {
 
 struct Options {
-    std::string source, translation, out, earlier;
+    std::string source, translation, out;
+    std::optional<std::string> earlier;
     bool utf8 = false, json = false;
 };
 
@@ -46,16 +48,15 @@ ExitCode Merge_Files(const Options &options) {
     const StringsFile source = Load_Whole(options.source, options.utf8);
     const StringsFile translation = Load_Whole(options.translation, options.utf8);
     StringsFile earlier;
-    if (!options.earlier.empty()) earlier = Load_Whole(options.earlier, options.utf8);
+    if (options.earlier) earlier = Load_Whole(*options.earlier, options.utf8);
     MergeCounts counts;
     const Translation merged = Merge(source.strings, Translation_Of(translation), earlier.strings, counts);
     Replace_File(options.out, Encoded(merged.Text(), options.utf8));
+    const std::string told = options.json ? Json_Of(counts).dump(2) : Shown(counts);
     if (options.out == "-")
-        std::fprintf(stderr, "%s\n", Shown(counts).c_str());
-    else if (options.json)
-        Print_Json(Json_Of(counts));
+        std::fprintf(stderr, "%s\n", told.c_str());
     else
-        Print_Line(Shown(counts));
+        Print_Line(told);
     return Exit_Success;
 }
 
@@ -79,14 +80,15 @@ void Add_Merge(CommandTree &tree, CLI::App *ltx) {
         ->add_option("--from", options->earlier,
                      "the source that the translation was made from, where it does not tell itself")
         ->type_name("SOURCE");
-    merge->add_flag("--json", options->json, "the counts as JSON");
+    merge->add_flag("--json", options->json,
+                    "the counts as JSON, on standard error where OUT is standard output");
     Add_Utf8(merge, options->utf8);
     merge->footer(
         "Above each string OUT has a line \"#source: ...\" with the text that it translates, by which the\n"
         "next merge knows what has changed. What is to be done is marked above it: \"#new\" for a string "
         "that\n"
         "still has the source's text, \"#changed from: ...\" for one whose source was another; at the end\n"
-        "\"#no longer there: ...\" keeps the texts of strings that are gone. A translator changes the "
+        "\"#no longer there: ...\" keeps strings that are gone. A translator changes the "
         "string\n"
         "and deletes its mark; marks that stay are kept by the next merge. All of them are comments to\n"
         "`compile`. Types are the source's, comments the translation's as long as it has any.");

@@ -1,5 +1,6 @@
 #include <tools/failure.h>
 #include <tools/files.h>
+#include <tools/interruption.h>
 #include <tools/ltx/strings_file.h>
 #include <tools/ltx/table_image.h>
 #include <tools/ltx/text_reader.h>
@@ -18,6 +19,7 @@ constexpr std::string_view Byte_Order_Mark = "\xEF\xBB\xBF";
 std::string Text_From_Utf8(const std::string &name, std::string_view utf8) {
     std::string text;
     for (unsigned long number = 1; !utf8.empty(); ++number) {
+        End_If_Interrupted();
         const std::string line(utf8.substr(0, std::min(utf8.find('\n'), utf8.size() - 1) + 1));
         utf8.remove_prefix(line.size());
         try {
@@ -55,7 +57,7 @@ void Require(const StringsFile &file, bool faultless) {
 
 StringsFile Text_Of(const std::string &name, std::string bytes) {
     StringsFile file = {name, std::move(bytes), false, {}, {}};
-    Progress progress("reading " + name,
+    Progress progress("reading " + Shown_Name(name),
                       static_cast<std::size_t>(std::count(file.bytes.begin(), file.bytes.end(), '\n')));
     TextReader reader(file.bytes);
     for (TextLine line; reader.Next(line); progress.Step()) {
@@ -69,7 +71,7 @@ StringsFile Text_Of(const std::string &name, std::string bytes) {
 StringsFile Table_Of(const std::string &name, std::string bytes) {
     StringsFile file = {name, std::move(bytes), true, {}, {}};
     ImageReader reader(file.bytes);
-    Progress progress("reading " + name, static_cast<std::size_t>(reader.Count()));
+    Progress progress("reading " + Shown_Name(name), static_cast<std::size_t>(reader.Count()));
     for (; reader.Next(); progress.Step()) file.strings.push_back({reader.String(), reader.Index()});
     for (const ImageFault &fault : reader.Faults())
         file.faults.push_back({name, true, fault.index, fault.identifier, fault.text, fault.damage});

@@ -11,7 +11,7 @@ namespace tools::ltx {
 
 std::string Compiled(const std::string &name, const std::string &text) {
     const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-    Progress progress("compiling " + name, lines);
+    Progress progress("compiling " + Shown_Name(name), lines);
     ImageBuilder builder(lines, text.size());
     TextReader reader(text);
     for (TextLine line; reader.Next(line); progress.Step()) {
@@ -22,7 +22,7 @@ std::string Compiled(const std::string &name, const std::string &text) {
 }
 
 std::string Dumped(const StringsFile &table) {
-    Progress progress("dumping " + table.name, table.strings.size());
+    Progress progress("dumping " + Shown_Name(table.name), table.strings.size());
     std::string text;
     for (const LocatedString &each : table.strings) {
         text += Lines_Of(each.string);

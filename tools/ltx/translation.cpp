@@ -9,7 +9,8 @@ namespace tools::ltx {
 namespace {
 
 constexpr std::string_view New = "#new", Changed = "#changed from", Source = "#source",
-                           Gone = "#no longer there", Is_Escaped = " (escaped)", Separator = ": ";
+                           Gone = "#no longer there", Gone_Type = "#its type",
+                           Gone_Comments = "#its comments", Is_Escaped = " (escaped)", Separator = ": ";
 
 bool Can_Stand_As_It_Is(const std::string &text) {
     return !text.ends_with(' ') &&
@@ -101,8 +102,11 @@ Translation Translation_Of(const StringsFile &file) {
     return translation;
 }
 
-std::string Gone_Mark(const TableString &string) {
-    return Mark(Gone, string.identifier + std::string(Separator) + string.text);
+std::vector<std::string> Gone_Marks(const TableString &string) {
+    std::vector<std::string> marks = {Mark(Gone, string.identifier + std::string(Separator) + string.text)};
+    if (string.type != 0) marks.push_back(Mark(Gone_Type, std::to_string(string.type)));
+    if (!string.comments.empty()) marks.push_back(Mark(Gone_Comments, string.comments));
+    return marks;
 }
 
 } // namespace tools::ltx

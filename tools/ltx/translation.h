@@ -7,6 +7,7 @@
 //     #source: Dial now                       the source's text
 //     Wählen	KMSTR_DIAL	0	button
 //     #no longer there: KMSTR_HANG_UP: Auflegen
+//     #its comments: button
 //
 // A translator changes the string and deletes its "#new" or "#changed from" line. What a line cannot hold as
 // it is stands in the escaped form behind "#source (escaped):" and its like. All other comments are the
@@ -36,7 +37,7 @@ struct Translation {
 /// Of a text or table without faults.
 Translation Translation_Of(const StringsFile &file);
 
-/// The line for a string that the source has no more.
-std::string Gone_Mark(const TableString &string);
+/// The lines for a string that the source has no more: all that it was.
+std::vector<std::string> Gone_Marks(const TableString &string);
 
 } // namespace tools::ltx

@@ -1,3 +1,4 @@
+#include <tools/arguments.h>
 #include <tools/command.h>
 #include <tools/failure.h>
 #include <tools/files.h>
@@ -9,6 +10,7 @@
 #include <tools/output.h>
 
 #include <filesystem>
+#include <optional>
 
 namespace tools {
 
@@ -16,7 +18,7 @@ namespace {
 
 struct ManualOptions {
     std::vector<std::string> command;
-    std::string folder;
+    std::optional<std::string> folder;
 };
 
 const CLI::App &Find(const CLI::App &root, const std::vector<std::string> &names) {
@@ -45,10 +47,10 @@ void Write_All(CommandTree &tree, const std::string &folder) {
 }
 
 ExitCode Show_Manual(CommandTree &tree, const ManualOptions &options) {
-    if (options.folder.empty())
-        Print(Manual_Page(tree, Find(tree.Root(), options.command)));
+    if (options.folder)
+        Write_All(tree, *options.folder);
     else
-        Write_All(tree, options.folder);
+        Print(Manual_Page(tree, Find(tree.Root(), options.command)));
     return Exit_Success;
 }
 
@@ -75,8 +77,8 @@ void Tell_Of_All(CommandTree &tree) {
 void Add_Manual(CommandTree &tree) {
     auto options = std::make_shared<ManualOptions>();
     CLI::App *manual = tree.Add("manual", "prints the manual page of a command");
-    CLI::Option *const command =
-        manual->add_option("COMMAND", options->command, "the command's words; all in one without them");
+    CLI::Option *const command = Each_Whole(
+        manual->add_option("COMMAND", options->command, "its words; without them of kelmara itself"));
     manual->add_option("--all", options->folder, "write every page into this folder instead, as kelmara-*.1")
         ->type_name("FOLDER")
         ->excludes(command);

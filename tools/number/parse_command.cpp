@@ -1,3 +1,4 @@
+#include <tools/arguments.h>
 #include <tools/command.h>
 #include <tools/json.h>
 #include <tools/machine_choice.h>
@@ -60,7 +61,8 @@ ExitCode Parse(const ParseOptions &options) {
 void Add_Number_Parse(CommandTree &tree, CLI::App *number) {
     auto options = std::make_shared<ParseOptions>();
     CLI::App *parse = tree.Add("parse", "takes canonical numbers apart into their four fields", number);
-    parse->add_option("TEXT", options->numbers, "a number such as \"+1 (206) 555-1212\"")->required();
+    Each_Whole(parse->add_option("TEXT", options->numbers, "a number such as \"+1 (206) 555-1212\""))
+        ->required();
     parse->add_flag("--json", options->json, "as JSON");
     tree.Does(parse, [options] { return Parse(*options); });
 }

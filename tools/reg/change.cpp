@@ -7,7 +7,7 @@
 #include <platform/errors.h>
 
 #include <cstdio>
-#include <utility>
+#include <new>
 
 namespace tools::reg {
 
@@ -35,19 +35,21 @@ LONG Delete_Empty_Key(const KeyPath &path) {
 // Keeps the key of the last change open: the next one is mostly of the same.
 class Maker {
   public:
-    LONG Make(const Change &change) {
+    LONG Make(const Change &change) { return Bring(change, change.now); }
+    LONG Take_Back(const Change &change) { return Bring(change, change.before); }
+
+  private:
+    LONG Bring(const Change &change, const std::optional<Value> &to) {
         if (change.of_key) {
             last_ = OpenKey();
-            return change.now ? Make_Key(change.key, change.now->data) : Delete_Empty_Key(change.key);
+            return to ? Make_Key(change.key, to->data) : Delete_Empty_Key(change.key);
         }
         if (!last_ || last_.Path() != change.key.Text()) last_ = OpenKey(change.key);
         if (!last_) return ERROR_FILE_NOT_FOUND;
-        if (change.now) return Set(change.name, *change.now);
+        if (to) return Set(change.name, *to);
         const LONG code = RegDeleteValueA(last_.Get(), change.name.c_str());
         return code == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : code;
     }
-
-  private:
     LONG Set(const std::string &name, const Value &value) {
         return RegSetValueExA(last_.Get(), name.c_str(), 0, value.type,
                               reinterpret_cast<const BYTE *>(value.data.data()),
@@ -62,11 +64,11 @@ std::size_t Take_Back(const std::vector<Change> &changes, std::size_t made) {
     Maker maker;
     std::size_t left = 0;
     while (made-- > 0) {
-        Change back = changes[made];
-        std::swap(back.before, back.now);
         try {
-            if (maker.Make(back) != ERROR_SUCCESS) ++left;
+            if (maker.Take_Back(changes[made]) != ERROR_SUCCESS) ++left;
         } catch (const Failure &) {
+            ++left;
+        } catch (const std::bad_alloc &) {
             ++left;
         }
     }
@@ -100,6 +102,8 @@ void Make_Changes(const std::vector<Change> &changes) {
         Make_Each(changes, made);
     } catch (const Failure &failure) {
         throw Failure(failure.Code(), failure.what() + ("; " + After_Taking_Back(changes, made)));
+    } catch (const std::bad_alloc &) {
+        throw Failure(Exit_Unusable, "not enough memory; " + After_Taking_Back(changes, made));
     } catch (const Interrupted &) {
         std::fprintf(stderr, "kelmara: interrupted; %s\n", After_Taking_Back(changes, made).c_str());
         throw;

@@ -18,11 +18,11 @@ struct Change {
     std::optional<Value> before, now;
 };
 
-/// Makes all changes, in order, and returns when they are on the disk. When one cannot be made, or a signal
-/// comes, those before it are taken back and Failure, or Interrupted, tells so: nothing has changed then, but
-/// that values which were deleted stand behind the others of their key. What cannot be taken back because of
-/// a second failure is told by number. A killed process leaves the changes that it came to. A key is deleted
-/// only when it is empty: what other programs put there meanwhile is not lost.
+/// Makes all changes, in order, and returns when they are on the disk. When one cannot be made, memory
+/// runs out or a signal comes, those before it are taken back and Failure, or Interrupted, tells so: nothing
+/// has changed then, but that values which were deleted stand behind the others of their key. What cannot be
+/// taken back because of a second failure is told by number. A killed process leaves the changes that it came
+/// to. A key is deleted only when it is empty: what other programs put there meanwhile is not lost.
 void Make_Changes(const std::vector<Change> &changes);
 
 /// Standard output: with `each`, a line for every change; then, always, how many of each kind.

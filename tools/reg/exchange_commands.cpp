@@ -23,12 +23,16 @@ struct ExportOptions {
     std::string path, file = "-";
 };
 
+void Tell_Left_Out(const std::string &path, const std::string &class_name) {
+    Make_Room_On_Terminal();
+    std::fprintf(stderr, "kelmara: %s: its class \"%s\" is left out\n", path.c_str(), class_name.c_str());
+}
+
 ExitCode Import(const ImportOptions &options) {
     Require_Machine();
     Require_Editing(options);
-    const std::string name = options.file == "-" ? "standard input" : options.file;
     Plan plan;
-    plan.Do(Read_Registry_Text(Read_File(options.file), name), name);
+    plan.Do(Read_Registry_Text(Read_File(options.file), options.file), options.file);
     Carry_Out(plan, options, true);
     return Exit_Success;
 }
@@ -52,9 +56,7 @@ std::string Export_Key(const KeyPath &path) {
         if (!key) continue;
         Write_Key(text, key.Path());
         const std::string class_name = key.Class();
-        if (!class_name.empty())
-            std::fprintf(stderr, "kelmara: %s: its class \"%s\" is left out\n", key.Path().c_str(),
-                         class_name.c_str());
+        if (!class_name.empty()) Tell_Left_Out(key.Path(), class_name);
         for (const NamedValue &value : key.Values()) Write_Value(text, key.Path(), value);
     }
     return text;

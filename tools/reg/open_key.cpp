@@ -1,5 +1,6 @@
 #include <tools/failure.h>
 #include <tools/interruption.h>
+#include <tools/progress.h>
 #include <tools/reg/open_key.h>
 
 #include <platform/errors.h>
@@ -65,6 +66,19 @@ LONG Read_Value(HKEY key, DWORD index, std::string &name, std::string &data, DWO
     }
 }
 
+template <class Each, class NameOf>
+void Sort_By_Name(std::vector<Each> &all, NameOf name_of) {
+    std::vector<std::pair<std::string, Each>> sorted;
+    sorted.reserve(all.size());
+    for (Each &each : all) {
+        std::string capitals = Capitals_Of(name_of(each));
+        sorted.emplace_back(std::move(capitals), std::move(each));
+    }
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto &left, const auto &right) { return left.first < right.first; });
+    for (std::size_t at = 0; at < sorted.size(); ++at) all[at] = std::move(sorted[at].second);
+}
+
 } // namespace
 
 void Fail_On_Key(const std::string &path, LONG code) {
@@ -111,12 +125,7 @@ std::vector<NamedValue> OpenKey::Values() const {
             all.push_back({name.c_str(), {type, data.substr(0, size)}});
         return all;
     });
-    std::vector<std::pair<std::string, NamedValue>> sorted;
-    sorted.reserve(values.size());
-    for (NamedValue &value : values) sorted.emplace_back(Capitals_Of(value.name), std::move(value));
-    std::sort(sorted.begin(), sorted.end(),
-              [](const auto &left, const auto &right) { return left.first < right.first; });
-    for (std::size_t at = 0; at < sorted.size(); ++at) values[at] = std::move(sorted[at].second);
+    Sort_By_Name(values, [](const NamedValue &value) { return value.name; });
     return values;
 }
 
@@ -131,9 +140,7 @@ std::vector<std::string> OpenKey::Subkeys() const {
             all.emplace_back(name, size);
         }
     });
-    std::sort(names.begin(), names.end(), [](const std::string &left, const std::string &right) {
-        return Capitals_Of(left) < Capitals_Of(right);
-    });
+    Sort_By_Name(names, [](const std::string &name) { return name; });
     return names;
 }
 
@@ -158,7 +165,7 @@ KeyPath Stored_Path(const KeyPath &path) {
 
 std::vector<KeyPath> Keys_From(const KeyPath &top) {
     std::vector<KeyPath> keys, waiting = {top};
-    while (!waiting.empty()) {
+    for (Progress progress("looking for keys", 0); !waiting.empty(); progress.Step()) {
         KeyPath path = std::move(waiting.back());
         waiting.pop_back();
         const OpenKey key(path);

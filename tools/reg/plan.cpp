@@ -1,5 +1,6 @@
 #include <tools/failure.h>
 #include <tools/interruption.h>
+#include <tools/progress.h>
 #include <tools/reg/open_key.h>
 #include <tools/reg/plan.h>
 
@@ -62,6 +63,14 @@ void Plan::Read_Values(Node &node) {
     }
 }
 
+void Plan::Read_All(const std::vector<KeyPath> &keys) {
+    Progress progress("reading the registry", keys.size());
+    for (const KeyPath &key : keys) {
+        Read_Values(Node_Of(key)->second);
+        progress.Step();
+    }
+}
+
 Plan::Slot &Plan::Slot_Of(Node &node, const std::string &name) {
     Read_Values(node);
     Slot &slot = node.values[Capitals_Of(name)];
@@ -86,9 +95,7 @@ bool Plan::Delete_Key(const KeyPath &path) {
     }
     const auto top = Node_Of(path);
     if (!top->second.now) return false;
-    if (top->second.before) {
-        for (const KeyPath &below : Keys_From(top->second.path)) Read_Values(Node_Of(below)->second);
-    }
+    if (top->second.before) Read_All(Keys_From(top->second.path));
     for (auto node = top; node != nodes_.end(); ++node) {
         if (node != top && !node->first.starts_with(place + Separator)) break;
         node->second.now = false;
@@ -98,7 +105,11 @@ bool Plan::Delete_Key(const KeyPath &path) {
 }
 
 void Plan::Do(std::vector<Section> sections, const std::string &file) {
+    std::size_t steps = sections.size();
+    for (const Section &section : sections) steps += section.items.size();
+    Progress progress("comparing with the registry", steps);
     for (Section &section : sections) {
+        progress.Step();
         if (section.deleted) {
             try {
                 Delete_Key(section.key);
@@ -108,7 +119,10 @@ void Plan::Do(std::vector<Section> sections, const std::string &file) {
             continue;
         }
         Node &node = Made(section.key);
-        for (Item &item : section.items) Slot_Of(node, item.name).now = std::move(item.value);
+        for (Item &item : section.items) {
+            Slot_Of(node, item.name).now = std::move(item.value);
+            progress.Step();
+        }
     }
 }
 

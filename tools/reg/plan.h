@@ -45,6 +45,7 @@ class Plan {
     Nodes::iterator Node_Of(const KeyPath &path);
     Node &Made(const KeyPath &path);
     void Read_Values(Node &node);
+    void Read_All(const std::vector<KeyPath> &keys);
     Slot &Slot_Of(Node &node, const std::string &name);
     void Add_Value_Changes(Node &node, bool deletions, std::vector<Change> &changes);
 

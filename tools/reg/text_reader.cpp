@@ -1,6 +1,9 @@
 #include <tools/failure.h>
+#include <tools/progress.h>
 #include <tools/reg/text_reader.h>
 #include <tools/reg/text_scanner.h>
+
+#include <algorithm>
 
 namespace tools::reg {
 
@@ -10,7 +13,10 @@ constexpr char Heading[] = "REGEDIT4";
 
 class Reader {
   public:
-    Reader(const std::string &text, const std::string &file) : scan_(text, file) {}
+    Reader(const std::string &text, const std::string &file)
+        : scan_(text, file),
+          progress_("reading " + Shown_Name(file),
+                    static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'))) {}
 
     std::vector<Section> Read() {
         Read_Heading();
@@ -29,6 +35,7 @@ class Reader {
     }
 
     void Read_Line() {
+        progress_.Step();
         scan_.Skip_Blanks();
         if (scan_.At_End() || scan_.Rest()[0] == ';') return;
         if (scan_.Take("[")) return Read_Key();
@@ -108,6 +115,7 @@ class Reader {
     }
 
     Scanner scan_;
+    Progress progress_;
     std::vector<Section> sections_;
 };
 

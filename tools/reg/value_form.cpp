@@ -174,13 +174,13 @@ std::string Visible(const std::string &text) {
     std::string visible;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F) {
+            visible += c;
+            continue;
+        }
         char code[8];
         std::snprintf(code, sizeof code, "\\x%02x", byte);
-        visible += c == '\n'                     ? "\\n"
-                   : c == '\r'                   ? "\\r"
-                   : c == '\t'                   ? "\\t"
-                   : byte < 0x20 || byte == 0x7F ? std::string(code)
-                                                 : std::string(1, c);
+        visible += c == '\n' ? "\\n" : c == '\r' ? "\\r" : c == '\t' ? "\\t" : code;
     }
     return visible;
 }
