@@ -33,19 +33,25 @@ void Require_Machine() {
 
 PassingMachine::PassingMachine() {
     if (Machine_In_Force() != 0) before_ = Machine_Folder();
-    const char *temporary = std::getenv("TMPDIR");
-    std::string folder =
-        std::string(temporary != nullptr && *temporary != 0 ? temporary : "/tmp") + "/kelmara-XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr) throw Failure(Exit_Unusable, folder + ": " + std::strerror(errno));
-    folder_ = folder;
-    if (Enter_Machine(folder_.c_str())) return;
-    rmdir(folder_.c_str());
-    throw Failure(Exit_Unusable, folder_ + ": no place for a passing machine");
+    std::string wrong;
+    for (const std::string &place : Passing_Places()) {
+        Remove_Left_Machines(place);
+        folder_.emplace(place);
+        wrong = folder_->Path() + ": " +
+                (folder_->Is_Made() ? "no place for a passing machine" : std::strerror(errno));
+        if (!folder_->Is_Made()) continue;
+        if (Enter_Machine(folder_->Path().c_str())) {
+            folder_->Hold();
+            return;
+        }
+        rmdir(folder_->Path().c_str());
+    }
+    throw Failure(Exit_Unusable, wrong);
 }
 
 PassingMachine::~PassingMachine() {
     if (!before_.empty()) Enter_Machine(before_.c_str());
-    Remove_Machine(folder_.c_str());
+    Remove_Machine(folder_->Path().c_str());
 }
 
 BorrowedMachine::BorrowedMachine() {

@@ -6,6 +6,8 @@
 // work on files call Borrow_Machine: where there is no machine yet they get one for the time of the command,
 // so that none is left behind in the user's home.
 
+#include <tools/passing_folder.h>
+
 #include <optional>
 #include <string>
 
@@ -29,7 +31,7 @@ class PassingMachine {
 
   private:
     std::string before_; // empty: none
-    std::string folder_;
+    std::optional<PassingFolder> folder_;
 };
 
 class BorrowedMachine {

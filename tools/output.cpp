@@ -1,5 +1,6 @@
 #include <tools/failure.h>
 #include <tools/files.h>
+#include <tools/interruption.h>
 #include <tools/json.h>
 #include <tools/output.h>
 #include <tools/progress.h>
@@ -52,7 +53,9 @@ unsigned Next_Character(const std::string &utf8, std::size_t &place) {
 
 void Print(const std::string &text) {
     waiting += text;
-    if (waiting.size() >= Enough_To_Write) Flush_Output();
+    if (waiting.size() < Enough_To_Write) return;
+    End_If_Interrupted();
+    Flush_Output();
 }
 
 void Print_Line(const std::string &text) {

@@ -6,6 +6,7 @@
 
 #include <tools/failure.h>
 #include <tools/files.h>
+#include <tools/machine_choice.h>
 #include <tools/output.h>
 #include <tools/progress.h>
 
@@ -92,6 +93,25 @@ TEST_F(CommandFrame, WhatCannotBeReadOrWrittenIsNamed) {
     EXPECT_NE(Failure_Of([&] { tools::Machine_Path(folder + "/\xE2\x82\xAC\xE4\xB8\xAD"); }), "");
     EXPECT_NE(Failure_Of([&] { tools::Machine_Path("/" + std::string(300, 'a')); }), "");
     EXPECT_EQ(Files_In(folder), 0u);
+}
+
+TEST_F(CommandFrame, PassingMachinesOfKilledCommandsAreTakenAwayAndNoOthers) {
+    const std::string place = machine.Path("places");
+    std::filesystem::create_directories(place + "/kelmara-passing-killed");
+    machine.Write("places/somebody's", "");
+    setenv("TMPDIR", place.c_str(), 1);
+    {
+        const tools::PassingMachine in_use;
+        const auto long_ago = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+        for (const auto &each : std::filesystem::directory_iterator(place))
+            last_write_time(each.path(), long_ago);
+        std::filesystem::create_directory(place + "/kelmara-passing-just-begun");
+        EXPECT_EQ(Files_In(place), 4u);
+        const tools::PassingMachine another;
+        EXPECT_EQ(Files_In(place), 4u) << "in use, just begun, another, and somebody's";
+    }
+    unsetenv("TMPDIR");
+    EXPECT_EQ(Files_In(place), 2u);
 }
 
 /// What a terminal is given by work of slow steps that writes in between.

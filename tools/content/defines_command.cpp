@@ -2,6 +2,7 @@
 #include <tools/content/content_commands.h>
 #include <tools/content/define_lines.h>
 #include <tools/content/json_list.h>
+#include <tools/content/line_listing.h>
 #include <tools/failure.h>
 #include <tools/files.h>
 #include <tools/json.h>
@@ -62,23 +63,17 @@ void Walk(const Defines &defines, OnDefine on_define, OnOther on_other) {
 void List_Defines(const Defines &defines) {
     std::size_t width = 0;
     for (const ParsedDefine &define : defines.taken) width = std::max(width, On_One_Line(define.name).size());
-    const std::size_t digits = std::to_string(Count_Text_Lines(defines.text)).size();
-    const auto tell = [&](unsigned long line, const std::string &text) {
-        Print_Line(Number_Column(line, digits) + ' ' + text);
-    };
+    const LineListing listing(Count_Text_Lines(defines.text));
     Walk(
         defines,
         [&](const FoundDefine &found, const ParsedDefine *define) {
-            if (define != nullptr)
-                tell(found.line, Column(On_One_Line(define->name), std::min(width, std::size_t{40})) +
-                                     On_One_Line(define->value));
-            else
-                tell(found.line, "- " + found.remarks.front());
-            for (const std::string &remark : found.remarks)
-                if (define != nullptr) tell(found.line, "    (" + remark + ")");
+            if (define == nullptr) return listing.Tell(found.line, "- " + found.remarks.front());
+            listing.Tell(found.line, Column(On_One_Line(define->name), std::min(width, std::size_t{40})) +
+                                         On_One_Line(define->value));
+            listing.Tell_Remarks(found.line, found.remarks);
         },
-        [&](unsigned long line, const std::string &reason) { tell(line, "- " + reason); });
-    Print_Line(std::to_string(defines.taken.size()) + (defines.taken.size() == 1 ? " define" : " defines"));
+        [&](unsigned long line, const std::string &reason) { listing.Tell(line, "- " + reason); });
+    Print_Line(Counted(defines.taken.size(), "define"));
 }
 
 /// One of the lists of the whole: of each line what `on_define` and `on_other` add to it.

@@ -1,6 +1,7 @@
 #include <tools/command.h>
 #include <tools/content/content_commands.h>
 #include <tools/content/json_list.h>
+#include <tools/content/line_listing.h>
 #include <tools/content/section_lines.h>
 #include <tools/files.h>
 #include <tools/json.h>
@@ -45,7 +46,7 @@ class SectionReport {
 
 class SectionListing final : public SectionReport {
   public:
-    explicit SectionListing(unsigned long lines) : width_(std::to_string(lines).size()) {}
+    explicit SectionListing(unsigned long lines) : listing_(lines) {}
 
     void Tell(const SectionReader::Line &line) override {
         if (!line.look.reason.empty() && !line.look.is_fault) Tell_Line(line, "- " + line.look.reason);
@@ -56,23 +57,20 @@ class SectionListing final : public SectionReport {
             for (const ParsedItem &item : section.items) Tell_Item(line, item);
         }
         if (line.look.is_fault) Tell_Line(line, "! " + line.look.reason);
-        for (const std::string &remark : line.look.remarks) Tell_Line(line, "    (" + remark + ")");
+        listing_.Tell_Remarks(line.look.number, line.look.remarks);
     }
-    void End() override {
-        Print_Line(std::to_string(sections_) + (sections_ == 1 ? " section, " : " sections, ") +
-                   std::to_string(items_) + (items_ == 1 ? " item" : " items"));
-    }
+    void End() override { Print_Line(Counted(sections_, "section") + ", " + Counted(items_, "item")); }
 
   private:
     void Tell_Line(const SectionReader::Line &line, const std::string &text) {
-        Print_Line(Number_Column(line.look.number, width_) + ' ' + text);
+        listing_.Tell(line.look.number, text);
     }
     void Tell_Item(const SectionReader::Line &line, const ParsedItem &item) {
         ++items_;
         Tell_Line(line, "  " + On_One_Line(item.name) + " = " + On_One_Line(item.value));
     }
 
-    std::size_t width_;
+    LineListing listing_;
     unsigned long sections_ = 0, items_ = 0;
 };
 

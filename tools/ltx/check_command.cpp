@@ -67,9 +67,7 @@ ExitCode Check_All(const Options &options) {
 void Add_Check(CommandTree &tree, CLI::App *ltx) {
     const auto options = std::make_shared<Options>();
     CLI::App *check = tree.Add("check", "finds what is wrong in tables and texts, and ends with 1 then", ltx);
-    Each_Whole(check->add_option("FILE", options->files, "tables (*.ltx) and texts"))
-        ->required()
-        ->type_name("");
+    Each_Whole(Add_Place(check, "FILE", options->files, "tables (*.ltx) and texts"));
     check->add_option("--against", options->source, "the source that the files translate, table or text")
         ->type_name("SOURCE");
     check->add_flag("--json", options->json, "the findings as JSON");

@@ -38,17 +38,13 @@ void Add_Compile_And_Dump(CommandTree &tree, CLI::App *ltx) {
     const auto options = std::make_shared<Options>();
 
     CLI::App *compile = tree.Add("compile", "makes a table of a text", ltx);
-    compile->add_option("TEXT", options->text, "the text, \"-\" for standard input")
-        ->required()
-        ->type_name("");
-    compile->add_option("TABLE", options->table, "the table to make or replace")->required()->type_name("");
+    Add_Place(compile, "TEXT", options->text, "the text, \"-\" for standard input");
+    Add_Place(compile, "TABLE", options->table, "the table to make or replace");
     Add_Utf8(compile, options->utf8);
     tree.Does(compile, [options] { return Compile(*options); });
 
     CLI::App *dump = tree.Add("dump", "makes a text of a table", ltx);
-    dump->add_option("TABLE", options->table, "the table, \"-\" for standard input")
-        ->required()
-        ->type_name("");
+    Add_Place(dump, "TABLE", options->table, "the table, \"-\" for standard input");
     dump->add_option("TEXT", options->text, "the text to make or replace, standard output without it")
         ->type_name("");
     dump->add_flag(

@@ -99,10 +99,8 @@ void Add_Get_Set_And_Delete(CommandTree &tree, CLI::App *ltx) {
     const auto options = std::make_shared<Options>();
     const auto add = [&](const char *name, const char *description) {
         CLI::App *command = tree.Add(name, description, ltx);
-        command->add_option("TABLE", options->table, "the table")->required()->type_name("");
-        command->add_option("ID", options->identifier, "the identifier; the first string that has it counts")
-            ->required()
-            ->type_name("");
+        Add_Place(command, "TABLE", options->table, "the table");
+        Add_Place(command, "ID", options->identifier, "the identifier; the first string that has it counts");
         return command;
     };
 
@@ -112,9 +110,7 @@ void Add_Get_Set_And_Delete(CommandTree &tree, CLI::App *ltx) {
     tree.Does(get, [options] { return Get(*options); });
 
     CLI::App *set = add("set", "replaces a string's text, and ends with 1 when it is not there");
-    set->add_option("TEXT", options->text, "the text; behind \"--\" it may begin with a dash")
-        ->required()
-        ->type_name("");
+    Add_Place(set, "TEXT", options->text, "the text; behind \"--\" it may begin with a dash");
     set->add_option("--comments", options->comments, "its comments too");
     Never_Empty(set->add_option("--type", options->type, "its type too"));
     set->add_flag("--add", options->add, "append the string when it is not there");

@@ -65,17 +65,11 @@ ExitCode Merge_Files(const Options &options) {
 void Add_Merge(CommandTree &tree, CLI::App *ltx) {
     const auto options = std::make_shared<Options>();
     CLI::App *merge = tree.Add("merge", "carries a new source text into a translation", ltx);
-    merge->add_option("SOURCE", options->source, "the new source, text or table")->required()->type_name("");
-    merge
-        ->add_option("TRANSLATION", options->translation,
-                     "the translation so far, text or table; /dev/null begins one")
-        ->required()
-        ->type_name("");
-    merge
-        ->add_option("OUT", options->out,
-                     "the translation to make, a text; may be the one so far, \"-\" is standard output")
-        ->required()
-        ->type_name("");
+    Add_Place(merge, "SOURCE", options->source, "the new source, text or table");
+    Add_Place(merge, "TRANSLATION", options->translation,
+              "the translation so far, text or table; /dev/null begins one");
+    Add_Place(merge, "OUT", options->out,
+              "the translation to make, a text; may be the one so far, \"-\" is standard output");
     merge
         ->add_option("--from", options->earlier,
                      "the source that the translation was made from, where it does not tell itself")

@@ -78,9 +78,7 @@ ExitCode Stats(const Options &options) {
 void Add_Stats(CommandTree &tree, CLI::App *ltx) {
     const auto options = std::make_shared<Options>();
     CLI::App *stats = tree.Add("stats", "counts a table's strings and bytes", ltx);
-    stats->add_option("TABLE", options->table, "the table, \"-\" for standard input")
-        ->required()
-        ->type_name("");
+    Add_Place(stats, "TABLE", options->table, "the table, \"-\" for standard input");
     stats->add_flag("--json", options->json, "as JSON");
     stats->footer(
         "A table is held in memory as it stands in the file; a loaded one takes 8 to 16 bytes more for\n"

@@ -19,7 +19,8 @@ constexpr char Environment[] =
     ".TP\n.B KELMARA_MACHINE\nThe folder of the machine that commands work on.\n"
     ".TP\n.B XDG_DATA_HOME\nWithout KELMARA_MACHINE the machine is the folder kelmara in this one, and in\n"
     "~/.local/share without either.\n"
-    ".TP\n.B TMPDIR\nWhere passing files and machines are made; /tmp without it.\n";
+    ".TP\n.B TMPDIR\nWhere passing files and machines are made. Without it files are made in /tmp, and\n"
+    "machines in /dev/shm, or in /tmp where that has no room.\n";
 
 constexpr std::size_t Indent = 4; // of lines that stand as they are
 
