@@ -25,7 +25,7 @@ std::unique_lock<std::mutex> ClientConnection::Wait_For_Turn() {
     if (!serving) return std::unique_lock(lock_);
     std::unique_lock turn(lock_, std::try_to_lock);
     const Deadline deadline(turns_held ? Longest_Nested_Wait : INFINITE);
-    while (!turn.owns_lock() && deadline.Left() > 0) {
+    while (!turn.owns_lock() && !Is_Over() && deadline.Left() > 0) {
         pollfd news = {serving->News(), POLLIN, 0};
         if (poll(&news, 1, Turn_Pause) > 0) serving->Messages_Are_Looked_For();
         turn.try_lock();
@@ -37,8 +37,8 @@ HRESULT ClientConnection::Call(const Frame &request, std::string &results, DWORD
     if (Is_Over()) return HRESULT_SERVER_UNAVAILABLE;
     if (caller_.load(std::memory_order_relaxed) == gettid()) return RPC_E_CALL_REJECTED;
     const std::unique_lock held = Wait_For_Turn();
-    if (!held) return RPC_E_CALL_REJECTED;
     if (Is_Over()) return HRESULT_SERVER_UNAVAILABLE;
+    if (!held) return RPC_E_CALL_REJECTED;
     // Over unless the exchange is complete: half of one cannot be gone on from.
     struct Turn {
         ClientConnection &of;
@@ -101,5 +101,6 @@ ClientConnection::Moment ClientConnection::Wait_For(short events, const Deadline
         if (waiting[1].revents != 0) return poll(waiting, 1, 0) > 0 ? Moment::Ready : Moment::Ended;
         if (left == 0) return Moment::Too_Late; // however many clients of its own there are
         serving->Messages_Are_Looked_For();
+        if (Is_Over()) return Moment::Ended; // to a child that was forked there
     }
 }

@@ -31,6 +31,7 @@ class RemoteFactory final : public IClassFactory {
         if (!out) return E_POINTER;
         *out = nullptr;
         if (outer) return CLASS_E_NOAGGREGATION;
+        const Reference<RemoteFactory> kept = Reference<RemoteFactory>::Another(this);
         return Result_Within_Memory([&] { return Create_Somewhere(iid, out); });
     }
     // A server lives as it likes; its objects are held by their connections.

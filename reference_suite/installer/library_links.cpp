@@ -25,11 +25,12 @@ const void *const Known_Calls[] = {reinterpret_cast<const void *>(&Host_Path),
 void Remove_Links_Left_Aside(const fs::path &link) {
     const std::string beginning = link.filename().string() + Aside;
     std::error_code error;
-    for (const fs::directory_entry &entry : fs::directory_iterator(link.parent_path(), error)) {
-        const std::string name = entry.path().filename().string();
-        if (!name.starts_with(beginning)) continue;
+    for (fs::directory_iterator at(link.parent_path(), error), end; !error && at != end;
+         at.increment(error)) {
+        const std::string name = at->path().filename().string();
+        if (!name.starts_with(beginning) || !at->is_symlink(error)) continue;
         const pid_t maker = std::atoi(name.c_str() + beginning.size());
-        if (maker > 0 && kill(maker, 0) != 0 && errno == ESRCH) unlink(entry.path().c_str());
+        if (maker > 0 && kill(maker, 0) != 0 && errno == ESRCH) unlink(at->path().c_str());
     }
 }
 

@@ -4,8 +4,6 @@
 
 #include <reference_suite/components/server/suite_server.h>
 
-#include <algorithm>
-
 long ServerFace::Find_Component(long kind, char *name, ComponentLocator *out) {
     if (!out) return E_INVALIDARG;
     MessageWriter arguments;
