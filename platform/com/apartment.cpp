@@ -1,6 +1,7 @@
 #include <platform/com/apartment.h>
 
 #include <platform/com/class_keys.h>
+#include <platform/com/com_thread.h>
 
 #include <algorithm>
 #include <exception>
@@ -92,6 +93,11 @@ void Apartment::Tell_Thread() {
     queue_->Wake();
 }
 
+// Not in a child that was forked within a call: what waits there is the parent's to answer.
+bool Apartment::Is_This_Threads() const {
+    return Own_Apartment().get() == this;
+}
+
 bool Apartment::Next(Request &request) {
     const std::lock_guard guard(lock_);
     if (requests_.empty()) return false;
@@ -116,6 +122,7 @@ void Apartment::Let_Ended_Go() {
 }
 
 void Apartment::Messages_Are_Looked_For() {
+    if (!Is_This_Threads()) return;
     const std::shared_ptr<QueueVisitor> kept = queue_->visitor; // a call may close it
     eventfd_t count;
     eventfd_read(news_.Get(), &count);
@@ -125,8 +132,8 @@ void Apartment::Messages_Are_Looked_For() {
         const std::lock_guard guard(lock_);
         there = requests_.size();
     }
-    for (Request request; there > 0 && Next(request); --there) Answer(request);
-    Let_Ended_Go();
+    for (Request request; there > 0 && Is_This_Threads() && Next(request); --there) Answer(request);
+    if (Is_This_Threads()) Let_Ended_Go();
 }
 
 void Apartment::Answer(Request &request) {
@@ -142,6 +149,7 @@ void Apartment::Answer(Request &request) {
     } catch (...) {
         if (!std::current_exception()) throw; // no exception: the thread ends, and with it what it serves
     }
+    if (!Is_This_Threads()) return;
     if (result < 0) answer.body.clear();
     answer.header.result = result;
     exchange.answer = std::move(answer);

@@ -42,6 +42,7 @@ class Apartment final : public QueueVisitor, private ServerEndpoint::Receiver {
     void Take(Request request) override;
     void Some_Have_Ended() noexcept override;
     void Tell_Thread();
+    bool Is_This_Threads() const;
     bool Next(Request &request);
     void Let_Ended_Go();
     void Answer(Request &request);

@@ -61,21 +61,6 @@ bool Can_Unload(HMODULE module) {
     return ask && ask() == S_OK;
 }
 
-// With how often each was asked. They stay loaded until Let_Go, and no other thread finds them idle
-// meanwhile.
-std::vector<std::pair<HMODULE, unsigned>> Hold_Idle_Modules() {
-    ClassModules &modules = The_Modules();
-    const std::lock_guard guard(modules.lock);
-    std::vector<std::pair<HMODULE, unsigned>> idle;
-    idle.reserve(modules.kept.size());
-    for (auto &[module, kept] : modules.kept) {
-        if (kept.asking > 0) continue;
-        ++kept.asking;
-        idle.emplace_back(module, kept.asked);
-    }
-    return idle;
-}
-
 // The load when it is to go. Null when it was asked meanwhile: what it said before counts no more.
 ModuleLoad Let_Go(HMODULE module, unsigned asked, bool unload) {
     ClassModules &modules = The_Modules();
@@ -83,6 +68,38 @@ ModuleLoad Let_Go(HMODULE module, unsigned asked, bool unload) {
     const auto kept = modules.kept.find(module);
     if (--kept->second.asking > 0 || kept->second.asked != asked || !unload) return nullptr;
     return std::move(modules.kept.extract(kept).mapped().load);
+}
+
+// One that is being asked whether it can go: it stays loaded, and no other thread finds it idle.
+class IdleModule {
+  public:
+    IdleModule(HMODULE module, unsigned asked) : module_(module), asked_(asked) {}
+    IdleModule(IdleModule &&from) noexcept
+        : module_(std::exchange(from.module_, nullptr)), asked_(from.asked_) {}
+    ~IdleModule() {
+        if (module_) Let_Go(module_, asked_, false); // its question did not return
+    }
+    void Go_If_It_Can() {
+        const bool unload = Can_Unload(module_);
+        Let_Go(std::exchange(module_, nullptr), asked_, unload);
+    }
+
+  private:
+    HMODULE module_;
+    const unsigned asked_;
+};
+
+std::vector<IdleModule> Hold_Idle_Modules() {
+    ClassModules &modules = The_Modules();
+    const std::lock_guard guard(modules.lock);
+    std::vector<IdleModule> idle;
+    idle.reserve(modules.kept.size());
+    for (auto &[module, kept] : modules.kept) {
+        if (kept.asking > 0) continue;
+        ++kept.asking;
+        idle.emplace_back(module, kept.asked);
+    }
+    return idle;
 }
 
 } // namespace
@@ -101,5 +118,5 @@ HRESULT Get_Module_Class_Object(REFCLSID clsid, REFIID iid, void **out) {
 }
 
 void Free_Unused_Class_Modules() {
-    for (const auto &[module, asked] : Hold_Idle_Modules()) Let_Go(module, asked, Can_Unload(module));
+    for (IdleModule &each : Hold_Idle_Modules()) each.Go_If_It_Can();
 }

@@ -10,6 +10,8 @@
 
 static constexpr int Turn_Pause = 1; // milliseconds
 
+static thread_local unsigned turns_held = 0;
+
 ClientConnection::ClientConnection(FileDescriptor socket)
     : socket_(std::move(socket)), process_(Process_Behind(socket_.Get())) {}
 
@@ -22,7 +24,8 @@ std::unique_lock<std::mutex> ClientConnection::Wait_For_Turn() {
     const std::shared_ptr<Apartment> serving = Own_Apartment();
     if (!serving) return std::unique_lock(lock_);
     std::unique_lock turn(lock_, std::try_to_lock);
-    while (!turn.owns_lock()) {
+    const Deadline deadline(turns_held ? Longest_Nested_Wait : INFINITE);
+    while (!turn.owns_lock() && !Is_Over() && deadline.Left() > 0) {
         pollfd news = {serving->News(), POLLIN, 0};
         if (poll(&news, 1, Turn_Pause) > 0) serving->Messages_Are_Looked_For();
         turn.try_lock();
@@ -31,19 +34,23 @@ std::unique_lock<std::mutex> ClientConnection::Wait_For_Turn() {
 }
 
 HRESULT ClientConnection::Call(const Frame &request, std::string &results, DWORD limit) {
+    if (Is_Over()) return HRESULT_SERVER_UNAVAILABLE;
     if (caller_.load(std::memory_order_relaxed) == gettid()) return RPC_E_CALL_REJECTED;
     const std::unique_lock held = Wait_For_Turn();
     if (Is_Over()) return HRESULT_SERVER_UNAVAILABLE;
+    if (!held) return RPC_E_CALL_REJECTED;
     // Over unless the exchange is complete: half of one cannot be gone on from.
     struct Turn {
         ClientConnection &of;
         bool complete = false;
         ~Turn() {
+            --turns_held;
             of.caller_.store(0, std::memory_order_relaxed);
             if (!complete) of.over_.store(true, std::memory_order_release);
         }
     } turn{*this};
     caller_.store(gettid(), std::memory_order_relaxed);
+    ++turns_held;
     const Deadline deadline(limit);
     if (const HRESULT result = Send(request, deadline); result < 0) return result;
     Frame answer;
@@ -94,5 +101,6 @@ ClientConnection::Moment ClientConnection::Wait_For(short events, const Deadline
         if (waiting[1].revents != 0) return poll(waiting, 1, 0) > 0 ? Moment::Ready : Moment::Ended;
         if (left == 0) return Moment::Too_Late; // however many clients of its own there are
         serving->Messages_Are_Looked_For();
+        if (Is_Over()) return Moment::Ended; // to a child that was forked there
     }
 }

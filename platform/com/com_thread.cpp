@@ -32,7 +32,7 @@ struct ComThread {
 thread_local ComThread own;
 
 // A forked child has no endpoint's thread, and what is listed is not its own. What it inherited of that stays
-// lying; its use of COM goes on.
+// lying; its use of COM goes on, on connections of its own.
 void Begin_Anew_In_Child() {
     alignas(std::shared_ptr<Apartment>) static char lying[sizeof(std::shared_ptr<Apartment>)];
     new (lying) std::shared_ptr(std::move(own.apartment));
@@ -49,7 +49,6 @@ void Note_Thread_Serves() {
     static const pthread_key_t key = [] {
         pthread_key_t made = PTHREAD_KEYS_MAX;
         pthread_key_create(&made, End_Service_Of_First_Thread);
-        pthread_atfork(nullptr, nullptr, Begin_Anew_In_Child);
         return made;
     }();
     if (gettid() == getpid()) pthread_setspecific(key, &own);
@@ -82,6 +81,8 @@ HRESULT CoInitializeEx(void *reserved, DWORD mode) {
     if (reserved || (mode & ~COINIT_APARTMENTTHREADED)) return E_INVALIDARG;
     if (own.count && own.mode != mode) return RPC_E_CHANGED_MODE;
     if (own.count++) return S_FALSE;
+    static const int forks_are_noted = pthread_atfork(nullptr, nullptr, Begin_Anew_In_Child);
+    if (forks_are_noted != 0) return own.count = 0, E_OUTOFMEMORY;
     own.mode = mode;
     threads_in_use.fetch_add(1);
     return S_OK;

@@ -46,7 +46,9 @@ HRESULT ProxyChannel::Call(RPCOLEMESSAGE &message) const {
     request.header.method = message.iMethod;
     if (message.cbBuffer) request.body.assign(static_cast<const char *>(message.Buffer), message.cbBuffer);
     std::string results;
-    if (const HRESULT result = connection_->Call(request, results); result < 0) return result;
+    // What is served meanwhile may let the proxy go.
+    const std::shared_ptr<ClientConnection> kept = connection_;
+    if (const HRESULT result = kept->Call(request, results); result < 0) return result;
     Take_Buffer_Back(&message);
     message.cbBuffer = static_cast<ULONG>(results.size());
     if (const HRESULT result = Give_Buffer(&message); result < 0) return result;

@@ -3,6 +3,8 @@
 #include <platform/com/class_keys.h>
 #include <platform/com/remote_object.h>
 
+#include <utility>
+
 namespace {
 
 constexpr int Attempts = 3;
@@ -29,6 +31,7 @@ class RemoteFactory final : public IClassFactory {
         if (!out) return E_POINTER;
         *out = nullptr;
         if (outer) return CLASS_E_NOAGGREGATION;
+        const Reference<RemoteFactory> kept = Reference<RemoteFactory>::Another(this);
         return Result_Within_Memory([&] { return Create_Somewhere(iid, out); });
     }
     // A server lives as it likes; its objects are held by their connections.
@@ -41,11 +44,12 @@ class RemoteFactory final : public IClassFactory {
     // serve in its place. RPC_E_DISCONNECTED may be the class's own answer, and is believed the second time.
     HRESULT Create_Somewhere(REFIID iid, void **out) {
         HRESULT result = HRESULT_SERVER_UNAVAILABLE;
+        bool told_before = false;
         for (int i = 0; i < Attempts; ++i) {
             const std::shared_ptr<ClientConnection> connection = Take_Connection();
             if (!connection) return result == RPC_E_DISCONNECTED ? REGDB_E_CLASSNOTREG : result;
             result = RemoteObject::Create(connection, iid, out);
-            const bool revoked = result == RPC_E_DISCONNECTED && i == 0;
+            const bool revoked = result == RPC_E_DISCONNECTED && !std::exchange(told_before, true);
             if (!revoked && result != HRESULT_CALL_FAILED && result != HRESULT_SERVER_UNAVAILABLE)
                 return result;
             Sleep(Pause);

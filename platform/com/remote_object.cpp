@@ -25,6 +25,8 @@ ULONG RemoteObject::Release() {
 HRESULT RemoteObject::QueryInterface(REFIID iid, void **out) {
     if (!out) return E_POINTER;
     *out = nullptr;
+    const Reference<RemoteObject> kept =
+        Reference<RemoteObject>::Another(this); // whatever is served meanwhile
     return Result_Within_Memory([&]() -> HRESULT {
         if (Hand_Out_Known(iid, out)) return S_OK;
         if (const HRESULT result = Ask_Server(FrameKind::Query, iid); result < 0) return result;

@@ -42,7 +42,6 @@ class ServerConnection {
     /// There is more of an answer than the client has taken yet; Write goes on with it.
     bool Is_Writing() const { return step_ == Step::Writing; }
     News Write();
-    int Socket() const { return socket_.Get(); }
 
     /// It keeps a request half sent, or has never sent one: not for longer than Patience, in milliseconds.
     static constexpr DWORD Patience = 10000;

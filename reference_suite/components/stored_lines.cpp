@@ -36,6 +36,7 @@ long StoredLines::Load(const char *key, const char *value) {
         const Block block(static_cast<char *>(ds_malloc(static_cast<long>(size) + 1)));
         if (!block) return E_OUTOFMEMORY;
         result = Query(registry.GetKey(), value, &type, block.get(), &size);
+        if (result == ERROR_SUCCESS && type != REG_MULTI_SZ) return ERROR_INVALID_DATA;
         if (result == ERROR_SUCCESS) result = Take(block.get(), static_cast<long>(size));
     }
     return result;

@@ -4,6 +4,9 @@
 
 #include <platform/machine.h>
 
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <unistd.h>
@@ -12,15 +15,33 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char Aside[] = ".new"; // and the process, behind the name of a link that is not there yet
+
 // A call of each library tells which file it was loaded from.
 const void *const Known_Calls[] = {reinterpret_cast<const void *>(&Host_Path),
                                    reinterpret_cast<const void *>(&Init_Kelmara)};
 
+// Of installers that were killed.
+void Remove_Links_Left_Aside(const fs::path &link) {
+    const std::string beginning = link.filename().string() + Aside;
+    std::error_code error;
+    for (fs::directory_iterator at(link.parent_path(), error), end; !error && at != end;
+         at.increment(error)) {
+        const std::string name = at->path().filename().string();
+        if (!name.starts_with(beginning) || !at->is_symlink(error)) continue;
+        const pid_t maker = std::atoi(name.c_str() + beginning.size());
+        if (maker > 0 && kill(maker, 0) != 0 && errno == ESRCH) unlink(at->path().c_str());
+    }
+}
+
+// Nothing is to be done where the library is at home: a link to itself would take its place.
 std::string Link_Library(const fs::path &library, const fs::path &folder) {
     const fs::path link = folder / library.filename();
-    const fs::path aside = link.string() + ".new" + std::to_string(getpid());
+    const fs::path aside = link.string() + Aside + std::to_string(getpid());
     std::error_code error;
+    Remove_Links_Left_Aside(link);
     const fs::path home = fs::canonical(library.parent_path(), error);
+    if (!error && fs::equivalent(home, folder, error)) return {};
     if (!error) fs::remove(aside, error);
     if (!error) fs::create_symlink(home / library.filename(), aside, error);
     if (!error) fs::rename(aside, link, error);

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <future>
 #include <random>
+#include <sys/wait.h>
 #include <thread>
 
 namespace {
@@ -135,6 +136,11 @@ TEST_F(ComServerEnds, AreNoConcernOfAForkedChild) {
     ASSERT_EQ(Create(IID_ITestService, service), S_OK);
     const pid_t child = std::stoi(Ask(service, "fork"));
     ASSERT_EQ(Create(IID_ITestService, another), S_OK) << "it is still listed";
+    const pid_t heir = fork();
+    if (heir == 0) _exit(Result(service, "living") == HRESULT_SERVER_UNAVAILABLE ? 0 : 1);
+    int status = -1;
+    EXPECT_EQ(waitpid(heir, &status, 0), heir);
+    EXPECT_EQ(status, 0) << "the connection is its parent's";
     server.Kill();
     EXPECT_EQ(Result(service, "living"), HRESULT_CALL_FAILED);
     EXPECT_EQ(service->Release() + another->Release(), 0u);

@@ -268,14 +268,15 @@ TEST_F(LogMessages, ArriveWholeWhenSendersAreKilledAtAnyMoment) {
 
 TEST_F(LogMessages, EndTheirThreadsWhenTheCompanionGoes) {
     const long threads = Threads();
-    static std::atomic<bool> go_on, back, goes;
+    static std::atomic<bool> there, go_on, back, goes;
     static std::atomic<long> calls, late;
     static decltype(&Get_Messages) get_messages;
-    go_on = back = goes = false;
+    there = go_on = back = goes = false;
     calls = late = 0;
     void *client = nullptr;
     const auto count = [](unsigned long, long, char *, long, long, void *) { ++calls; };
     const auto stay = [](unsigned long, long, char *, long, long, void *) {
+        there = true;
         Comes_True([] { return goes.load(); });
         const auto none = [](unsigned long, long, char *, long, long, void *) {};
         void *other = nullptr;
@@ -292,7 +293,7 @@ TEST_F(LogMessages, EndTheirThreadsWhenTheCompanionGoes) {
     ASSERT_EQ(companion->get_messages(0, stay, nullptr, true, &client), 0);
     get_messages = companion->get_messages;
     companion->Send(1, "stay");
-    Sleep(20);
+    EXPECT_TRUE(Comes_True([] { return there.load(); }));
     goes = true;
     companion.reset(); // does not wait for ever
     EXPECT_EQ(late, ERROR_INVALID_FUNCTION) << "no new client while it goes";

@@ -79,7 +79,8 @@ TEST_F(ServerProxy, LeavesNothingOfABrokenAnswerWithTheCaller) {
                     {Message({0, 5}, text, "x"), S_OK, "-2147418097 1 "},
                     {Message({0, 5}, "Home"), S_OK, "-2147418097 1 "},
                     {Message({0, 900}, text), S_OK, "0 5 Home"},
-                    {Message({0, -1}, too_long + '\0'), S_OK, "0 1 "}};
+                    {Message({0, -1}, too_long + '\0'), S_OK, "-2147418097 1 "},
+                    {Message({234, 8}, std::string(1, '\0')), S_OK, "-2147418097 1 "}};
     With_Proxy<IServerSimpleAccessInterface>(IID_IServerSimpleAccessInterface, [&](auto &settings) {
         for (const auto &[answer, failure, told] : readings) {
             channel.answer = answer;

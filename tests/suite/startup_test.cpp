@@ -3,6 +3,7 @@
 #include <reference_suite/components/component_store.h>
 #include <reference_suite/components/server/suite_server.h>
 #include <reference_suite/installer/install_suite.h>
+#include <reference_suite/installer/library_links.h>
 #include <tests/support/built_modules.h>
 #include <tests/support/registry_verbs.h>
 #include <tests/support/second_process.h>
@@ -10,6 +11,7 @@
 #include <platform/kernel.h>
 #include <platform/user.h>
 
+#include <dlfcn.h>
 #include <filesystem>
 #include <memory>
 #include <thread>
@@ -94,6 +96,21 @@ TEST_F(Startup, NamesAreHeldToTheListInTheRegistry) {
     EXPECT_EQ(suite.Get("InvalidNameChars"), defaults + '\0');
 }
 
+TEST_F(Startup, InstallsNoLinkInTheLibrarysOwnPlace) {
+    Dl_info library;
+    ASSERT_NE(dladdr(reinterpret_cast<void *>(&Init_Kelmara), &library), 0);
+    const std::filesystem::path file = std::filesystem::absolute(library.dli_fname);
+    EXPECT_EQ(Link_Libraries(file.parent_path()), "");
+    EXPECT_TRUE(std::filesystem::exists(file)) << file;
+    const std::filesystem::path bin = machine.Folder() + "/bin",
+                                aside = bin / (file.filename().string() + ".new");
+    std::filesystem::create_directory(bin);
+    std::filesystem::create_symlink(file, aside.string() + "2147483647");
+    EXPECT_EQ(Link_Libraries(bin), "");
+    EXPECT_TRUE(std::filesystem::equivalent(bin / file.filename(), file));
+    EXPECT_FALSE(std::filesystem::is_symlink(aside.string() + "2147483647")) << "of one that was killed";
+}
+
 TEST_F(Startup, EndsOnAFullDiskAlone) {
     const std::string suite = Suite_Module("");
     ASSERT_EQ(Install_Suite(suite), "");
@@ -171,10 +188,14 @@ TEST_F(SuiteServerTest, IsStartedAndKeepsSettings) {
     } others[] = {{std::string(5000, 'x') + '\0', REG_SZ, "234 5001 "},
                   {"%x%", REG_EXPAND_SZ, "0 4 %x%"},
                   {"four", REG_DWORD, "13 1 "},
-                  {std::string(70000, 'x'), REG_SZ, "13 1 "}};
+                  {std::string(65536, 'x'), REG_SZ, "234 65537 "},
+                  {std::string(65537, 'x'), REG_SZ, "13 1 "}};
     for (const auto &[stored, type, read] : others) {
         settings.Set(Stored_Value_Name(code), stored, type);
         EXPECT_EQ(Read(server, code), read);
+        std::string whole(65537, '\0');
+        long room = 65537;
+        EXPECT_EQ(server->Read_Setting(code, whole.data(), &room), read[0] == '1' ? ERROR_INVALID_DATA : 0);
         EXPECT_EQ(server->Update_Setting(code, home, 5, 0), 0) << read;
         EXPECT_EQ(Read(server, code), "0 5 Home");
     }

@@ -28,7 +28,7 @@ struct ObjectName {
 
 template <std::size_t Size>
 void Copy_Cut(char (&to)[Size], const char *from) {
-    std::snprintf(to, Size, "%s", from);
+    std::snprintf(to, Size, "%.*s", static_cast<int>(Size - 1), from); // others may have written over its end
 }
 
 OwnedHandle Open_Event(const char *kind, std::uint32_t number) {

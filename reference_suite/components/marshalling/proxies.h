@@ -41,20 +41,35 @@ class ProxyFace : public Served {
     HRESULT Call(ULONG slot, const MessageWriter &arguments, Take take) {
         if (!channel_) return HRESULT_SERVER_UNAVAILABLE;
         if (!arguments.Is_Whole()) return E_OUTOFMEMORY;
+        // What is served meanwhile may let the last reference go.
+        const Held<IUnknown> outer(outer_);
+        const Held<IRpcChannelBuffer> channel(channel_);
         RPCOLEMESSAGE message = {};
         message.iMethod = slot;
         message.cbBuffer = static_cast<ULONG>(arguments.Bytes().size());
-        if (const HRESULT result = channel_->GetBuffer(&message, GUID{}); result < 0) return result;
+        if (const HRESULT result = channel->GetBuffer(&message, GUID{}); result < 0) return result;
         std::memcpy(message.Buffer, arguments.Bytes().data(), arguments.Bytes().size());
-        if (const HRESULT result = channel_->SendReceive(&message, nullptr); result < 0) return result;
+        if (const HRESULT result = channel->SendReceive(&message, nullptr); result < 0) return result;
         MessageReader results({static_cast<const char *>(message.Buffer), message.cbBuffer});
         take(results);
         const bool whole = results.Is_Whole();
-        channel_->FreeBuffer(&message);
+        channel->FreeBuffer(&message);
         return whole ? S_OK : RPC_E_INVALID_DATA;
     }
 
   private:
+    template <class Counted>
+    struct Held {
+        explicit Held(Counted *object) : object_(object) { object_->AddRef(); }
+        ~Held() { object_->Release(); }
+        Held(const Held &) = delete;
+        Held &operator=(const Held &) = delete;
+        Counted *operator->() const { return object_; }
+
+      private:
+        Counted *const object_;
+    };
+
     IUnknown *outer_ = nullptr; // whose part this is
     IRpcChannelBuffer *channel_ = nullptr;
 };

@@ -58,12 +58,19 @@ bool Is_Mine_To_Serve(HANDLE mutex) {
     return false;
 }
 
-// The process that the server ends with. False when it has ended already.
-bool Find_Owner(HANDLE &owner) {
-    owner = nullptr;
+enum class Owner { None, There, Ended, Unknown };
+
+// The process that the server ends with.
+Owner Find_Owner(HANDLE &process) {
     const char *const id = std::getenv(Server_Owner_Variable);
-    if (id) owner = OpenProcess(SYNCHRONIZE, FALSE, std::strtoul(id, nullptr, 10));
-    return !id || owner;
+    if (!id) return Owner::None;
+    char *end = nullptr;
+    const DWORD number = std::strtoul(id, &end, 10);
+    process = number && !*end ? OpenProcess(SYNCHRONIZE, FALSE, number) : nullptr;
+    if (process) return Owner::There;
+    if (number && !*end && GetLastError() == ERROR_INVALID_PARAMETER) return Owner::Ended;
+    std::fprintf(stderr, "kmserver: the owner %s cannot be waited for\n", id);
+    return Owner::Unknown;
 }
 
 void Answer_Calls(HANDLE owner) {
@@ -94,7 +101,8 @@ int Serve(HANDLE owner) {
 
 int main() {
     HANDLE owner = nullptr;
-    if (!Find_Owner(owner)) return 0;
+    const Owner found = Find_Owner(owner);
+    if (found == Owner::Ended || found == Owner::Unknown) return found == Owner::Ended ? 0 : 1;
     if (CoInitialize(nullptr) != S_OK) return 1;
     const HANDLE mutex = CreateMutexA(nullptr, FALSE, Server_Mutex);
     const int code = Is_Mine_To_Serve(mutex) ? Serve(owner) : 0;

@@ -4,14 +4,12 @@
 
 #include <reference_suite/components/server/suite_server.h>
 
-#include <algorithm>
-
 long ServerFace::Find_Component(long kind, char *name, ComponentLocator *out) {
     if (!out) return E_INVALIDARG;
-    *out = {};
     MessageWriter arguments;
     arguments.Put(kind);
-    arguments.Put_Text(name);
+    arguments.Put_Text(name); // which may be the record's own
+    *out = {};
     long answer = 0;
     const HRESULT result = Call(Slot_Find_Component, arguments, [&](MessageReader &results) {
         answer = results.Get();
@@ -52,12 +50,14 @@ long ServerSettingsFace::Read_Setting(unsigned long code, char *buffer, long *si
     const HRESULT result = Call(Slot_Read_Setting, arguments, [&](MessageReader &results) {
         answer = results.Get();
         const long needed = results.Get();
-        std::string_view text = results.Get_Text();
-        if (!results.Is_Whole()) return;
-        if (text.size() >= static_cast<std::size_t>(room)) text = "";
+        const std::string_view text = results.Get_Text();
+        const bool makes_sense =
+            text.size() < static_cast<std::size_t>(room) && (answer != ERROR_MORE_DATA || needed > room);
+        if (!makes_sense) answer = RPC_E_INVALID_DATA;
+        if (!makes_sense || !results.Is_Whole()) return;
         std::memcpy(buffer, text.data(), text.size());
         buffer[text.size()] = 0;
-        *size = answer == ERROR_MORE_DATA ? std::max(needed, 1L) : static_cast<long>(text.size()) + 1;
+        *size = answer == ERROR_MORE_DATA ? needed : static_cast<long>(text.size()) + 1;
     });
     return result < 0 ? result : answer;
 }

@@ -2,11 +2,13 @@
 
 #include <reference_suite/components/server_proxy/server_slots.h>
 
+#include <reference_suite/components/component_store.h>
+
 #include <algorithm>
 
 namespace {
 
-constexpr long Largest_Setting = 65536; // bytes
+constexpr long Largest_Setting = Largest_Read_Value + 1; // bytes, with the terminator
 
 HRESULT Read_Setting(IServerSimpleAccessInterface &server, unsigned long code, MessageReader &arguments,
                      MessageWriter &results) {
