@@ -12,10 +12,9 @@
 #include <unordered_map>
 #include <vector>
 
-#if __has_include(<boost/property_tree/ini_parser.hpp>)
+#if defined(HAS_BOOST)
 #include <boost/property_tree/ini_parser.hpp>
 #include <sstream>
-#define HAS_BOOST 1
 #endif
 
 using measure::Compare;

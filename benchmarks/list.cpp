@@ -8,9 +8,8 @@
 #include <list>
 #include <vector>
 
-#if __has_include(<boost/pool/pool_alloc.hpp>)
+#if defined(HAS_BOOST)
 #include <boost/pool/pool_alloc.hpp>
-#define HAS_BOOST 1
 #endif
 
 namespace {

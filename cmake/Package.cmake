@@ -7,6 +7,12 @@ include(CMakePackageConfigHelpers)
 # installed. Both widths of compiler and loader look into `lib`. A packager's -DCMAKE_INSTALL_LIBDIR holds.
 set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "Libraries, below the prefix")
 include(GNUInstallDirs)
+foreach(folder BINDIR LIBDIR INCLUDEDIR)
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}")
+    message(FATAL_ERROR "CMAKE_INSTALL_${folder} is ${CMAKE_INSTALL_${folder}}, but has to be a folder below the prefix, "
+      "as \"lib32\": the package finds its parts from one another, wherever it is moved to.")
+  endif()
+endforeach()
 set(KELMARA_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/kelmara") # <platform/...> is no name for everybody's folder
 set(KELMARA_SUITEDIR "${CMAKE_INSTALL_LIBDIR}/kelmara/suite")
 set(KELMARA_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/kelmara")

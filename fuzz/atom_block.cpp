@@ -1,45 +1,24 @@
 // The block of the atom table, with any of its bytes damaged under its users' hands: calls end, stay inside
 // the block, and the header of the block decides whether somebody else can open it.
 
-#include <fuzz/support/fuzz_input.h>
-#include <fuzz/support/fuzz_machine.h>
+#include <fuzz/support/damaged_block.h>
 
 #include <kelmara/shared_state/atom_table.h>
 
-#include <algorithm>
-#include <cstring>
-
 namespace {
-
-constexpr std::size_t File_Size = Shared_File_Header + Atom_Block_Size;
 
 CAtomTable &Table() {
     static CAtomTable *const table = new CAtomTable;
     return *table;
 }
 
-// The block's file with its header, mapped.
-char *File() {
-    static char *const file = [] {
+DamagedBlock &Block() {
+    static DamagedBlock *const block = [] {
         REQUIRE(Table().Initialize("FUZZ") == 0);
         for (long id = 0; id < 5; ++id) REQUIRE(Table().New_Atom(id % 2, id, "data", 5) == id);
-        return Map_Shared_File("block-DS-ATOM-TABLE-HI-MOM", File_Size);
+        return new DamagedBlock("DS-ATOM-TABLE-HI-MOM", Atom_Block_Size);
     }();
-    REQUIRE(file);
-    return file;
-}
-
-const std::string &Whole() {
-    static const std::string *const whole = new std::string(File(), File_Size);
-    return *whole;
-}
-
-// Places are in words.
-void Damage(FuzzInput &input) {
-    const auto word = static_cast<std::size_t>(static_cast<std::uint16_t>(input.Short()));
-    const std::string_view bytes = input.Take(1 + input.Byte() % 8);
-    const std::size_t place = word * 4 % (File_Size - 8);
-    std::copy(bytes.begin(), bytes.end(), File() + place);
+    return *block;
 }
 
 // Prolonging a walk has an end of its own, which is long in coming.
@@ -77,7 +56,7 @@ void Use(FuzzInput &input) {
         Table().Iterate_Atoms(number % 3, Visit, static_cast<long>(what / 8));
         return;
     case 6:
-        Damage(input);
+        Block().Damage(input, 0);
         return;
     default:
         CAtomTable other;
@@ -89,8 +68,8 @@ void Use(FuzzInput &input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     FuzzInput input(data, size);
-    Whole();
+    Block();
     while (input.More()) Use(input);
-    std::memcpy(File(), Whole().data(), File_Size);
+    Block().Put_Back();
     return 0;
 }

@@ -1,19 +1,14 @@
 // The block of the instance registry, with any of its bytes damaged: calls end and stay inside the block.
 
-#include <fuzz/support/fuzz_input.h>
-#include <fuzz/support/fuzz_machine.h>
+#include <fuzz/support/damaged_block.h>
 
 #include <kelmara/shared_state/instances.h>
 
 #include <platform/machine.h>
 #include <platform/user.h>
 
-#include <algorithm>
-#include <cstring>
-
 namespace {
 
-constexpr std::size_t File_Size = Shared_File_Header + sizeof(InstanceTable);
 constexpr const char *Keys[] = {"Kelmara", "Dialer", "", "Mail"};
 
 HWND Window() {
@@ -22,18 +17,12 @@ HWND Window() {
     return window;
 }
 
-char *File() {
-    static char *const file = [] {
+DamagedBlock &Block() {
+    static DamagedBlock *const block = [] {
         REQUIRE(Window() && First_Instance("Kelmara", "Dialer", Window()));
-        return Map_Shared_File("block-INSTANCESHARE", File_Size);
+        return new DamagedBlock("INSTANCESHARE", sizeof(InstanceTable));
     }();
-    REQUIRE(file);
-    return file;
-}
-
-const std::string &Whole() {
-    static const std::string *const whole = new std::string(File(), File_Size);
-    return *whole;
+    return *block;
 }
 
 void Use(FuzzInput &input) {
@@ -50,10 +39,7 @@ void Use(FuzzInput &input) {
         Update_Instance(key, Window());
         return;
     default:
-        const auto word = static_cast<std::uint16_t>(input.Short());
-        const std::string_view bytes = input.Take(1 + input.Byte() % 8);
-        std::copy(bytes.begin(), bytes.end(),
-                  File() + Shared_File_Header + word * 4 % (sizeof(InstanceTable) - 8));
+        Block().Damage(input, Shared_File_Header);
     }
 }
 
@@ -61,8 +47,8 @@ void Use(FuzzInput &input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     FuzzInput input(data, size);
-    Whole();
+    Block();
     while (input.More()) Use(input);
-    std::memcpy(File(), Whole().data(), File_Size);
+    Block().Put_Back();
     return 0;
 }

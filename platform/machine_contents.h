@@ -82,8 +82,9 @@ PLATFORM_API LONG Look_At_Registry(MachineRegistry *registry);
 PLATFORM_API LONG Copy_Registry(LPCSTR host_folder);
 
 /// Throws away what killed writers left in and beside the registry's file. A file with damage is written anew
-/// without it; the old one then stays beside it, as "registry.log.damaged-" and its generation. Writers wait
-/// meanwhile. A code of errors.h.
+/// without it; the old one then stays beside it, as "registry.log.damaged-" and its generation, with a
+/// further
+/// "-2" and so on where another file has that name. Writers wait meanwhile. A code of errors.h.
 PLATFORM_API LONG Mend_Registry();
 
 /// Takes the entries of classes that nobody offers any more out of their list.

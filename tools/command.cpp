@@ -3,9 +3,11 @@
 #include <tools/machine_choice.h>
 #include <tools/output.h>
 #include <tools/own_memory.h>
+#include <tools/tables/columns.h>
 
 #include <cstdio>
 #include <new>
+#include <sstream>
 
 namespace tools {
 
@@ -42,31 +44,39 @@ void CommandTree::Tells(const CLI::App *command, const std::string &title, const
 }
 
 int CommandTree::Run(int argc, const char *const *argv) {
-    try {
-        root_.parse(argc, argv);
-    } catch (const CLI::ParseError &error) {
-        return root_.exit(error) == 0 ? Exit_Success : Exit_Unusable;
-    }
     Note_Interruptions();
-    Use_Own_Memory();
     try {
-        return Run_Chosen(argv);
+        return Run_With_Failures_Told(argc, argv);
     } catch (const Interrupted &interrupted) {
         End_By(interrupted.signal);
     }
 }
 
-int CommandTree::Run_Chosen(const char *const *argv) {
+ExitCode CommandTree::Understand_And_Do(int argc, const char *const *argv) {
+    ExitCode code = Exit_Success;
     try {
+        root_.parse(argc, argv);
+        Use_Own_Memory();
         Choose_Machine(machine_, argv);
-        const ExitCode code = chosen_();
-        Flush_Output();
-        return code;
+        code = chosen_();
+    } catch (const CLI::ParseError &error) { // help, too
+        std::ostringstream output, errors;
+        if (root_.exit(error, output, errors) != 0) code = Exit_Unusable;
+        std::fputs(errors.str().c_str(), stderr);
+        Print(output.str());
+    }
+    Flush_Output();
+    return code;
+}
+
+int CommandTree::Run_With_Failures_Told(int argc, const char *const *argv) {
+    try {
+        return Understand_And_Do(argc, argv);
     } catch (const FaultInFile &fault) {
-        std::fprintf(stderr, "%s\n", fault.what());
+        std::fprintf(stderr, "%s\n", Shown(fault.what()).c_str());
         return fault.Code();
     } catch (const Failure &failure) {
-        std::fprintf(stderr, "kelmara: %s\n", failure.what());
+        std::fprintf(stderr, "kelmara: %s\n", Shown(failure.what()).c_str());
         return failure.Code();
     } catch (const std::bad_alloc &) {
         return Out_Of_Memory();

@@ -47,7 +47,8 @@ class CommandTree {
     int Run(int argc, const char *const *argv);
 
   private:
-    int Run_Chosen(const char *const *argv);
+    ExitCode Understand_And_Do(int argc, const char *const *argv);
+    int Run_With_Failures_Told(int argc, const char *const *argv);
 
     CLI::App root_;
     std::function<ExitCode()> chosen_;

@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <initializer_list>
 #include <poll.h>
 
 namespace tools {
@@ -23,12 +24,19 @@ void On(int signal, void (*handler)(int)) {
     sigaction(signal, &action, nullptr);
 }
 
+// By whoever started the command, as nohup does.
+bool Is_Ignored(int signal) {
+    struct sigaction action = {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
 void Note_Interruptions() {
-    On(SIGINT, Note);
-    On(SIGTERM, Note);
-    On(SIGPIPE, SIG_IGN);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        if (!Is_Ignored(signal)) On(signal, Note);
+    }
+    for (const int signal : {SIGPIPE, SIGXFSZ}) On(signal, SIG_IGN);
 }
 
 void End_If_Interrupted() {

@@ -1,6 +1,7 @@
 #pragma once
-// Ctrl-C and kill, without anything half done: a signal is noted, and the command ends at the next place
-// where it looks, with its objects taken down in order. Then the process ends by that signal.
+// Ctrl-C, kill and a terminal that is gone, without anything half done: a signal is noted, and the command
+// ends at the next place where it looks, with its objects taken down in order. Then the process ends by that
+// signal.
 
 namespace tools {
 
@@ -9,8 +10,8 @@ struct Interrupted {
     int signal;
 };
 
-/// From here on SIGINT and SIGTERM are noted, and writing to a closed pipe fails instead of ending the
-/// process.
+/// From here on SIGHUP, SIGINT and SIGTERM are noted, unless they were ignored when the process began, and
+/// writing to a closed pipe, or more to a file than the user may, fails instead of ending the process.
 void Note_Interruptions();
 
 /// To be called in every loop that can take long, and after waits.

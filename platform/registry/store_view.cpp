@@ -13,6 +13,7 @@ namespace {
 
 constexpr char Folder[] = "/registry";
 constexpr char File[] = "/registry.log";
+constexpr int Most_Kept = 1000; // with damage, of one generation
 
 long Look(const std::string &path, MachineRegistry &registry) {
     Replica replica;
@@ -52,6 +53,24 @@ long Copy(const std::string &machine) {
     }
 }
 
+bool Are_One_File(const std::string &left, const std::string &right) {
+    struct stat one, other;
+    return lstat(left.c_str(), &one) == 0 && lstat(right.c_str(), &other) == 0 &&
+           one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+// Under a second name, or one with a further number where something else has it. An attempt that failed
+// behind this has left the file its name.
+long Keep(const std::string &path, const std::string &name) {
+    for (int count = 1; count <= Most_Kept; ++count) {
+        const std::string kept = count == 1 ? name : name + "-" + std::to_string(count);
+        if (link(path.c_str(), kept.c_str()) == 0) return NO_ERROR;
+        if (errno != EEXIST) return Registry_Error_Of_Errno(errno, ERROR_WRITE_FAULT);
+        if (Are_One_File(path, kept)) return NO_ERROR;
+    }
+    return ERROR_WRITE_FAULT;
+}
+
 } // namespace
 
 KeyTree::Counts KeyTree::Count() const {
@@ -69,7 +88,7 @@ long RegistryStore::Mend() {
         replica_.file->Scan(Records_Offset, replica_.end, [](const RegistryRecord &) {});
     if (scanned.error || scanned.damaged == 0) return scanned.error;
     const std::string kept = path_ + ".damaged-" + std::to_string(replica_.file->Header().generation);
-    if (link(path_.c_str(), kept.c_str()) != 0) return Registry_Error_Of_Errno(errno, ERROR_WRITE_FAULT);
+    if (const long error = Keep(path_, kept)) return error;
     return Rewrite(writing.hold_);
 }
 

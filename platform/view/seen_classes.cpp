@@ -1,5 +1,6 @@
 // The list of offered classes, without a connection to anybody: the host tells which sockets there still are,
-// by the names that they were made under.
+// by the names that they were made under. It tells each network namespace of its own sockets alone; a server
+// in another one is looked for in its own.
 
 #include <platform/machine_contents.h>
 
@@ -25,9 +26,9 @@ using HostStream = std::unique_ptr<FILE, decltype([](FILE *stream) { std::fclose
 constexpr char Aside[] = "new"; // in front of a name that is not in the list yet
 constexpr std::size_t Aside_Length = sizeof Aside - 1;
 
-// The last names of all sockets' paths. False where the host does not tell.
-bool Find_Sockets(std::set<std::string> &names) {
-    const HostStream sockets(std::fopen("/proc/net/unix", "re"));
+// The last names of all sockets' paths, as `process` sees them. False where the host does not tell.
+bool Find_Sockets(const std::string &process, std::set<std::string> &names) {
+    const HostStream sockets(std::fopen(("/proc/" + process + "/net/unix").c_str(), "re"));
     char text[1024];
     if (!sockets || !std::fgets(text, sizeof text, sockets.get())) return false;
     while (std::fgets(text, sizeof text, sockets.get())) {
@@ -72,15 +73,21 @@ std::vector<Entry> Entries_In(const std::string &folder) {
     return entries;
 }
 
+bool Is_Offered_Elsewhere(const std::string &socket, DWORD process) {
+    if (!Is_There(process)) return false;
+    std::set<std::string> sockets;
+    return !Find_Sockets(std::to_string(process), sockets) || sockets.contains(socket);
+}
+
 template <class Visit>
 void For_Each_Class(const std::string &folder, Visit visit) {
     const std::vector<Entry> entries = Entries_In(folder); // before the sockets: one that comes is known then
     std::set<std::string> sockets;
-    const bool told = Find_Sockets(sockets);
+    Find_Sockets("self", sockets);
     for (const Entry &entry : entries) {
         const bool is_aside = entry.file.starts_with(Aside);
         const std::string made_as = is_aside ? entry.file : Aside + entry.file;
-        const bool offered = told ? sockets.contains(made_as) : Is_There(entry.process);
+        const bool offered = sockets.contains(made_as) || Is_Offered_Elsewhere(made_as, entry.process);
         if (is_aside && offered) continue;
         MachineClass listed = {};
         std::snprintf(listed.class_id, sizeof listed.class_id, "%s", entry.class_id.c_str());

@@ -51,6 +51,10 @@ for name in kelmara kelmara_platform; do
     [ -e "$package/lib/$soname" ] || complain "Missing:" <<< "$soname"
 done
 
+complain "Taken as a folder below the prefix:" < <(
+    cmake -S "$source" -B "$folder/fixed" -G Ninja -DCMAKE_INSTALL_LIBDIR=/opt/lib 2>&1 |
+        grep 'CMAKE_INSTALL_LIBDIR is /opt/lib' > /dev/null || echo /opt/lib)
+
 # By CMake, whose compiler is not told of -m32 by anybody but the package.
 cmake -S "$source/tests/package" -B "$folder/by_cmake" -G Ninja -DCMAKE_PREFIX_PATH="$package" > "$folder/log"
 cmake --build "$folder/by_cmake" > "$folder/log" || { cat "$folder/log"; exit 1; }

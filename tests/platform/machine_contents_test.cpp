@@ -10,6 +10,8 @@
 #include <platform/machine.h>
 
 #include <cstring>
+#include <sched.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -68,6 +70,16 @@ TEST_F(MachineContents, ClassesAreOfferedUntilTheirProgramEnds) {
         EXPECT_EQ(each.class_id[0], '{');
         EXPECT_EQ(each.class_id[37], '}');
     }
+    // The host does not show another network namespace the sockets of this one.
+    const pid_t elsewhere = fork();
+    if (elsewhere == 0) {
+        if (unshare(CLONE_NEWNET) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNET) != 0) _exit(2);
+        const std::vector<MachineClass> seen = All(Visit_Machine_Classes);
+        _exit(seen.size() == 2 && seen[0].offered + seen[1].offered == 1 ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(elsewhere, &status, 0);
+    EXPECT_NE(WEXITSTATUS(status), 1) << "2 where the host lets nobody leave";
     EXPECT_TRUE(Clear_Away_Ended_Classes());
     ASSERT_EQ(All(Visit_Machine_Classes).size(), 1u);
     EXPECT_TRUE(All(Visit_Machine_Classes)[0].offered);

@@ -48,6 +48,15 @@ TEST_F(CommandFrame, UsageDecidesTheExitCode) {
     }
 }
 
+TEST_F(CommandFrame, OutputThatCannotBeWrittenIsAFailure) {
+    for (const char *output : {"--help", "--version", "manual"}) {
+        RunningCommand full({output}, "/dev/null", "/dev/full", machine.Path("errors"));
+        EXPECT_EQ(full.Wait(), Exit_Unusable) << output;
+        EXPECT_NE(machine.Read("errors").find("standard output: "), std::string::npos) << output;
+    }
+    EXPECT_EQ(CommandRun({"ltx", "check", machine.Path("\33[2J")}).errors.find('\33'), std::string::npos);
+}
+
 TEST_F(CommandFrame, FilesAreReplacedWholeAndKeepTheirPermissionsAndLinks) {
     std::filesystem::create_directories(machine.Path("drive_c/texts"));
     const std::string file = machine.Path("drive_c/texts/a.txt");

@@ -40,12 +40,13 @@ void Direct(int descriptor, const std::string &file, int flags) {
 } // namespace
 
 RunningCommand::RunningCommand(const std::vector<std::string> &arguments, const std::string &input_file,
-                               const std::string &output_file, const std::string &error_file) {
+                               const std::string &output_file, const std::string &error_file, int ignored) {
     std::vector<char *> argv = {const_cast<char *>(KELMARA_COMMAND)};
     for (const std::string &argument : arguments) argv.push_back(const_cast<char *>(argument.c_str()));
     argv.push_back(nullptr);
     id_ = fork();
     if (id_ != 0) return;
+    for (const int ending : {SIGHUP, SIGINT, SIGTERM}) signal(ending, ending == ignored ? SIG_IGN : SIG_DFL);
     Direct(STDIN_FILENO, input_file, O_RDONLY);
     Direct(STDOUT_FILENO, output_file, O_WRONLY | O_CREAT | O_TRUNC);
     Direct(STDERR_FILENO, error_file, O_WRONLY | O_CREAT | O_TRUNC);

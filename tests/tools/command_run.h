@@ -21,8 +21,9 @@ struct CommandRun {
 /// One that is still running: its output goes to files of the test, it can be sent a signal.
 class RunningCommand {
   public:
+    /// Of the signals that end a program it ignores one at most: `ignored`.
     RunningCommand(const std::vector<std::string> &arguments, const std::string &input_file,
-                   const std::string &output_file, const std::string &error_file);
+                   const std::string &output_file, const std::string &error_file, int ignored = 0);
     ~RunningCommand();
     RunningCommand(const RunningCommand &) = delete;
     RunningCommand &operator=(const RunningCommand &) = delete;

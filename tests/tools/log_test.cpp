@@ -24,6 +24,8 @@ SECOND_PROCESS(log_writer) {
     for (std::string order; !(order = process.Hear()).empty(); process.Tell("done")) {
         if (order == "entry") Std_Log_Entry("<b>one</b> & %s", "two\nthree");
         if (order == "message") Broadcast_Message(17, "text", 5);
+        char large[60000] = {};
+        for (int i = 0; order == "flood" && i < 50; ++i) Broadcast_Message(17, large, sizeof large);
         if (order == "code") Broadcast_Message(0x434F4E4E, "\1\2", 2);
     }
     return 0;
@@ -68,6 +70,10 @@ TEST_F(LogCommand, FollowsEntriesAndHearsMessages) {
     order("code");
     EXPECT_TRUE(Shows("message 'CONN', 2 bytes 0102"));
     EXPECT_EQ(machine.Read("output").find("text"), std::string::npos) << "a message of another code";
+    log.Signal(SIGSTOP);
+    order("flood");
+    log.Signal(SIGCONT);
+    EXPECT_TRUE(Shows("messages were lost"));
     log.Signal(SIGTERM);
     EXPECT_EQ(log.Wait(), -SIGTERM);
     EXPECT_EQ(machine.Read("errors"), "");

@@ -15,6 +15,7 @@
 #include <csignal>
 #include <filesystem>
 #include <poll.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -38,6 +39,7 @@ SECOND_PROCESS(short_lived) {
     RegisterClassA(&made);
     First_Instance(process.Arguments()[0].c_str(), "x",
                    CreateWindowExA(0, "ShortLived", "w", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr));
+    First_Instance("Nothing", "x", nullptr);
     process.Tell("ready");
     process.Hear();
     return 0;
@@ -86,21 +88,49 @@ TEST_F(MachineCommand, InitMakesOnlyWhereNothingIs) {
     EXPECT_EQ(Entries(), 1u);
 }
 
+// No file may have more bytes: a number fits in, settings do not.
+TEST_F(MachineCommand, AFailedInitTakesBackWhatItMade) {
+    const std::string here = Outside("here");
+    fs::create_directory(here);
+    fs::permissions(here, fs::perms::owner_all | fs::perms::group_read);
+    rlimit usual = {}, small = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    const auto before = signal(SIGXFSZ, SIG_IGN); // of the library's loading
+    small = {40, usual.rlim_max};
+    for (const std::string &folder : {here, Outside("new/new/"), Outside("new/" + std::string(300, 'x'))}) {
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+        RunningCommand init({"machine", "init", folder, "--windows", "98", "--screen", "800x600x16"},
+                            "/dev/null", "/dev/null", "/dev/null");
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &usual), 0);
+        EXPECT_EQ(init.Wait(), 2);
+    }
+    signal(SIGXFSZ, before);
+    EXPECT_TRUE(fs::is_empty(here));
+    EXPECT_EQ(fs::status(here).permissions(), fs::perms::owner_all | fs::perms::group_read);
+    EXPECT_EQ(Entries(), 1u);
+}
+
 TEST_F(MachineCommand, CloneIsWholeAndTheMachinesOwn) {
     machine.Write("drive_c/folder/a.txt", "text");
     machine.Set("windows", "98");
     fs::create_symlink("a.txt", machine.Path("drive_c/folder/link"));
+    fs::create_directories(Outside("shared/deep"));
+    fs::create_symlink(fs::relative(Outside("shared"), machine.Path("")), machine.Path("drive_d"));
+    fs::create_symlink("drive_c/folder", machine.Path("drive_e"));
     fs::permissions(machine.Path("drive_c/folder/a.txt"), fs::perms::owner_read);
     fs::permissions(machine.Path("drive_c/folder"), fs::perms::owner_read | fs::perms::owner_exec);
     SecondProcess writer("busy_writer");
     ASSERT_EQ(writer.Hear(), "writing");
-    const std::string clone = Outside("clone");
+    fs::create_directories(Outside("place"));
+    const std::string clone = Outside("place/clone");
     const CommandRun run({"machine", "clone", clone});
     ASSERT_EQ(run.exit_code, 0) << run.errors;
     writer.Kill();
     writer.Wait();
 
     EXPECT_TRUE(fs::is_symlink(clone + "/drive_c/folder/link"));
+    EXPECT_EQ(fs::canonical(clone + "/drive_d"), Outside("shared"));
+    EXPECT_EQ(fs::canonical(clone + "/drive_e"), clone + "/drive_c/folder");
     EXPECT_EQ(fs::status(clone + "/drive_c/folder/a.txt").permissions(), fs::perms::owner_read);
     EXPECT_EQ(CommandRun({"--machine", clone, "machine", "check"}).output, "nothing is wrong\n");
     const Json info = Json::parse(CommandRun({"--machine", clone, "machine", "info", "--json"}).output);
@@ -111,7 +141,7 @@ TEST_F(MachineCommand, CloneIsWholeAndTheMachinesOwn) {
     EXPECT_EQ(CommandRun({"machine", "clone", clone}).exit_code, 2) << "there is one";
     EXPECT_EQ(CommandRun({"machine", "clone", machine.Path("drive_c/inside")}).exit_code, 2);
     EXPECT_EQ(CommandRun({"machine", "clone", Outside("none/clone")}).exit_code, 2);
-    EXPECT_EQ(Entries(), 1u);
+    EXPECT_EQ(Entries(), 2u);
     fs::permissions(machine.Path("drive_c/folder"), fs::perms::owner_all);
     fs::permissions(clone + "/drive_c/folder", fs::perms::owner_all);
     EXPECT_TRUE(Remove_Machine(clone.c_str())) << "a machine with a number of its own";
@@ -137,32 +167,39 @@ TEST_F(MachineCommand, CheckTellsAndRepairMends) {
     registry[registry.find("xxxx")] = 'y';
     machine.Write("registry/registry.log", registry + std::string(24, '\x7F'));
     machine.Write("registry/registry.log.new", "half");
-    machine.Write("drive_c/a.txt.kelmara-new999999999", "half");
+    machine.Write("drive_c/f\xC3\xBCr.txt.kelmara-new999999999", "half");
     machine.Write("drive_c/b.txt.kelmara-new999999999-1760000000", "half");
     machine.Write("drive_c/report.new2024", "the user's own");
     machine.Write("drive_c/a.txt.kelmara-new" + std::to_string(getpid()), "of a living process");
-    SecondProcess killed("short_lived", {"Gone"}), living("short_lived", {"Here"});
+    fs::create_hard_link(machine.Path("registry/registry.log"),
+                         machine.Path("registry/registry.log.damaged-1-2"));
+    machine.Write("registry/registry.log.damaged-1", "of an earlier time");
+    SecondProcess killed("short_lived", {"G\xC3\xB6ne"}), living("short_lived", {"Here"});
     ASSERT_EQ(killed.Hear() + living.Hear(), "readyready");
     killed.Kill();
     killed.Wait();
 
     const CommandRun check({"machine", "check"});
     EXPECT_EQ(check.exit_code, 1);
-    for (const char *finding :
-         {"damaged bytes", "24 bytes that a writer left", "a rewriting was left",
-          "a.txt.kelmara-new999999999: working file", "b.txt.kelmara-new999999999-1760000000: working file",
-          "\"Gone\", \"x\" is gone"})
+    for (const char *finding : {"damaged bytes", "24 bytes that a writer left", "a rewriting was left",
+                                "f\xC3\xBCr.txt.kelmara-new999999999: working file",
+                                "b.txt.kelmara-new999999999-1760000000: working file",
+                                "\"G\xC3\xB6ne\", \"x\" is gone", "\"Nothing\", \"x\" has no window"})
         EXPECT_NE(check.output.find(finding), std::string::npos) << finding << " in\n" << check.output;
-    EXPECT_EQ(std::count(check.output.begin(), check.output.end(), '\n'), 6);
+    EXPECT_EQ(std::count(check.output.begin(), check.output.end(), '\n'), 7);
 
     const CommandRun repair({"machine", "check", "--repair", "--json"});
     EXPECT_EQ(repair.exit_code, 0) << repair.output;
     for (const Json &each : Json::parse(repair.output)) EXPECT_FALSE(each["mended"].is_null()) << each;
+    for (const char *text : {"/drive_c/f\xC3\xBCr.txt.kelmara-new", "G\xC3\x83\xC2\xB6ne"})
+        EXPECT_NE(repair.output.find(text), std::string::npos) << text << " in\n" << repair.output;
     EXPECT_EQ(CommandRun({"machine", "check"}).output, "nothing is wrong\n");
     EXPECT_EQ(TestKey("Kept").Get("second"), "kept");
     EXPECT_TRUE(fs::exists(machine.Path("drive_c/a.txt.kelmara-new" + std::to_string(getpid()))));
     EXPECT_TRUE(fs::exists(machine.Path("drive_c/report.new2024")));
-    EXPECT_TRUE(fs::exists(machine.Path("registry/registry.log.damaged-1")));
+    EXPECT_EQ(machine.Read("registry/registry.log.damaged-1"), "of an earlier time");
+    EXPECT_NE(machine.Read("registry/registry.log.damaged-1-2").find("yxxx"), std::string::npos);
+    EXPECT_FALSE(fs::exists(machine.Path("registry/registry.log.damaged-1-3")));
 
     machine.Set("windows", "vista");
     EXPECT_EQ(CommandRun({"machine", "check", "--repair"}).exit_code, 1);
@@ -171,11 +208,15 @@ TEST_F(MachineCommand, CheckTellsAndRepairMends) {
 }
 
 TEST(SettingsText, OnlyWhatTheMachineDoesNotTakeIsAFault) {
-    constexpr char text[] = "# remark\n\n WINDOWS = XP # new\nscreen_width=0\nno setting\ndrive_d = tape\r\n"
-                            "drive_d_free = 12\ndrive_e_size = x\nwindows_version = 5\nanything = goes\n= 1";
+    std::string text = "# remark\n\n WINDOWS = XP # new\nscreen_width=0\nno setting\ndrive_d = tape\r\n"
+                       "drive_d_free = 12\ndrive_e_size = x\nwindows_version = 5\nanything = goes\n= 1\n"
+                       "windows_version = 5.1\ndrive_c = fixed\nwindows_version = 10.0.19045\n";
+    for (const char *wrong : {"5..1", "1234.5", "5.1.2.3", "5.1.", "5.1.123456", "5.1x"})
+        text += std::string("windows_version = ") + wrong + "\n";
+    text += "drive_c = cdrom\ndrive_z = remote\n";
     std::vector<unsigned long> lines;
     for (const tools::SettingFault &fault : tools::Faults_In_Settings(text)) lines.push_back(fault.line);
-    EXPECT_EQ(lines, (std::vector<unsigned long>{4, 5, 6, 8, 9, 11}));
+    EXPECT_EQ(lines, (std::vector<unsigned long>{4, 5, 6, 8, 9, 11, 15, 16, 17, 18, 19, 20, 21, 22}));
 }
 
 } // namespace

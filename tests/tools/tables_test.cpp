@@ -106,12 +106,16 @@ TEST_F(TablesTest, WatchingFollowsAndLeavesNothing) {
         watch.Signal(SIGINT);
         EXPECT_EQ(watch.Wait(), -SIGINT);
     }
-    for (const int signal : {SIGTERM, SIGKILL}) {
+    for (const int signal : {SIGTERM, SIGHUP, SIGKILL}) {
         std::filesystem::remove(machine.Path("watched"));
         CommandRun({"windows"}); // throws away what the killed program left
         ASSERT_EQ(Blocks(), 0u);
-        RunningCommand watch({"instances", "--watch", "--json"}, none, machine.Path("watched"), errors);
+        const int ignored = signal == SIGHUP ? SIGTERM : SIGHUP;
+        RunningCommand watch({"instances", "--watch", "--json"}, none, machine.Path("watched"), errors,
+                             ignored);
         EXPECT_TRUE(Shows("[]\n"));
+        watch.Signal(ignored);
+        poll(nullptr, 0, 200);
         watch.Signal(signal);
         EXPECT_EQ(watch.Wait(), -signal);
         EXPECT_EQ(Blocks(), 0u) << signal;

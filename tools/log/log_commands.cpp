@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <ctime>
 #include <memory>
+#include <utility>
 
 namespace tools {
 
@@ -96,6 +97,10 @@ void Print_One(const LogEntry &entry, bool json) {
                shown);
 }
 
+void Print_Lost(long count) {
+    Print_Line("... " + std::to_string(count) + " messages were lost");
+}
+
 void Print_One(const Broadcast &message, bool json) {
     const std::string program = Program_Of(message.sender);
     if (json) {
@@ -109,8 +114,8 @@ void Print_One(const Broadcast &message, bool json) {
                            {"lost", message.lost}};
         return Print_Line(line.dump());
     }
-    if (message.lost > 0) Print_Line("... " + std::to_string(message.lost) + " messages were lost");
-    Print_Line(Time_Now() + "  " + program + " " + std::to_string(message.sender) + "  message " +
+    if (message.lost > 0) Print_Lost(message.lost);
+    Print_Line(Time_Now() + "  " + Shown(program) + " " + std::to_string(message.sender) + "  message " +
                Code_Text(message.code) + ", " + std::to_string(message.data.size()) + " bytes" +
                Data_Shown(message.data));
 }
@@ -128,11 +133,18 @@ void Print_Last(LogFileView &file, std::size_t most, bool json) {
     for (const LogEntry &entry : last) Print_One(entry, json);
 }
 
-void Print_Messages(BroadcastListener &listener, const Codes &codes, bool json) {
-    for (const Broadcast &message : listener.Take()) {
+// What was lost in front of one that is not wanted is told at once; in JSON, with the next that is (`lost`).
+void Print_Messages(BroadcastListener &listener, const Codes &codes, bool json, long &lost) {
+    for (Broadcast &message : listener.Take()) {
         const bool wanted =
             codes.empty() || std::find(codes.begin(), codes.end(), message.code) != codes.end();
-        if (wanted) Print_One(message, json);
+        message.lost += std::exchange(lost, 0);
+        if (wanted)
+            Print_One(message, json);
+        else if (json)
+            lost = message.lost;
+        else if (message.lost > 0)
+            Print_Lost(message.lost);
     }
 }
 
@@ -158,9 +170,10 @@ ExitCode Show_Once(const Options &options) {
         std::fputs("kelmara: no log companion takes listeners: messages are not heard\n", stderr);
     const std::size_t in_front = options.last < 0 ? Lines_In_Front : static_cast<std::size_t>(options.last);
     if (!options.only_messages) Print_Last(file, in_front, options.json);
+    long lost = 0;
     for (;;) {
         if (!options.only_messages) Print_New(file, options.json);
-        if (hears) Print_Messages(listener, codes, options.json);
+        if (hears) Print_Messages(listener, codes, options.json, lost);
         Flush_Output();
         Pause_Or_End(Between_Looks);
     }

@@ -6,6 +6,7 @@
 #include <tools/machine_choice.h>
 #include <tools/output.h>
 #include <tools/tables/columns.h>
+#include <tools/tables/machine_view.h>
 
 #include <algorithm>
 
@@ -16,8 +17,8 @@ namespace {
 Json Json_Of(const Findings &findings) {
     Json json = Json::array();
     for (const Finding &each : findings.All()) {
-        json.push_back({{"finding", Utf8_Of(each.text)},
-                        {"mended", each.mended.empty() ? Json() : Json(Utf8_Of(each.mended))}});
+        json.push_back({{"finding", each.is_machine_text ? Utf8_Of(each.text) : Host_Text(each.text)},
+                        {"mended", each.mended.empty() ? Json() : Json(each.mended)}});
     }
     return json;
 }

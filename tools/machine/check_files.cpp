@@ -51,7 +51,7 @@ void Add_Registry_Findings(const MachineRegistry &registry, const std::string &f
     if (registry.damaged > 0)
         add(std::to_string(registry.damaged) + " damaged bytes, which are passed over",
             "written anew without them; the old file is kept beside it as registry.log.damaged-" +
-                std::to_string(registry.generation));
+                std::to_string(registry.generation) + ", or with a further number where there was one");
     if (registry.torn > 0)
         add(std::to_string(registry.torn) + " bytes that a writer left unfinished", "cut off");
     if (registry.left_aside) add("a rewriting was left unfinished beside it", "removed");

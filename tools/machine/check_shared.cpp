@@ -18,7 +18,8 @@ namespace tools {
 
 namespace {
 
-constexpr DWORD Longest_Wait = 1000; // milliseconds
+constexpr DWORD Longest_Wait = 1000;           // milliseconds
+constexpr unsigned Long_Enough_To_Write = 100; // milliseconds
 constexpr std::string_view Lock_Ending = "-MUTEX";
 
 /// Whether a table's lock can be had: one whose holder stands still is not waited for.
@@ -46,7 +47,7 @@ bool Put_Atoms_In_Order() {
     return false;
 }
 
-std::vector<Instance> Stale_Instances() {
+std::vector<Instance> Instances_Without_Window() {
     const auto seen =
         See_Mapping(Instance_Block_Name, sizeof(InstanceTable), [](const std::string &) { return false; });
     if (!seen) return {};
@@ -58,11 +59,21 @@ std::vector<Instance> Stale_Instances() {
     return instances;
 }
 
-bool Is_Still_There(const Instance &instance) {
-    const std::vector<Instance> left = Stale_Instances();
-    return std::any_of(left.begin(), left.end(), [&](const Instance &each) {
+bool Is_Among(const std::vector<Instance> &instances, const Instance &instance) {
+    return std::any_of(instances.begin(), instances.end(), [&](const Instance &each) {
         return each.window == instance.window && each.key == instance.key && each.subkey == instance.subkey;
     });
+}
+
+// One that tells of no window yet is being written; by the second look that has come to its end.
+std::vector<Instance> Stale_Instances() {
+    std::vector<Instance> stale = Instances_Without_Window();
+    const auto is_unfinished = [](const Instance &each) { return each.window == 0; };
+    if (std::none_of(stale.begin(), stale.end(), is_unfinished)) return stale;
+    Pause_Or_End(Long_Enough_To_Write);
+    const std::vector<Instance> now = Instances_Without_Window();
+    std::erase_if(stale, [&](const Instance &each) { return !Is_Among(now, each); });
+    return stale;
 }
 
 } // namespace
@@ -102,10 +113,12 @@ void Check_Instances(Findings &findings, bool repair) {
     const std::vector<Instance> stale = Stale_Instances();
     const bool can_mend = repair && !stale.empty() && Is_To_Be_Had("InstanceMasterMutex");
     for (const Instance &each : stale) {
-        findings.Add("instances: the window of \"" + each.key + "\", \"" + each.subkey + "\" is gone");
+        const std::string keys = "\"" + each.key + "\", \"" + each.subkey + "\"";
+        findings.Add_Machine_Text(each.window == 0 ? "instances: " + keys + " has no window"
+                                                   : "instances: the window of " + keys + " is gone");
         if (!can_mend) continue;
         Instance_Available(each.key.c_str(), each.subkey.c_str());
-        if (!Is_Still_There(each)) findings.Mended("taken out");
+        if (!Is_Among(Instances_Without_Window(), each)) findings.Mended("taken out");
     }
     const auto seen =
         See_Mapping(Instance_Block_Name, sizeof(InstanceTable), [](const std::string &) { return false; });

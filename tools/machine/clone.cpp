@@ -5,6 +5,7 @@
 #include <tools/machine/tree_copy.h>
 #include <tools/machine_choice.h>
 #include <tools/output.h>
+#include <tools/tables/columns.h>
 
 #include <platform/errors.h>
 #include <platform/machine.h>
@@ -45,6 +46,19 @@ std::string Checked_Target(std::string target, const std::string &machine) {
     return folder + "/" + target.substr(slash == target.npos ? 0 : slash + 1);
 }
 
+// Not every file system and host can be told not to replace. There the name is taken by an empty folder of
+// our own first: a folder may take the place of an empty one, and of nothing else.
+bool Rename_Without_Replacing(const std::string &from, const std::string &to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    if (mkdir(to.c_str(), 0700) != 0) return false;
+    if (rename(from.c_str(), to.c_str()) == 0) return true;
+    const int error = errno;
+    rmdir(to.c_str());
+    errno = error;
+    return false;
+}
+
 /// The new machine under a working name, with a number of its own; gone again unless it takes its name.
 class MachineInMaking {
   public:
@@ -71,8 +85,7 @@ class MachineInMaking {
         if (folder >= 0) close(folder);
         if (!on_disk) Fail_On(folder_, error);
         End_If_Interrupted();
-        if (renameat2(AT_FDCWD, folder_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) != 0)
-            Fail_On(target_, errno);
+        if (!Rename_Without_Replacing(folder_, target_)) Fail_On(target_, errno);
         named_ = true;
     }
 
@@ -118,10 +131,11 @@ void Copy_Its_Files(const std::string &from, const std::string &to) {
     std::size_t total = 0;
     for (const std::string &name : names) total += Entries_Below(from + "/" + name);
     Progress progress("copying", total);
-    TreeCopy copy(progress);
+    TreeCopy copy(from, progress);
     for (const std::string &name : names) copy.Copy(from + "/" + name, to + "/" + name);
     copy.Finish();
-    for (const std::string &remark : copy.Remarks()) std::fprintf(stderr, "kelmara: %s\n", remark.c_str());
+    for (const std::string &remark : copy.Remarks())
+        std::fprintf(stderr, "kelmara: %s\n", Shown(remark).c_str());
 }
 
 } // namespace
@@ -134,7 +148,7 @@ ExitCode Clone_Machine(const std::string &target) {
     Copy_Its_Registry(clone.Folder());
     Copy_Its_Files(source, clone.Folder());
     clone.Take_Name();
-    Print_Line("copied " + source + " to " + place);
+    Print_Line("copied " + Shown(source) + " to " + Shown(place));
     return Exit_Success;
 }
 

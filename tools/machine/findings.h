@@ -8,12 +8,14 @@ namespace tools {
 
 struct Finding {
     std::string text;
-    std::string mended; // what was done about it; empty: nothing
+    bool is_machine_text; // in the machine's code page; otherwise bytes of the host, as its paths are
+    std::string mended;   // what was done about it; empty: nothing
 };
 
 class Findings {
   public:
-    void Add(const std::string &text) { all_.push_back({text, ""}); }
+    void Add(const std::string &text) { all_.push_back({text, false, ""}); }
+    void Add_Machine_Text(const std::string &text) { all_.push_back({text, true, ""}); }
     /// Beside the last one.
     void Mended(const std::string &how) { all_.back().mended = how; }
     const std::vector<Finding> &All() const { return all_; }

@@ -3,13 +3,18 @@
 
 #include <tools/machine/settings_text.h>
 #include <tools/output.h>
+#include <tools/tables/columns.h>
 
 #include <platform/machine.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -41,15 +46,78 @@ void Refuse_What_Is_A_Machine(const std::string &folder) {
         throw Failure(Exit_Unusable, folder + ": is a machine already; it is left as it is");
 }
 
-void Write_New(const std::string &path, const std::string &content) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    const bool written =
-        file >= 0 && write(file, content.data(), content.size()) == static_cast<ssize_t>(content.size()) &&
-        fsync(file) == 0;
-    const int error = errno;
-    if (file >= 0) close(file);
-    if (!written) throw Failure(Exit_Unusable, path + ": " + std::strerror(error));
+/// Empty where neither the command nor the environment names one: then it is the user's own.
+std::string Place_Of(const std::string &folder) {
+    const char *named = std::getenv("KELMARA_MACHINE");
+    return !folder.empty() ? folder : named != nullptr ? named : "";
 }
+
+/// What is made on the way to a machine, taken away again unless that is done. What somebody else has put
+/// beside it meanwhile stays.
+class Making {
+  public:
+    explicit Making(std::string place) : place_(std::move(place)) {
+        for (std::string path = place_; !path.empty() && !Status_Of(path); path.erase(path.rfind('/') + 1)) {
+            while (path.ends_with('/')) path.pop_back();
+            new_folders_.push_back(path);
+        }
+        before_ = Status_Of(place_);
+    }
+    ~Making() {
+        if (!done_) Take_Back();
+    }
+    Making(const Making &) = delete;
+    Making &operator=(const Making &) = delete;
+
+    void Becomes_A_Machine(const std::string &folder) { folder_ = folder; }
+    void Write_Settings(const std::string &settings) {
+        const std::string path = folder_ + "/machine.conf";
+        const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (file < 0) throw Failure(Exit_Unusable, path + ": " + std::strerror(errno));
+        own_settings_ = path;
+        errno = ENOSPC; // what a part that was written means
+        const auto size = static_cast<ssize_t>(settings.size());
+        const bool written = write(file, settings.data(), settings.size()) == size && fsync(file) == 0;
+        const int error = errno;
+        close(file);
+        if (!written) throw Failure(Exit_Unusable, path + ": " + std::strerror(error));
+    }
+    void Make_Drive() {
+        const std::string path = folder_ + "/drive_c";
+        if (mkdir(path.c_str(), 0700) == 0) own_drive_ = path;
+        char drive[PATH_MAX];
+        if (!Host_Path("c:\\", drive, sizeof drive)) throw Failure(Exit_Unusable, path + ": cannot be made");
+    }
+    void Is_Done() { done_ = true; }
+
+  private:
+    static std::optional<struct stat> Status_Of(const std::string &path) {
+        struct stat status;
+        return lstat(path.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
+    }
+    bool Has_Only_Its_Number() const {
+        std::error_code error;
+        const std::filesystem::directory_iterator all(folder_, error), end;
+        return !error && std::all_of(begin(all), end, [](const auto &entry) {
+            return entry.path().filename() == "machine.id";
+        });
+    }
+    void Take_Back() const {
+        if (!own_settings_.empty()) unlink(own_settings_.c_str());
+        if (!own_drive_.empty()) rmdir(own_drive_.c_str());
+        if (!folder_.empty() && Has_Only_Its_Number()) unlink((folder_ + "/machine.id").c_str());
+        for (const std::string &folder : new_folders_) rmdir(folder.c_str());
+        const auto now = before_ ? Status_Of(place_) : std::nullopt;
+        if (now && S_ISDIR(now->st_mode) && now->st_mode != before_->st_mode)
+            chmod(place_.c_str(), before_->st_mode & 07777);
+    }
+
+    const std::string place_;
+    std::vector<std::string> new_folders_; // the innermost first
+    std::optional<struct stat> before_;
+    std::string folder_, own_settings_, own_drive_; // empty: not made
+    bool done_ = false;
+};
 
 // The machine's reasons stand on standard error already.
 std::string Make_In(const std::string &folder) {
@@ -58,7 +126,6 @@ std::string Make_In(const std::string &folder) {
         if (Machine_Folder() == nullptr) throw Failure(Exit_Unusable, "no machine was made");
         return Machine_Folder();
     }
-    Refuse_What_Is_A_Machine(folder);
     if (!Enter_Machine(folder.c_str())) throw Failure(Exit_Unusable, folder + ": no machine was made");
     return Machine_Folder();
 }
@@ -67,19 +134,15 @@ std::string Make_In(const std::string &folder) {
 
 ExitCode Make_Machine(const InitOptions &options) {
     const std::string settings = Settings_Of(options);
-    // What somebody else has made meanwhile, in the same folder, is not taken away again.
-    const bool made = !options.folder.empty() && mkdir(options.folder.c_str(), 0700) == 0;
+    const std::string place = Place_Of(options.folder);
+    if (!place.empty()) Refuse_What_Is_A_Machine(place);
+    Making making(place);
     const std::string folder = Make_In(options.folder);
-    try {
-        if (!settings.empty()) Write_New(folder + "/machine.conf", settings);
-        char path[PATH_MAX];
-        if (!Host_Path("c:\\", path, sizeof path))
-            throw Failure(Exit_Unusable, folder + "/drive_c: cannot be made");
-    } catch (const Failure &) {
-        if (made) Remove_Machine(folder.c_str());
-        throw;
-    }
-    Print_Line("made a machine in " + folder);
+    making.Becomes_A_Machine(folder);
+    if (!settings.empty()) making.Write_Settings(settings);
+    making.Make_Drive();
+    making.Is_Done();
+    Print_Line("made a machine in " + Shown(folder));
     return Exit_Success;
 }
 

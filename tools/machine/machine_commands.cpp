@@ -59,7 +59,8 @@ void Add_Machine(CommandTree &tree) {
         clone, "WHAT IS COPIED",
         "Drives, settings and the registry as it is at that moment. Each file is copied as it stood at "
         "one moment; one that goes on changing is named on standard error. Drives that are links to "
-        "other folders stay links. The copy has a number of its own, so that the two share nothing.");
+        "other folders stay links, to the same place. The copy has a number of its own, so that the two "
+        "share nothing.");
 
     Add_Check(tree, machine);
 }

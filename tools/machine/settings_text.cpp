@@ -49,11 +49,23 @@ bool Is_Number(const std::string &text, unsigned long long least, unsigned long 
 }
 
 std::string Fault_Of_Version(const std::string &value) {
-    const bool plain = value.find_first_not_of("0123456789.") == std::string::npos;
-    const auto points = std::count(value.begin(), value.end(), '.');
-    return plain && points >= 1 && points <= 2 && value[0] != '.' && value.back() != '.'
-               ? ""
-               : "is not major.minor or major.minor.build";
+    constexpr std::size_t most_digits[] = {3, 3, 5};
+    std::size_t count = 0;
+    bool good = true;
+    for (std::size_t begin = 0; good && begin <= value.size(); ++count) {
+        const std::size_t end = std::min(value.find('.', begin), value.size());
+        const std::string part = value.substr(begin, end - begin);
+        good = count < std::size(most_digits) && !part.empty() && part.size() <= most_digits[count] &&
+               part.find_first_not_of("0123456789") == part.npos;
+        begin = end + 1;
+    }
+    return good && count >= 2 ? "" : "is not major.minor or major.minor.build, of 3, 3 and 5 digits at most";
+}
+
+std::string Fault_Of_Kind(char drive, const std::string &value) {
+    const std::string fault = Fault_Unless_Among(value, Drive_Kinds), small = In_Small_Letters(value);
+    const bool heeded = (drive != 'c' && drive != 'z') || small.empty() || small == "fixed";
+    return fault.empty() && !heeded ? "is not heeded: this drive is always fixed" : fault;
 }
 
 bool Has_Control_Characters(std::string_view text) {
@@ -83,8 +95,8 @@ std::string Fault_Of_Setting(const std::string &name, const std::string &value) 
     if (name == "screen_width" || name == "screen_height") return Is_Number(value, 1, 32767) ? "" : no_size;
     if (name == "screen_depth") return Fault_Unless_Among(value, Depths);
     if (name == "administrator") return Fault_Unless_Among(value, Answers);
-    const bool is_drive = name.size() >= 7 && name.starts_with("drive_") && name[6] >= 'a' && name[6] <= 'y';
-    if (is_drive && name.size() == 7) return Fault_Unless_Among(value, Drive_Kinds);
+    const bool is_drive = name.size() >= 7 && name.starts_with("drive_") && name[6] >= 'a' && name[6] <= 'z';
+    if (is_drive && name.size() == 7) return Fault_Of_Kind(name[6], value);
     if (is_drive && (name.substr(7) == "_free" || name.substr(7) == "_size"))
         return Is_Number(value, 0, ~0ull) ? "" : no_bytes;
     return "";

@@ -89,6 +89,8 @@ void Copy_Content(const OpenFile &from, const OpenFile &to, const std::string &f
 std::size_t Entries_Below(const std::string &path) {
     using std::filesystem::recursive_directory_iterator;
     std::size_t count = 1;
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return count;
     std::error_code error;
     recursive_directory_iterator entry(path, std::filesystem::directory_options::skip_permission_denied,
                                        error);
@@ -126,12 +128,20 @@ void TreeCopy::Copy_Folder(const std::string &from, const std::string &to, const
     if (error) throw Failure(Exit_Unusable, from + ": " + error.message());
 }
 
+std::string TreeCopy::Target_For_Copy(const std::string &link, const std::string &target) const {
+    if (target.starts_with('/')) return target;
+    std::error_code error;
+    const std::string folder = link.substr(0, link.rfind('/') + 1);
+    const std::string place = std::filesystem::weakly_canonical(folder + target, error);
+    return error || (place + "/").starts_with(whole_ + "/") ? target : place;
+}
+
 void TreeCopy::Copy_Link(const std::string &from, const std::string &to) {
     char target[PATH_MAX];
     const ssize_t length = readlink(from.c_str(), target, sizeof target - 1);
     if (length < 0) Fail_On(from);
     target[length] = 0;
-    if (symlink(target, to.c_str()) != 0) Fail_On(to);
+    if (symlink(Target_For_Copy(from, target).c_str(), to.c_str()) != 0) Fail_On(to);
 }
 
 void TreeCopy::Copy_File(const std::string &from, const std::string &to) {

@@ -85,7 +85,8 @@ std::string Text_Of(const AtomImage &image) {
 void Add_Tables_To(View &view, const std::vector<Table> &tables, std::size_t atoms) {
     for (const Table &table : tables) {
         view.text += "table \"" + Shown(table.name) + "\", " + std::to_string(atoms) + " of " +
-                     std::to_string(Atom_Capacity) + " atoms, open in " + Programs_Of(table.processes) + "\n";
+                     std::to_string(Atom_Capacity) + " atoms, open in " +
+                     Shown(Programs_Of(table.processes)) + "\n";
         view.json["tables"].push_back({{"name", Utf8_Of(table.name)}, {"processes", table.processes}});
     }
 }
