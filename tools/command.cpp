@@ -62,7 +62,8 @@ ExitCode CommandTree::Understand_And_Do(int argc, const char *const *argv) {
     } catch (const CLI::ParseError &error) { // help, too
         std::ostringstream output, errors;
         if (root_.exit(error, output, errors) != 0) code = Exit_Unusable;
-        std::fputs(errors.str().c_str(), stderr);
+        std::istringstream told(errors.str());
+        for (std::string line; std::getline(told, line);) std::fprintf(stderr, "%s\n", Shown(line).c_str());
         Print(output.str());
     }
     Flush_Output();

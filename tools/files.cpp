@@ -73,6 +73,8 @@ void Write_All(int descriptor, const std::string &content, const std::string &na
 std::string Target_Of(const std::string &host_path, const std::string &name) {
     const std::unique_ptr<char, void (*)(void *)> resolved(realpath(host_path.c_str(), nullptr), std::free);
     if (resolved) return resolved.get();
+    struct stat there;
+    if (stat(host_path.c_str(), &there) == 0) return host_path; // as /dev/stdout, which may lead to a pipe
     std::string path = host_path;
     for (int links = 0; links < Most_Links; ++links) {
         char to[PATH_MAX];

@@ -1,4 +1,5 @@
 #include <tools/failure.h>
+#include <tools/interruption.h>
 #include <tools/machine_choice.h>
 
 #include <platform/machine.h>
@@ -19,6 +20,7 @@ void Choose_Machine(const std::string &folder, const char *const *argv) {
     if (setenv("KELMARA_MACHINE", folder.c_str(), 1) != 0) throw std::bad_alloc();
     if (!is_on_another) return;
     Leave_Machine();
+    End_If_Interrupted(); // nothing of it is left behind
     execv("/proc/self/exe", const_cast<char *const *>(argv));
     throw Failure(Exit_Unusable, std::string("cannot begin on another machine: ") + std::strerror(errno));
 }

@@ -2,6 +2,7 @@
 
 #include <platform/machine.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <ctime>
 #include <dirent.h>
@@ -61,7 +62,7 @@ PassingFolder::~PassingFolder() {
 
 void PassingFolder::Hold() {
     lock_ = Opened(path_);
-    if (lock_ >= 0) flock(lock_, LOCK_SH);
+    while (lock_ >= 0 && flock(lock_, LOCK_SH) != 0 && errno == EINTR) continue;
 }
 
 void Remove_Left_Machines(const std::string &place) {

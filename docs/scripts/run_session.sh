@@ -4,13 +4,14 @@
 #   run_session.sh KELMARA INSTALL_SUITE TRANSCRIPT [--write]
 set -uo pipefail
 transcript=$(realpath "$3") status=0 command='' shown=''
-HOME=$(realpath "$(mktemp -d)")
-trap 'rm -rf "$HOME" "$HOME.printed"' EXIT
-mkdir "$HOME/.bin"
-ln -s "$(realpath "$1")" "$(realpath "$2")" "$HOME/.bin/"
-export HOME PATH=$HOME/.bin:$PATH
+empty_home=$(mktemp -d) && empty_home=$(realpath "$empty_home") || exit 1
+readonly transcript empty_home
+trap 'rm -rf "$empty_home" "$empty_home.printed"' EXIT
+mkdir "$empty_home/.bin"
+ln -s "$(realpath "$1")" "$(realpath "$2")" "$empty_home/.bin/"
+export HOME=$empty_home PATH=$empty_home/.bin:$PATH
 unset KELMARA_MACHINE XDG_DATA_HOME
-cd "$HOME" || exit 1
+cd "$empty_home" || exit 1
 
 enter() {
     [ -n "$command" ] || return 0
@@ -24,11 +25,11 @@ while IFS= read -r line <&3; do
         '$ '*) enter; shown=$line command=${line:2} ;;
         '> '*) shown+=$'\n'$line command+=$'\n'${line:2} ;;
     esac
-done 3< "$transcript" > "$HOME.printed"
-enter >> "$HOME.printed"
-sed -i "s|$HOME|/home/you|g" "$HOME.printed"
+done 3< "$transcript" > "$empty_home.printed"
+enter >> "$empty_home.printed"
+sed -i "s|$empty_home|/home/you|g" "$empty_home.printed"
 if [ "${4:-}" = --write ]; then
-    cp "$HOME.printed" "$transcript"
+    cp "$empty_home.printed" "$transcript"
     exit
 fi
-diff -u "$transcript" "$HOME.printed"
+diff -u "$transcript" "$empty_home.printed"

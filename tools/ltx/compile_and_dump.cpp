@@ -4,6 +4,7 @@
 #include <tools/ltx/strings_file.h>
 #include <tools/ltx/table_text.h>
 #include <tools/machine_choice.h>
+#include <tools/tables/columns.h>
 
 #include <cstdio>
 
@@ -28,7 +29,7 @@ ExitCode Dump(const Options &options) {
     if (!options.anyway) Require_Faultless(file);
     if (file.strings.empty()) Require_Readable(file); // no text is given up for nothing
     Replace_File(options.text, Encoded(Dumped(file), options.utf8));
-    for (const Finding &fault : file.faults) std::fprintf(stderr, "%s\n", Shown(fault).c_str());
+    for (const Finding &fault : file.faults) std::fprintf(stderr, "%s\n", tools::Shown(Shown(fault)).c_str());
     return file.faults.empty() ? Exit_Success : Exit_Negative;
 }
 

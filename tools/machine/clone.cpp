@@ -5,6 +5,7 @@
 #include <tools/machine/tree_copy.h>
 #include <tools/machine_choice.h>
 #include <tools/output.h>
+#include <tools/progress.h>
 #include <tools/tables/columns.h>
 
 #include <platform/errors.h>
@@ -134,6 +135,7 @@ void Copy_Its_Files(const std::string &from, const std::string &to) {
     TreeCopy copy(from, progress);
     for (const std::string &name : names) copy.Copy(from + "/" + name, to + "/" + name);
     copy.Finish();
+    Make_Room_On_Terminal();
     for (const std::string &remark : copy.Remarks())
         std::fprintf(stderr, "kelmara: %s\n", Shown(remark).c_str());
 }

@@ -7,7 +7,6 @@
 
 #include <platform/machine.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -61,10 +60,14 @@ class Making {
             while (path.ends_with('/')) path.pop_back();
             new_folders_.push_back(path);
         }
-        before_ = Status_Of(place_);
+        before_ = Mode_Of(place_);
     }
     ~Making() {
-        if (!done_) Take_Back();
+        if (done_) return;
+        try {
+            Take_Back();
+        } catch (...) { // no memory: what is left tells of itself
+        }
     }
     Making(const Making &) = delete;
     Making &operator=(const Making &) = delete;
@@ -95,26 +98,30 @@ class Making {
         struct stat status;
         return lstat(path.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
     }
+    static std::optional<mode_t> Mode_Of(const std::string &path) {
+        struct stat status;
+        return stat(path.c_str(), &status) == 0 ? std::optional(status.st_mode) : std::nullopt;
+    }
     bool Has_Only_Its_Number() const {
         std::error_code error;
-        const std::filesystem::directory_iterator all(folder_, error), end;
-        return !error && std::all_of(begin(all), end, [](const auto &entry) {
-            return entry.path().filename() == "machine.id";
-        });
+        std::filesystem::directory_iterator entry(folder_, error);
+        for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+            if (entry->path().filename() != "machine.id") return false;
+        }
+        return !error;
     }
     void Take_Back() const {
         if (!own_settings_.empty()) unlink(own_settings_.c_str());
         if (!own_drive_.empty()) rmdir(own_drive_.c_str());
         if (!folder_.empty() && Has_Only_Its_Number()) unlink((folder_ + "/machine.id").c_str());
         for (const std::string &folder : new_folders_) rmdir(folder.c_str());
-        const auto now = before_ ? Status_Of(place_) : std::nullopt;
-        if (now && S_ISDIR(now->st_mode) && now->st_mode != before_->st_mode)
-            chmod(place_.c_str(), before_->st_mode & 07777);
+        const auto now = before_ ? Mode_Of(place_) : std::nullopt;
+        if (now && S_ISDIR(*now) && *now != *before_) chmod(place_.c_str(), *before_ & 07777);
     }
 
     const std::string place_;
     std::vector<std::string> new_folders_; // the innermost first
-    std::optional<struct stat> before_;
+    std::optional<mode_t> before_;
     std::string folder_, own_settings_, own_drive_; // empty: not made
     bool done_ = false;
 };

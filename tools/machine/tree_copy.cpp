@@ -133,7 +133,10 @@ std::string TreeCopy::Target_For_Copy(const std::string &link, const std::string
     std::error_code error;
     const std::string folder = link.substr(0, link.rfind('/') + 1);
     const std::string place = std::filesystem::weakly_canonical(folder + target, error);
-    return error || (place + "/").starts_with(whole_ + "/") ? target : place;
+    if (error || !(place + "/").starts_with(whole_ + "/")) return error ? target : place;
+    const std::string within =
+        std::filesystem::relative(place, folder, error); // also for one that goes round
+    return error || within.empty() ? target : within;
 }
 
 void TreeCopy::Copy_Link(const std::string &from, const std::string &to) {

@@ -7,6 +7,7 @@
 #include <tools/reg/open_key.h>
 #include <tools/reg/reg_commands.h>
 #include <tools/reg/text_writer.h>
+#include <tools/tables/columns.h>
 
 #include <cstdio>
 #include <memory>
@@ -25,7 +26,8 @@ struct ExportOptions {
 
 void Tell_Left_Out(const std::string &path, const std::string &class_name) {
     Make_Room_On_Terminal();
-    std::fprintf(stderr, "kelmara: %s: its class \"%s\" is left out\n", path.c_str(), class_name.c_str());
+    std::fprintf(stderr, "kelmara: %s: its class \"%s\" is left out\n", Shown(path).c_str(),
+                 Shown(class_name).c_str());
 }
 
 ExitCode Import(const ImportOptions &options) {
