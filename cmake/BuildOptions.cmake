@@ -1,5 +1,6 @@
 # How everything here is compiled: C++20, nothing exported unless it says so, warnings are errors.
 option(KELMARA_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(KELMARA_COVERAGE "Count which lines of the libraries and tools run" OFF)
 option(KELMARA_FUZZ "Build the fuzz targets to run for ever, which takes clang" OFF)
 
 set(CMAKE_CXX_STANDARD 20)
@@ -13,6 +14,9 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1")
 set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
+if(KELMARA_COVERAGE)
+  set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g1")
+endif()
 
 # What is built tells where its sources lie from the root of the tree, wherever that was.
 add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
@@ -34,13 +38,22 @@ endif()
 # What makes a mistake harder to use: a guard word on the stack, checked copies, no symbol bound late, tables
 # of addresses that are read-only, programs at any address. tests/checks/hardening.sh reads it back from what was
 # built.
-if(NOT KELMARA_SANITIZE)
+if(NOT KELMARA_SANITIZE AND NOT KELMARA_COVERAGE)
   add_compile_options(-fstack-protector-strong)
   add_compile_definitions(_FORTIFY_SOURCE=2)
   add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 endif()
 include(CheckPIESupported)
 check_pie_supported()
+
+# Counts what runs of a target, in memory that threads share.
+function(count_what_runs target)
+  if(KELMARA_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage -fprofile-abs-path -fprofile-update=atomic
+      "-ffile-prefix-map=${CMAKE_SOURCE_DIR}=${CMAKE_SOURCE_DIR}") # whose sources the counts name
+    target_link_options(${target} PRIVATE --coverage)
+  endif()
+endfunction()
 
 # Flags of our own code; what is built from Debian's sources keeps its own.
 add_library(kelmara_build_options INTERFACE)
