@@ -44,7 +44,8 @@ void Refuse_What_Is_A_Machine(const std::string &folder) {
 void Write_New(const std::string &path, const std::string &content) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     const bool written =
-        file >= 0 && write(file, content.data(), content.size()) == static_cast<ssize_t>(content.size()) &&
+        file >= 0 && fchmod(file, 0600) == 0 &&
+        write(file, content.data(), content.size()) == static_cast<ssize_t>(content.size()) &&
         fsync(file) == 0;
     const int error = errno;
     if (file >= 0) close(file);
