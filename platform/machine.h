@@ -13,11 +13,18 @@
 extern "C" {
 
 /// The machine's folder as a host path, made if it is not there. Null when it cannot be made or is refused;
-/// the reason stands on standard error.
+/// the reason stands on standard error, and its code is the last error.
 PLATFORM_API const char *Machine_Folder();
 
+/// Why there is no machine in the folder that the environment names, and can be none: ERROR_ACCESS_DENIED
+/// when it is a link, another user's, or open to be written by others, or its number is no file of this
+/// user's own. 0 when nothing stands in the way, or this process is on a machine. Nothing is made and nothing
+/// said.
+PLATFORM_API LONG Machine_Refusal();
+
 /// From here on this process is on the machine in that folder, made if need be. Handles to named objects
-/// that it holds keep to the old machine. False and no change when the folder cannot be had.
+/// that it holds keep to the old machine. False and no change when the folder cannot be had;
+/// the last error is ERROR_ACCESS_DENIED for one that is refused.
 PLATFORM_API bool Enter_Machine(const char *folder);
 
 /// Tells the machine that this process is on from others that it enters. A machine that nobody has asked for

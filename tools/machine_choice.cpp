@@ -2,6 +2,7 @@
 #include <tools/interruption.h>
 #include <tools/machine_choice.h>
 
+#include <platform/errors.h>
 #include <platform/machine.h>
 
 #include <cerrno>
@@ -28,6 +29,9 @@ void Choose_Machine(const std::string &folder, const char *const *argv) {
 void Require_Machine() {
     if (Machine_In_Force() != 0) return;
     const char *named = std::getenv("KELMARA_MACHINE");
+    if (Machine_Refusal() == ERROR_ACCESS_DENIED)
+        throw Failure(Exit_Unusable, std::string(named != nullptr ? named : "the machine's folder") +
+                                         ": not a machine of this user alone; it is left as it is");
     throw Failure(Exit_Negative, named != nullptr
                                      ? std::string(named) + ": no machine; `kelmara machine init` makes one"
                                      : "no machine yet; `kelmara machine init` makes one");

@@ -1,6 +1,7 @@
 #include <platform/com/class_list.h>
 
 #include <platform/com/class_keys.h>
+#include <platform/files/ownership.h>
 #include <platform/kernel/machine_state.h>
 #include <platform/kernel/open_folder.h>
 #include <platform/kernel/process_descriptor.h>
@@ -40,19 +41,24 @@ FileDescriptor New_Socket() {
 class Address {
   public:
     Address(const std::string &folder, const std::string &name)
-        : folder_(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+        : folder_(open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)), name_(name) {
         address_.sun_family = AF_UNIX;
         const int length = std::snprintf(address_.sun_path, sizeof address_.sun_path, "/proc/self/fd/%d/%s",
                                          folder_.Get(), name.c_str());
         fits_ = folder_ && length > 0 && static_cast<std::size_t>(length) < sizeof address_.sun_path;
     }
-    bool Bind(int socket) const { return fits_ && bind(socket, Get(), sizeof address_) == 0; }
+    // For its owner alone, whatever the umask.
+    bool Bind(int socket) const {
+        return fits_ && bind(socket, Get(), sizeof address_) == 0 &&
+               fchmodat(folder_.Get(), name_.c_str(), 0600, 0) == 0;
+    }
     bool Connect(int socket) const { return fits_ && connect(socket, Get(), sizeof address_) == 0; }
 
   private:
     const sockaddr *Get() const { return reinterpret_cast<const sockaddr *>(&address_); }
 
     FileDescriptor folder_;
+    const std::string name_;
     sockaddr_un address_ = {};
     bool fits_;
 };
@@ -70,7 +76,8 @@ std::string Name_In_Order() {
 
 std::vector<std::string> Names_In_List(const std::string &beginning) {
     std::vector<std::string> names;
-    const OpenFolder folder = Open_Folder(List_Folder());
+    const std::string list = List_Folder();
+    const OpenFolder folder = Is_Own_Folder(list) ? Open_Folder(list) : OpenFolder();
     if (!folder) return names;
     while (const dirent *entry = readdir(folder.get())) {
         if (std::strncmp(entry->d_name, beginning.c_str(), beginning.size()) == 0)
@@ -184,5 +191,5 @@ FileDescriptor Process_Behind(int socket) {
 
 bool Is_Trusted(int socket) {
     ucred peer;
-    return Peer_Of(socket, peer) && (peer.uid == geteuid() || peer.uid == 0);
+    return Peer_Of(socket, peer) && peer.uid == geteuid();
 }

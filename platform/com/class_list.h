@@ -38,5 +38,5 @@ FileDescriptor Connect_To_Class(REFCLSID clsid);
 /// The other side's process, readable from its end on: also where a forked child keeps its socket open. Empty
 /// when the host does not tell it.
 FileDescriptor Process_Behind(int socket);
-/// True when the other side is of this user, or root.
+/// True when the other side is of this user, no other: no machine has two.
 bool Is_Trusted(int socket);

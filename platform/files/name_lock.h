@@ -4,9 +4,10 @@
 //
 // Held for a few calls of the host, and gone with the process that holds it. A process that is stopped while
 // it holds it makes the others fail, each after five seconds. Where there is no machine, or its folder cannot
-// be written, there is no lock, and the calls go on without.
+// be written, there is no lock, and the calls go on without; where another's file is in its place, they fail.
 
 #include <platform/files/host_error.h>
+#include <platform/files/ownership.h>
 #include <platform/kernel.h>
 #include <platform/kernel/file_descriptor.h>
 #include <platform/kernel/machine_state.h>
@@ -32,8 +33,9 @@ class NameLock {
 
   private:
     void Take(const std::string &path) {
-        file_ = FileDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+        file_ = Open_Own_File(path, O_RDWR | O_CREAT);
         if (!file_) {
+            if (errno == Not_This_Users_Own) error_ = ERROR_ACCESS_DENIED;
             if (errno == EMFILE || errno == ENFILE) error_ = ERROR_TOO_MANY_OPEN_FILES;
             return;
         }

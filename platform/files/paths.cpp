@@ -1,5 +1,6 @@
 #include <platform/files/paths.h>
 
+#include <platform/files/ownership.h>
 #include <platform/kernel.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/machine_state.h>
@@ -273,7 +274,7 @@ std::string Drive_Root(char letter) {
     if (Is_Folder(folder)) return folder;
     std::string setting;
     if (letter != 'c' && !Find_Machine_Setting(name, setting)) return {};
-    mkdir(folder.c_str(), 0700);
+    Make_Owners_Folder(folder);
     return Is_Folder(folder) ? folder : std::string();
 }
 

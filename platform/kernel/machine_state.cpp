@@ -1,21 +1,20 @@
 #include <platform/kernel/machine_state.h>
 
+#include <platform/files/ownership.h>
 #include <platform/kernel.h>
-#include <platform/kernel/file_descriptor.h>
+#include <platform/kernel/machine_number.h>
 #include <platform/kernel/open_folder.h>
+#include <platform/kernel/outcome.h>
 
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <new>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,7 +29,7 @@ struct Machine {
 struct State {
     std::mutex lock;
     std::list<Machine> entered; // the last one is in force; earlier ones keep their texts valid
-    bool refused = false;       // the folder of the environment could not be had; said once
+    long refused = NO_ERROR;    // why the folder of the environment could not be had; said once
     unsigned serial = 1;
 };
 
@@ -53,67 +52,8 @@ std::string Default_Folder() {
 void Make_Parents(const std::string &path) {
     for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
          slash = path.find('/', slash + 1)) {
-        mkdir(path.substr(0, slash).c_str(), 0700);
+        Make_Owners_Folder(path.substr(0, slash));
     }
-}
-
-// The machine's number: made once with the folder, kept in it. With the folder's own identity it names the
-// shared memory, so that neither a copy of the folder nor a new one in its place meets what is not its own.
-constexpr std::size_t Number_Length = 32;
-constexpr unsigned Patience_For_Another_Maker = 2000; // milliseconds
-
-// Empty when it is not there (errno ENOENT) or is none.
-std::string Read_Number(const std::string &path) {
-    char number[Number_Length + 1] = {};
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-    if (!file) return {};
-    errno = EINVAL;
-    if (read(file.Get(), number, Number_Length) != static_cast<ssize_t>(Number_Length)) return {};
-    return std::strspn(number, "0123456789abcdef") == Number_Length ? number : std::string();
-}
-
-bool Is_Empty_File(const std::string &path) {
-    struct stat status;
-    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
-}
-
-std::string Make_Number(const std::string &folder) {
-    const std::string path = folder + "/machine.id";
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        if (Is_Empty_File(path)) unlink(path.c_str()); // what a power failure left of it
-        std::string existing = Read_Number(path);
-        if (!existing.empty() || errno != ENOENT) return existing;
-        char number[Number_Length + 1] = {};
-        unsigned char bytes[16];
-        if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes) return {};
-        for (int i = 0; i < 16; ++i) std::snprintf(number + 2 * i, 3, "%02x", bytes[i]);
-        // Written aside and linked into place, so that nobody ever reads half a number.
-        const std::string aside = path + "." + number;
-        FileDescriptor fresh(open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-        if (!fresh) return {};
-        const bool written =
-            write(fresh.Get(), number, Number_Length) == static_cast<ssize_t>(Number_Length) &&
-            fsync(fresh.Get()) == 0;
-        fresh.Close();
-        if (written && link(aside.c_str(), path.c_str()) != 0 && errno != EEXIST) {
-            unlink(aside.c_str());
-            return {};
-        }
-        unlink(aside.c_str());
-        if (!written) return {};
-    }
-    return {};
-}
-
-// Two that mend a folder at once would undo each other's work: one at a time.
-std::string Read_Or_Make_Number(const std::string &folder) {
-    std::string number = Read_Number(folder + "/machine.id");
-    if (!number.empty()) return number;
-    const FileDescriptor whole(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (whole) Lock_File_In_Time(whole.Get(), LOCK_EX, Patience_For_Another_Maker);
-    number = Make_Number(folder);
-    if (whole) Unlock_File(whole.Get());
-    return number;
 }
 
 // A folder that holds anything else is somebody's own.
@@ -135,63 +75,80 @@ std::string Shared_Memory_Folder_Of(const std::string &folder, const std::string
     return name;
 }
 
-bool Prepare(const std::string &named, Machine &machine) {
-    if (named.empty()) {
-        Report_Machine_Trouble("no folder: set KELMARA_MACHINE, or HOME");
-        return false;
-    }
-    std::string folder = named;
+long Whole_Path(const std::string &named, std::string &folder) {
+    folder = named;
     if (folder[0] != '/') {
         char here[PATH_MAX];
         if (!getcwd(here, sizeof here)) {
             Report_Machine_Trouble(named + ": the current directory that it counts from is gone");
-            return false;
+            return ERROR_PATH_NOT_FOUND;
         }
         folder = std::string(here) + "/" + folder;
     }
     while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+    return NO_ERROR;
+}
+
+long Make_Machine_Folder(const std::string &folder) {
     Make_Parents(folder);
     if (!May_Become_A_Machine(folder)) {
         Report_Machine_Trouble(folder + ": neither a machine nor empty; it is left as it is");
-        return false;
+        return ERROR_ACCESS_DENIED;
     }
-    if (const long error = Make_Private_Folder(folder); error != NO_ERROR) {
+    const long error = Make_Private_Folder(folder);
+    if (error != NO_ERROR) {
         Report_Machine_Trouble(folder + (error == ERROR_ACCESS_DENIED
                                              ? ": not a folder of this user alone; it is left as it is"
                                              : ": cannot be made"));
-        return false;
     }
+    return error;
+}
+
+long Prepare(const std::string &named, Machine &machine) {
+    if (named.empty()) {
+        Report_Machine_Trouble("no folder: set KELMARA_MACHINE, or HOME");
+        return ERROR_PATH_NOT_FOUND;
+    }
+    std::string folder;
+    if (const long error = Whole_Path(named, folder); error != NO_ERROR) return error;
+    if (const long error = Make_Machine_Folder(folder); error != NO_ERROR) return error;
     char real[PATH_MAX];
     if (!realpath(folder.c_str(), real)) {
         Report_Machine_Trouble(folder + ": its path cannot be followed");
-        return false;
+        return ERROR_PATH_NOT_FOUND;
     }
     machine.folder = real;
-    machine.shared_memory_folder =
-        Shared_Memory_Folder_Of(machine.folder, Read_Or_Make_Number(machine.folder));
+    const std::string number = Read_Or_Make_Machine_Number(machine.folder);
+    const bool refused = number.empty() && errno == Not_This_Users_Own;
+    machine.shared_memory_folder = Shared_Memory_Folder_Of(machine.folder, number);
     if (machine.shared_memory_folder.empty()) {
         Report_Machine_Trouble(machine.folder + "/machine.id: cannot be read or written");
-        return false;
+        return refused ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND;
     }
-    return true;
+    return NO_ERROR;
 }
 
 // Then Prepare has nothing to make and nothing to complain of.
 bool Is_Whole_Machine(const std::string &folder) {
+    return !folder.empty() && Is_Own_Folder(folder) && !Read_Machine_Number(folder).empty();
+}
+
+// What Prepare would answer of a folder that is there, without a word.
+long Refusal_Of(const std::string &folder) {
     struct stat status;
-    return !folder.empty() && lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == geteuid() && !Read_Number(folder + "/machine.id").empty();
+    if (folder.empty() || lstat(folder.c_str(), &status) != 0) return NO_ERROR;
+    if (!Is_Own_Folder(folder)) return ERROR_ACCESS_DENIED;
+    const bool refused = Read_Machine_Number(folder).empty() && errno == Not_This_Users_Own;
+    return refused ? ERROR_ACCESS_DENIED : NO_ERROR;
 }
 
 // Null when there is no machine to be had. The caller holds the lock.
 const Machine *Current(State &state) {
     if (!state.entered.empty()) return &state.entered.back();
-    if (state.refused) return nullptr;
+    if (state.refused != NO_ERROR) return nullptr;
     Machine machine;
-    if (!Prepare(Default_Folder(), machine)) {
-        state.refused = true;
-        return nullptr;
-    }
+    state.refused = Prepare(Default_Folder(), machine);
+    if (state.refused != NO_ERROR) return nullptr;
     state.entered.push_back(machine);
     return &state.entered.back();
 }
@@ -218,15 +175,10 @@ std::string Shared_Memory_Folder_Path() {
     return machine ? machine->shared_memory_folder : std::string();
 }
 
-long Make_Private_Folder(const std::string &path) {
-    if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-        return errno == ENOSPC ? ERROR_DISK_FULL : ERROR_PATH_NOT_FOUND;
-    }
-    struct stat status;
-    if (lstat(path.c_str(), &status) != 0) return ERROR_PATH_NOT_FOUND;
-    if (!S_ISDIR(status.st_mode) || status.st_uid != geteuid()) return ERROR_ACCESS_DENIED;
-    if ((status.st_mode & 0077) != 0 && chmod(path.c_str(), 0700) != 0) return ERROR_ACCESS_DENIED;
-    return NO_ERROR;
+long Why_No_Machine(long otherwise) {
+    State &state = The_State();
+    std::lock_guard guard(state.lock);
+    return state.entered.empty() && state.refused == ERROR_ACCESS_DENIED ? state.refused : otherwise;
 }
 
 void Report_Machine_Trouble(const std::string &text) {
@@ -238,16 +190,26 @@ extern "C" {
 unsigned long Machine_In_Force() try {
     State &state = The_State();
     std::lock_guard guard(state.lock);
-    if (state.entered.empty() && (state.refused || !Is_Whole_Machine(Default_Folder()))) return 0;
+    if (state.entered.empty() && (state.refused != NO_ERROR || !Is_Whole_Machine(Default_Folder()))) return 0;
     return Current(state) ? state.serial : 0;
 } catch (const std::bad_alloc &) {
     return 0;
+}
+
+LONG Machine_Refusal() try {
+    State &state = The_State();
+    std::lock_guard guard(state.lock);
+    if (!state.entered.empty()) return NO_ERROR;
+    return state.refused != NO_ERROR ? state.refused : Refusal_Of(Default_Folder());
+} catch (const std::bad_alloc &) {
+    return ERROR_NOT_ENOUGH_MEMORY;
 }
 
 const char *Machine_Folder() try {
     State &state = The_State();
     std::lock_guard guard(state.lock);
     const Machine *machine = Current(state);
+    if (!machine) SetLastError(static_cast<DWORD>(state.refused));
     return machine ? machine->folder.c_str() : nullptr;
 } catch (const std::bad_alloc &) {
     return nullptr;
@@ -258,11 +220,11 @@ bool Remove_Machine(const char *folder) try {
     if (!folder || !realpath(folder, real)) return false;
     struct stat status;
     if (lstat(real, &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid()) return false;
-    const std::string shared = Shared_Memory_Folder_Of(real, Read_Number(std::string(real) + "/machine.id"));
+    const std::string shared = Shared_Memory_Folder_Of(real, Read_Machine_Number(real));
     if (shared.empty()) return false;
     // Its number goes last: until then the folder can be told for what it is.
     std::error_code error;
-    std::filesystem::remove_all(shared, error);
+    if (Is_Own_Folder(shared)) std::filesystem::remove_all(shared, error);
     std::filesystem::directory_iterator entry(real, error);
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         if (entry->path().filename() == "machine.id") continue;
@@ -278,7 +240,7 @@ bool Remove_Machine(const char *folder) try {
 
 bool Enter_Machine(const char *folder) try {
     Machine machine;
-    if (!folder || !Prepare(folder, machine)) return false;
+    if (!Succeed_Or_Tell(folder ? Prepare(folder, machine) : ERROR_INVALID_PARAMETER)) return false;
     State &state = The_State();
     std::lock_guard guard(state.lock);
     state.entered.push_back(machine);

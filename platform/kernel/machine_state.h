@@ -16,9 +16,9 @@ std::string Machine_Folder_Path();
 /// Folder of the machine's shared memory, private to its owner; not made by this call. Empty as above.
 std::string Shared_Memory_Folder_Path();
 
-/// Makes a folder for its owner alone, or checks that it is one: no link, and of this user. A code of
-/// errors.h.
-long Make_Private_Folder(const std::string &path);
+/// When those are empty: ERROR_ACCESS_DENIED for a folder that was refused as not this user's own, else
+/// `otherwise`.
+long Why_No_Machine(long otherwise);
 
 /// A line for whoever looks after the machine, on standard error: "kelmara machine: ...".
 void Report_Machine_Trouble(const std::string &text);

@@ -1,6 +1,7 @@
 #include <platform/kernel/module_file.h>
 
 #include <platform/errors.h>
+#include <platform/files/ownership.h>
 #include <platform/files/paths.h>
 #include <platform/files/search_order.h>
 #include <platform/kernel/code_page.h>
@@ -75,6 +76,7 @@ std::string Find_Module_File(const ModuleName &name) {
 long Check_Module_File(const std::string &host_path) {
     const FileDescriptor file(open(host_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file) return errno == EACCES ? ERROR_ACCESS_DENIED : ERROR_MOD_NOT_FOUND;
+    if (!May_Give_Code(file.Get(), host_path)) return ERROR_ACCESS_DENIED;
     struct stat status;
     Elf32_Ehdr header;
     if (fstat(file.Get(), &status) != 0 || !Read_At(file.Get(), 0, &header, sizeof header)) {

@@ -22,5 +22,6 @@ struct ModuleName {
 std::string Find_Module_File(const ModuleName &name);
 
 /// A code of errors.h: NO_ERROR, ERROR_BAD_EXE_FORMAT for what is no shared object of this word size or is
-/// cut short, ERROR_ACCESS_DENIED, ERROR_MOD_NOT_FOUND. Nothing of the file runs.
+/// cut short, ERROR_ACCESS_DENIED for what cannot be read or may not give code
+/// (May_Give_Code), ERROR_MOD_NOT_FOUND. Nothing of the file runs.
 long Check_Module_File(const std::string &host_path);

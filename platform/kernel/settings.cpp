@@ -1,3 +1,4 @@
+#include <platform/files/ownership.h>
 #include <platform/kernel.h>
 #include <platform/kernel/machine_state.h>
 
@@ -141,11 +142,12 @@ Reading Reading_Of(const struct stat &status, unsigned machine) {
 
 // False for a passing lack of descriptors: what is known stays then.
 bool Read_File(State &state, const std::string &path, Settings &settings) {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const FileDescriptor file = Open_Own_File(path, O_RDONLY, S_IWOTH); // written with the user's own umask
     if (!file && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) return false;
-    struct stat status;
     std::string text;
-    if (file && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && Read_All(file.Get(), text))
+    if (!file && errno == Not_This_Users_Own)
+        Report_Once(state, path, 0, "not a file of this user alone; it is left aside");
+    else if (file && Read_All(file.Get(), text))
         settings = Settings_In(state, path, text);
     else
         Report_Once(state, path, 0, "cannot be read, or is larger than a megabyte; it is left aside");
@@ -159,7 +161,7 @@ void Refresh(State &state) {
     Reading now;
     struct stat status;
     now.machine = machine;
-    if (!folder.empty() && stat(path.c_str(), &status) == 0) now = Reading_Of(status, machine);
+    if (!folder.empty() && lstat(path.c_str(), &status) == 0) now = Reading_Of(status, machine);
     if (state.settled && now == state.reading) return;
 
     if (machine != state.reading.machine) {

@@ -1,6 +1,7 @@
 #include <platform/kernel/shared_block.h>
 
 #include <platform/errors.h>
+#include <platform/files/ownership.h>
 #include <platform/kernel/file_descriptor.h>
 #include <platform/kernel/machine_state.h>
 #include <platform/kernel/open_folder.h>
@@ -31,7 +32,7 @@ class NamesLock {
     explicit NamesLock(const std::string &path, unsigned patience = Patience_For_Names)
         : guard_(Process_Lock(), std::chrono::milliseconds(patience)) {
         if (!guard_) return;
-        file_ = FileDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+        file_ = Open_Own_File(path, O_RDWR | O_CREAT);
         held_ = file_ && Lock_File_In_Time(file_.Get(), LOCK_EX, patience) == 0;
     }
     // Not left to the closing: a process forked meanwhile has the file open too.
@@ -132,7 +133,7 @@ void Throw_Away_What_Nobody_Holds(const std::string &folder) {
     while (const dirent *entry = readdir(opened.get())) {
         if (entry->d_type == DT_DIR) continue;
         const std::string path = folder + "/" + entry->d_name;
-        const FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        const FileDescriptor file = Open_Own_File(path, O_RDWR, Open_To_Anybody_Else);
         if (file && !Somebody_Holds(file.Get())) unlink(path.c_str());
     }
 }
@@ -189,7 +190,7 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
     const std::string machine = Machine_Folder_Path();
     const std::string folder = Shared_Memory_Folder_Path();
     if (machine.empty()) {
-        opened.error = ERROR_PATH_NOT_FOUND;
+        opened.error = Why_No_Machine(ERROR_PATH_NOT_FOUND);
         return opened;
     }
     std::string lock_path = machine + "/names.lock";
@@ -203,7 +204,7 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
     if ((opened.error = Make_Private_Folder(folder)) != NO_ERROR) return opened;
     if (Is_First_Opening(folder)) Throw_Away_What_Nobody_Holds(folder);
 
-    FileDescriptor existing(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    FileDescriptor existing = Open_Own_File(path, O_RDWR, Open_To_Anybody_Else);
     if (existing.Get() < 0 && errno != ENOENT) {
         opened.error = Error_Of_Errno(errno);
         return opened;
@@ -226,7 +227,7 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
     // Nobody holds it: what lies there was left by the killed. The lock comes last, so that a block whose
     // maker is killed before it is complete is held by nobody either.
     unlink(path.c_str());
-    FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    FileDescriptor file = Open_Own_File(path, O_RDWR | O_CREAT | O_EXCL);
     if (!file) {
         opened.error = Error_Of_Errno(errno);
         return opened;

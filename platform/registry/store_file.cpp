@@ -1,6 +1,7 @@
 #include <platform/registry/store_file.h>
 
 #include <platform/errors.h>
+#include <platform/files/ownership.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -55,16 +56,14 @@ long Registry_Error_Of_Errno(int code, long otherwise) {
 }
 
 StoreFile::Opened StoreFile::Open(const std::string &path) {
-    FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (!file && May_Not_Write(errno)) {
-        file = FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    }
+    FileDescriptor file = Open_Own_File(path, O_RDWR);
+    if (!file && May_Not_Write(errno)) file = Open_Own_File(path, O_RDONLY);
     if (!file && errno == ENOENT) return {};
     struct stat status;
     if (!file || fstat(file.Get(), &status) != 0) {
         return {nullptr, Registry_Error_Of_Errno(errno, ERROR_READ_FAULT)};
     }
-    if (!S_ISREG(status.st_mode) || status.st_size > Largest_Registry_File) return {nullptr, ERROR_BADDB};
+    if (status.st_size > Largest_Registry_File) return {nullptr, ERROR_BADDB};
     if (status.st_size == 0) return {};
 
     RegistryFileHeader header;
@@ -75,7 +74,7 @@ StoreFile::Opened StoreFile::Open(const std::string &path) {
 }
 
 StoreFile::Opened StoreFile::Make(const std::string &path, RegistryFileHeader header) {
-    FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    FileDescriptor file = Open_Own_File(path, O_RDWR | O_CREAT | O_EXCL);
     struct stat status;
     if (!file || fstat(file.Get(), &status) != 0) {
         return {nullptr, Registry_Error_Of_Errno(errno, ERROR_WRITE_FAULT)};

@@ -3,6 +3,7 @@
 #include <platform/registry/store.h>
 
 #include <platform/errors.h>
+#include <platform/files/ownership.h>
 #include <platform/kernel/machine_state.h>
 
 #include <cerrno>
@@ -23,7 +24,7 @@ long RegistryStore::Enter_Current_Machine() {
     if (machine_ != serial) {
         Leave_Machine();
         const std::string machine_folder = Machine_Folder_Path();
-        if (machine_folder.empty()) return ERROR_CANTOPEN;
+        if (machine_folder.empty()) return Why_No_Machine(ERROR_CANTOPEN);
         folder_ = machine_folder + "/registry";
         path_ = folder_ + "/registry.log";
         machine_ = serial;
@@ -49,18 +50,18 @@ void RegistryStore::Let_Go() {
     Leave_Machine();
 }
 
-// Fails when the folder is not this user's own.
+// Fails when the folder or the lock is not this user's own.
 long RegistryStore::Open_Lock() {
     lock_error_ = Make_Private_Folder(folder_);
     if (lock_error_ == ERROR_ACCESS_DENIED) return lock_error_;
     if (lock_error_ == ERROR_PATH_NOT_FOUND) lock_error_ = ERROR_ACCESS_DENIED; // it cannot be made
     if (lock_error_) return NO_ERROR;
     const std::string path = folder_ + "/registry.lock";
-    lock_file_ = FileDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (!lock_file_) {
-        lock_error_ = Registry_Error_Of_Errno(errno, ERROR_CANTOPEN);
-        lock_file_ = FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-    }
+    lock_file_ = Open_Own_File(path, O_RDWR | O_CREAT);
+    if (lock_file_) return NO_ERROR;
+    lock_error_ = Registry_Error_Of_Errno(errno, ERROR_CANTOPEN);
+    if (errno == Not_This_Users_Own) return lock_error_;
+    lock_file_ = Open_Own_File(path, O_RDONLY);
     return NO_ERROR;
 }
 

@@ -3,6 +3,7 @@
 #include <platform/machine_contents.h>
 
 #include <platform/errors.h>
+#include <platform/files/ownership.h>
 #include <platform/kernel/machine_state.h>
 #include <platform/kernel/outcome.h>
 #include <platform/registry/store.h>
@@ -98,7 +99,8 @@ LONG Look_At_Registry(MachineRegistry *registry) {
     if (!registry) return ERROR_INVALID_PARAMETER;
     return Code_Of([=] {
         const std::string machine = Machine_Folder_Path();
-        return machine.empty() ? ERROR_PATH_NOT_FOUND : Look(machine + Folder + File, *registry);
+        return machine.empty() ? Why_No_Machine(ERROR_PATH_NOT_FOUND)
+                               : Look(machine + Folder + File, *registry);
     });
 }
 

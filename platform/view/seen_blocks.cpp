@@ -1,6 +1,7 @@
 #include <platform/view/seen_blocks.h>
 
 #include <platform/errors.h>
+#include <platform/files/ownership.h>
 #include <platform/kernel.h>
 #include <platform/kernel/file_descriptor.h>
 #include <platform/kernel/machine_state.h>
@@ -22,7 +23,7 @@ namespace {
 using HostStream = std::unique_ptr<FILE, decltype([](FILE *stream) { std::fclose(stream); })>;
 
 FileDescriptor Open_To_See(const std::string &path) {
-    return FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    return Open_Own_File(path, O_RDONLY, Open_To_Anybody_Else);
 }
 
 std::vector<std::string> Files_In(const std::string &folder) {

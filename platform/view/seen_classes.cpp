@@ -5,6 +5,7 @@
 #include <platform/machine_contents.h>
 
 #include <platform/errors.h>
+#include <platform/files/ownership.h>
 #include <platform/kernel/machine_state.h>
 #include <platform/kernel/open_folder.h>
 #include <platform/kernel/outcome.h>
@@ -63,7 +64,7 @@ bool Read_Entry(const std::string &file, Entry &entry) {
 
 std::vector<Entry> Entries_In(const std::string &folder) {
     std::vector<Entry> entries;
-    const OpenFolder opened = Open_Folder(folder);
+    const OpenFolder opened = Is_Own_Folder(folder) ? Open_Folder(folder) : OpenFolder();
     Entry entry;
     while (const dirent *each = opened ? readdir(opened.get()) : nullptr) {
         if (Read_Entry(each->d_name, entry)) entries.push_back(entry);

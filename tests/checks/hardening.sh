@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
-# What the release build was given against misuse is really in what was built: libraries, modules, programs.
+# What the release build was given against misuse is really in what was built: every library, module and program,
+# those of the tests too.
 #   hardening.sh SOURCE_FOLDER BUILD_FOLDER
 set -euo pipefail
 cd "$2"
 failed=0
 complain() { echo "$1: $2" && failed=1; }
 
-files=(lib/*.so suite/*.so bin/*)
-[ ${#files[@]} -gt 10 ] || complain . "less was built than there is"
+mapfile -t files < <(find . -name CMakeFiles -prune -o -type f -size +0 \( -perm -u+x -o -name '*.so*' \) -print | sort)
+checked=()
 for file in "${files[@]}"; do
-    [ -f "$file" ] && [ ! -L "$file" ] || continue
+    [ "$(head -c 4 "$file" | tr -d '\0')" = $'\177ELF' ] || continue
+    checked+=("$file")
     segments=$(readelf -lW "$file")
     dynamic=$(readelf -dW "$file")
     [[ $segments == *GNU_RELRO* ]] || complain "$file" "its tables of addresses stay writable"
@@ -17,9 +19,12 @@ for file in "${files[@]}"; do
     [[ $dynamic != *TEXTREL* ]] || complain "$file" "code is written to when it is loaded"
     [[ $(head -4 <<< "$segments") == *"DYN"* ]] || complain "$file" "is at a fixed address"
     grep -qE '^ *GNU_STACK' <<< "$segments" || complain "$file" "does not say that its stack is data"
-    if grep -E '^ *(LOAD|GNU_STACK)' <<< "$segments" | grep -q 'WE\|RWE'; then
+    if grep -qE '^ +[A-Z_]+ +(0x[0-9a-f]+ +){5}R?WE ' <<< "$segments"; then
         complain "$file" "has a segment to write to and to run"
     fi
+done
+for kind in lib/libkelmara.so. lib/libkelmara_platform.so. suite/ bin/ tests/test_ tests/modules/; do
+    [[ " ${checked[*]}" == *" ./$kind"* ]] || complain "$kind" "nothing of it was built, or found"
 done
 for library in lib/libkelmara.so lib/libkelmara_platform.so; do
     names=$(readelf -W --dyn-syms "$library")

@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <poll.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -205,6 +206,23 @@ TEST_F(MachineCommand, CheckTellsAndRepairMends) {
     EXPECT_EQ(CommandRun({"machine", "check", "--repair"}).exit_code, 1);
     machine.Write("registry/registry.log", "no registry at all");
     EXPECT_NE(CommandRun({"machine", "check"}).output.find("not a registry"), std::string::npos);
+}
+
+TEST_F(MachineCommand, RefusesWhatOthersMayWriteTo) {
+    ASSERT_EQ(mkfifo(machine.Path("machine.conf").c_str(), 0600), 0);
+    const CommandRun check({"machine", "check"});
+    EXPECT_EQ(check.exit_code, 1);
+    EXPECT_NE(check.output.find("machine.conf: not a file of this user alone"), std::string::npos);
+    fs::permissions(machine.Folder(), fs::perms(0770));
+    for (const std::vector<std::string> &command :
+         {std::vector<std::string>{"machine", "check"}, {"reg", "query", "HKCU"}}) {
+        const CommandRun run(command);
+        EXPECT_EQ(run.exit_code, 2);
+        EXPECT_EQ(run.errors, "kelmara: " + machine.Folder() +
+                                  ": not a machine of this user alone; it is left as it is\n");
+    }
+    EXPECT_EQ(fs::status(machine.Folder()).permissions(), fs::perms(0770));
+    fs::permissions(machine.Folder(), fs::perms(0700));
 }
 
 TEST(SettingsText, OnlyWhatTheMachineDoesNotTakeIsAFault) {

@@ -18,6 +18,7 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tools {
@@ -82,7 +83,10 @@ void Check_Working_File(const std::string &path, const std::string &what, Findin
 
 void Check_Settings(Findings &findings) {
     const std::string file = In_Machine("machine.conf");
-    if (access(file.c_str(), F_OK) != 0 && errno == ENOENT) return;
+    struct stat status;
+    if (lstat(file.c_str(), &status) != 0) return;
+    if (!S_ISREG(status.st_mode) || status.st_uid != geteuid() || (status.st_mode & S_IWOTH) != 0)
+        return findings.Add(file + ": not a file of this user alone, and left aside");
     try {
         const std::string text = Read_File(file);
         if (text.size() > Largest_Settings) return findings.Add(file + ": over a megabyte, and left aside");

@@ -80,7 +80,8 @@ class Making {
         own_settings_ = path;
         errno = ENOSPC; // what a part that was written means
         const auto size = static_cast<ssize_t>(settings.size());
-        const bool written = write(file, settings.data(), settings.size()) == size && fsync(file) == 0;
+        const bool written = fchmod(file, 0600) == 0 && // whatever the umask
+                             write(file, settings.data(), settings.size()) == size && fsync(file) == 0;
         const int error = errno;
         close(file);
         if (!written) throw Failure(Exit_Unusable, path + ": " + std::strerror(error));

@@ -1,0 +1,13 @@
+#pragma once
+// The machine's number: made once with the folder, kept in it as `machine.id`. With the folder's own identity
+// it names the shared memory, so that neither a copy of the folder nor a new one in its place meets what is
+// not its own.
+
+#include <string>
+
+/// Empty when it is not there (errno ENOENT), is not this user's own (Not_This_Users_Own) or is none.
+std::string Read_Machine_Number(const std::string &folder);
+
+/// The same, made where it is not there. Two that mend a folder at once would undo each other's work: one at
+/// a time.
+std::string Read_Or_Make_Machine_Number(const std::string &folder);

@@ -1,0 +1,253 @@
+// What another user has prepared where a machine keeps its things, or where a module lies: it is refused,
+// nobody waits for it, and nothing that it leads to is touched.
+
+#include <tests/platform/com_servers.h>
+#include <tests/support/handles.h>
+
+#include <platform/files.h>
+
+#include <fcntl.h>
+#include <fstream>
+#include <poll.h>
+#include <sstream>
+#include <sys/fsuid.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uid_t Other = 65534;
+const std::string Denied = std::to_string(ERROR_ACCESS_DENIED);
+
+long Use(const std::string &what) {
+    char value[8];
+    DWORD cookie = 0;
+    if (what == "key") return TestKey("key").error;
+    if (what == "mutex") return Error_Of(CreateMutexA(nullptr, FALSE, "m"));
+    if (what == "folder") return Error_Of(CreateDirectoryA("c:\\new", nullptr));
+    if (what == "setting") return Get_Machine_Setting("name", value, sizeof value) ? 0 : ERROR_ACCESS_DENIED;
+    return CoRegisterClassObject(CLSID_TestService, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
+                                 &cookie);
+}
+
+} // namespace
+
+// Its first argument: "-", or the umask it has, as another user if it can.
+SECOND_PROCESS(user_of_a_machine) {
+    const std::string mask = process.Arguments()[0];
+    if (mask != "-") umask(static_cast<mode_t>(std::stoul(mask, nullptr, 8)));
+    if (mask != "-" && geteuid() == 0 && setresuid(Other, Other, Other) != 0) return 1;
+    CoInitialize(nullptr);
+    std::string codes;
+    for (std::size_t i = 1; i < process.Arguments().size(); ++i)
+        codes += (i > 1 ? " " : "") + std::to_string(Use(process.Arguments()[i]));
+    process.Tell(codes);
+    process.Hear();
+    CoUninitialize();
+    return 0;
+}
+
+namespace {
+
+// Whose it is, who may use it, what it holds or leads to.
+std::string State_Of(const fs::path &path) {
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0) return "(gone)";
+    std::ostringstream text;
+    text << status.st_mode << " of " << status.st_uid << ": ";
+    if (S_ISLNK(status.st_mode)) text << fs::read_symlink(path);
+    if (S_ISREG(status.st_mode)) text << std::ifstream(path).rdbuf();
+    if (S_ISDIR(status.st_mode))
+        text << std::distance(fs::directory_iterator(path), fs::directory_iterator());
+    return text.str();
+}
+
+void Become(const fs::path &path, uid_t owner, unsigned mode) {
+    fs::permissions(path, fs::perms(mode));
+    EXPECT_EQ(chown(path.c_str(), owner, static_cast<gid_t>(-1)), 0) << path;
+}
+
+struct Disguise {
+    const char *name;
+    void (*put)(const fs::path &path, const fs::path &true_one);
+};
+
+const Disguise Disguises[] = {
+    {"link", [](auto &path, auto &true_one) { fs::create_symlink(true_one, path); }},
+    {"pipe", [](auto &path, auto &) { EXPECT_EQ(mkfifo(path.c_str(), 0600), 0); }},
+    {"other kind",
+     [](auto &path, auto &true_one) {
+         if (fs::is_directory(true_one))
+             std::ofstream(path) << "text";
+         else
+             fs::create_directory(path);
+     }},
+    {"for all",
+     [](auto &path, auto &true_one) {
+         fs::copy(true_one, path, fs::copy_options::recursive);
+         Become(path, geteuid(), fs::is_directory(path) ? 0777 : 0666);
+     }},
+    {"another's",
+     [](auto &path, auto &true_one) {
+         fs::copy(true_one, path, fs::copy_options::recursive);
+         Become(path, Other, fs::is_directory(path) ? 0700 : 0600);
+     }}, // which only root can bring about
+};
+
+class HostileMachine : public ComServers {
+  protected:
+    fs::path Shared_Folder() const {
+        struct stat status = {};
+        stat(machine.Folder().c_str(), &status);
+        std::ostringstream folder;
+        folder << "/dev/shm/kelmara-" << status.st_uid << "-" << std::hex << status.st_dev << "-"
+               << status.st_ino << "-" << machine.Read("machine.id");
+        return folder.str();
+    }
+    void Put_Block() const {
+        fs::create_directory(Shared_Folder());
+        fs::permissions(Shared_Folder(), fs::perms(0700));
+        std::ofstream(Shared_Folder() / "block-m") << "left by the killed";
+        fs::permissions(Shared_Folder() / "block-m", fs::perms(0600));
+    }
+    void Expect_Refused(const fs::path &path, const char *use, const Disguise &disguise) const;
+};
+
+void HostileMachine::Expect_Refused(const fs::path &path, const char *use, const Disguise &disguise) const {
+    const bool is_block = path.parent_path() == Shared_Folder(); // where what nobody holds is thrown away
+    const fs::path true_one = (is_block ? Shared_Folder() : path).string() + ".true";
+    fs::rename(path, true_one);
+    disguise.put(path, true_one);
+    const std::string before = State_Of(path) + State_Of(true_one);
+    EXPECT_EQ(SecondProcess("user_of_a_machine", {"-", use}).Hear(), Denied) << path << ": " << disguise.name;
+    EXPECT_EQ(State_Of(path) + State_Of(true_one), before) << path << ": " << disguise.name;
+    fs::remove_all(path);
+    fs::rename(true_one, path);
+}
+
+TEST_F(HostileMachine, IsRefusedWithWhateverIsNotItsUsersOwn) {
+    machine.Set("name", "1");
+    ASSERT_EQ(SecondProcess("user_of_a_machine", {"-", "key", "mutex", "folder", "setting"}).Hear(),
+              "0 0 0 0");
+    fs::remove(machine.Path("drive_c/new"));
+    ASSERT_TRUE(Enter_Machine(machine.Folder().c_str())); // lets go of the registry
+    const std::pair<fs::path, const char *> things[] = {
+        {machine.Folder(), "key"},
+        {machine.Folder(), "mutex"},
+        {machine.Path("machine.id"), "mutex"},
+        {machine.Path("machine.conf"), "setting"},
+        {machine.Path("names.lock"), "mutex"},
+        {machine.Path("names.lock"), "folder"},
+        {machine.Path("registry"), "key"},
+        {machine.Path("registry/registry.lock"), "key"},
+        {machine.Path("registry/registry.log"), "key"},
+        {Shared_Folder(), "mutex"},
+        {Shared_Folder() / "block-m", "mutex"},
+    };
+    for (const auto &[path, use] : things) {
+        for (std::size_t i = 0; i < std::size(Disguises) - (geteuid() != 0); ++i) {
+            Put_Block();
+            Expect_Refused(path, use, Disguises[i]);
+        }
+    }
+}
+
+// A machine made under any umask by somebody who is bound by it.
+TEST_F(HostileMachine, LetsNobodyInUnderAnyUmask) {
+    for (const char *mask : {"0", "777"}) {
+        std::string base = fs::temp_directory_path() / "kelmara-hostile-XXXXXX";
+        ASSERT_NE(mkdtemp(base.data()), nullptr);
+        if (geteuid() == 0) Become(base, Other, 0700);
+        setenv("KELMARA_MACHINE", (base + "/deep/machine").c_str(), 1);
+        SecondProcess user("user_of_a_machine", {mask, "key", "mutex", "folder", "class"});
+        EXPECT_EQ(user.Hear(), "0 0 0 0") << mask;
+        std::string number;
+        std::ifstream(base + "/deep/machine/machine.id") >> number;
+        std::vector<fs::directory_entry> entries(fs::recursive_directory_iterator(base), {});
+        for (const auto &shared : fs::directory_iterator("/dev/shm")) {
+            if (number.empty() || !shared.path().string().ends_with(number)) continue;
+            entries.push_back(shared);
+            entries.insert(entries.end(), fs::recursive_directory_iterator(shared.path()), {});
+        }
+        EXPECT_GT(entries.size(), 10u) << "with shared memory and the class";
+        for (const auto &entry : entries) {
+            if (entry.path().filename() == "new") continue; // a program's own
+            EXPECT_EQ(entry.status().permissions(), fs::perms(entry.is_directory() ? 0700 : 0600)) << entry;
+        }
+        EXPECT_EQ(user.Wait(), 0);
+        fs::remove_all(base);
+    }
+}
+
+// Of another user who can get at files as root can: 0 when the server lets go, 1 when it goes on.
+int Connect_As_Another(const fs::path &path) {
+    const int folder = open(path.parent_path().c_str(), O_PATH | O_DIRECTORY);
+    sockaddr_un address = {AF_UNIX, {}};
+    std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s", folder,
+                  path.filename().c_str());
+    const int connected = socket(AF_UNIX, SOCK_STREAM, 0);
+    if (setresuid(0, Other, 0) != 0 || setfsuid(0) != static_cast<int>(Other)) return 2;
+    if (connect(connected, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) return 3;
+    pollfd end = {connected, POLLIN, 0};
+    char byte;
+    return poll(&end, 1, 5000) == 1 && read(connected, &byte, 1) <= 0 ? 0 : 1;
+}
+
+TEST_F(HostileMachine, HasNoConnectionsWithOtherUsers) {
+    if (geteuid() != 0) return; // only root can be another user
+    SecondProcess server("service");
+    ASSERT_NE(server.Hear(), "");
+    const fs::path listed = Class_Socket();
+    const pid_t another = fork();
+    if (another == 0) _exit(Connect_As_Another(listed));
+    int status = -1;
+    waitpid(another, &status, 0);
+    EXPECT_EQ(status, 0);
+    ITestService *service = nullptr;
+    ASSERT_EQ(Create(IID_ITestService, service), S_OK) << "the server itself goes on";
+    EXPECT_EQ(service->Release(), 0u);
+    EXPECT_EQ(server.Wait(), 0);
+}
+
+TEST_F(HostileMachine, LoadsNoModuleThatOthersMayChange) {
+    const fs::path folder = machine.Path("drive_c/modules"), module = folder / "plain.dll";
+    const fs::path elsewhere = machine.Path("drive_c/elsewhere/plain.dll");
+    const auto Loaded = [](const char *path) {
+        const HMODULE loaded = LoadLibraryA(path);
+        const long error = Error_Of(loaded);
+        if (loaded) FreeLibrary(loaded);
+        return error;
+    };
+    fs::create_directories(folder);
+    fs::create_directories(elsewhere.parent_path());
+    fs::copy_file(Test_Module("plain"), elsewhere);
+    fs::create_symlink(elsewhere, folder / "linked.dll");
+    fs::copy_file(Test_Module("plain"), module);
+    struct Case {
+        fs::path changed;
+        unsigned mode;
+        uid_t owner;
+        long error, error_by_link;
+    };
+    const uid_t own = geteuid();
+    const Case cases[] = {{module, 0755, own, 0, 0},
+                          {module, 0777, own, ERROR_ACCESS_DENIED, 0},
+                          {module, 0755, Other, ERROR_ACCESS_DENIED, 0},
+                          {folder, 0777, own, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED},
+                          {folder, 01777, own, 0, 0},
+                          {folder, 0755, Other, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED},
+                          {elsewhere, 0777, own, 0, ERROR_ACCESS_DENIED},
+                          {elsewhere.parent_path(), 0777, own, 0, ERROR_ACCESS_DENIED}};
+    for (const Case &each : cases) {
+        if (own != 0 && each.owner != own) continue;
+        Become(each.changed, each.owner, each.mode);
+        EXPECT_EQ(Loaded("c:\\modules\\plain"), each.error) << each.changed << " " << each.mode << each.owner;
+        EXPECT_EQ(Loaded("c:\\modules\\linked"), each.error_by_link) << each.changed << " " << each.mode;
+        Become(each.changed, own, 0755);
+    }
+}
+
+} // namespace
