@@ -37,7 +37,7 @@ void Measure(Monitored &utility) {
     const HANDLE event = utility.m_Connect_Event;
     measure::TwoThreads threads;
     measure::Heading("connection", "two threads that wake each other");
-    measure::Compare(
+    measure::Compare_Calls(
         "event set, until the message is there",
         MEASURED {
             MSG message;

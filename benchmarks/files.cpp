@@ -34,7 +34,10 @@ void Measure_Files(const std::string &drive) {
             Must(file.Open("c:\\ours", true, true) == 0 && file.Write(block.data(), size, false) == 0);
         },
         [&] {
-            std::FILE *const file = std::fopen(path.c_str(), "w+");
+            // Emptied and closed before it is opened again: a host that sees new content in an emptied file
+            // puts it on the disk at the close.
+            if (std::FILE *const emptied = std::fopen(path.c_str(), "w")) std::fclose(emptied);
+            std::FILE *const file = std::fopen(path.c_str(), "r+");
             Must(file && std::fwrite(block.data(), block.size(), 1, file) == 1);
             std::fclose(file);
         },

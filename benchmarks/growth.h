@@ -14,22 +14,10 @@
 #include <benchmarks/measure.h>
 
 #include <cmath>
-#include <ctime>
 #include <string>
 #include <vector>
 
 namespace measure {
-
-/// What the processor has worked for this process: a call that is longer than the host lets a process work at
-/// a time would grow by the others' turns as well.
-struct ProcessorClock {
-    using Point = std::chrono::duration<double, std::nano>;
-    static Point now() {
-        timespec time;
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-        return Point(static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec));
-    }
-};
 
 /// 10, 100, 1,000 and so on.
 inline std::vector<long> Sizes(long last) {

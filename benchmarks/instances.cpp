@@ -105,7 +105,7 @@ int main(int argc, char **argv) {
     const HANDLE other = OpenProcess(PROCESS_ALL_ACCESS, FALSE, static_cast<DWORD>(Start_The_Other()));
     std::uintptr_t last = 0;
     std::ifstream(Last_Window_File()) >> last;
-    table_lock = CreateMutexA(nullptr, FALSE, nullptr);
+    table_lock = CreateMutexA(nullptr, FALSE, "Benchmark");
     Measure(New_Window("The new one"), reinterpret_cast<HWND>(last));
     TerminateProcess(other, 0);
     WaitForSingleObject(other, INFINITE);

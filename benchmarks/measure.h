@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <vector>
 
 /// Begins a piece of work, a lambda that sees everything around it and stands inside the loop that times it:
@@ -55,6 +56,17 @@ inline void Use_Plain_Memory() {
         [](void *block) { std::free(block); });
 }
 
+/// What the processor has worked for this process: a call that is longer than the host lets a process work at
+/// a time would grow by the others' turns as well.
+struct ProcessorClock {
+    using Point = std::chrono::duration<double, std::nano>;
+    static Point now() {
+        timespec time;
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return Point(static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec));
+    }
+};
+
 /// Nanoseconds that one call takes, from `calls` of them. One loop for each piece of work, the same one
 /// always.
 template <class Clock = std::chrono::steady_clock, class Work>
@@ -81,8 +93,9 @@ struct Plan {
 template <class Work>
 Plan Plan_For(Work &work) {
     long calls = 1;
-    double one_call = Time(work, calls);
-    while (one_call * static_cast<double>(calls) < Run_Length / 10) one_call = Time(work, calls *= 4);
+    double one_call = Time<ProcessorClock>(work, calls);
+    while (one_call * static_cast<double>(calls) < Run_Length / 10)
+        one_call = Time<ProcessorClock>(work, calls *= 4);
     return {std::max(1L, static_cast<long>(Run_Length / one_call)),
             one_call > Long_Call ? Few_Rounds : Rounds};
 }
@@ -113,16 +126,19 @@ void Report_In_Turns(const char *what, int rounds, Ours time_ours, Peer time_pee
 }
 
 /// Measures and prints a row: nanoseconds of one call of each, the ratio of the medians, the wanted limit.
+/// What counts is the processor's time, so that other programs' turns do not; what waits is for
+/// Compare_Calls.
 template <class Ours, class Peer>
 void Compare(const char *what, Ours ours, Peer peer, double limit) {
     const Plan our_plan = Plan_For(ours), peer_plan = Plan_For(peer);
     Report_In_Turns(
         what, std::min(our_plan.rounds, peer_plan.rounds),
-        [&](int round) { return Time_In_Round(round, ours, our_plan.calls); },
-        [&](int round) { return Time_In_Round(round, peer, peer_plan.calls); }, limit);
+        [&](int round) { return Time_In_Round<ProcessorClock>(round, ours, our_plan.calls); },
+        [&](int round) { return Time_In_Round<ProcessorClock>(round, peer, peer_plan.calls); }, limit);
 }
 
-/// The same of single calls, so that one in which the host lets others run counts no more than any other.
+/// The same of single calls by the clock on the wall. The median is of so many that one in which the host
+/// lets others run counts no more than any other.
 template <class Ours, class Peer>
 void Compare_Calls(const char *what, Ours ours, Peer peer, double limit, int calls = Single_Calls) {
     Report_In_Turns(

@@ -76,7 +76,7 @@ int main() {
             return;
         }
         const auto peer = [&] { Run({"msgfmt", "-o", folder.File("texts.mo"), folder.File("texts.po")}); };
-        measure::Compare(what, compile, peer, 2.0);
+        measure::Compare_Calls(what, compile, peer, 2.0, measure::Rounds);
     };
     measure::Heading("texts of tables", has_peer ? "msgfmt" : "none is installed");
     measure_compile("ltx compile of 5,000 lines, the whole process");

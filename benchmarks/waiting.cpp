@@ -49,7 +49,7 @@ int main() {
         GetMessageA(&message, nullptr, 0, 0);
         measure::Keep(message);
     };
-    measure::Compare("SetEvent, until the message is there", messages, words, 6);
+    measure::Compare_Calls("SetEvent, until the message is there", messages, words, 6);
     SetEvent(stop);
     WaitForSingleObject(poster, INFINITE);
     for (const HANDLE each : {poster, stop, event}) CloseHandle(each);
