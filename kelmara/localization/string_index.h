@@ -12,6 +12,7 @@
 #include <kelmara/localization/table_image.h>
 
 #include <cstdint>
+#include <cstdlib>
 
 /// The string of an entry; null when there is none.
 struct FoundString {
@@ -25,6 +26,11 @@ class StringIndex {
     ~StringIndex();
     StringIndex(const StringIndex &) = delete;
     StringIndex &operator=(const StringIndex &) = delete;
+
+    /// Of the C runtime's heap, as the table's block: who edits tables need not have the memory services
+    /// bound. Null without memory.
+    static void *operator new(std::size_t size) noexcept { return std::malloc(size); }
+    static void operator delete(void *index) { std::free(index); }
 
     /// Room for the entries of the table: 0, or 0x8007000E. Once.
     long Prepare(const TableImage &image);
