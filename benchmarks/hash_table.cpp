@@ -144,8 +144,7 @@ void Measure_In_Kept_Memory() {
     mallopt(M_TRIM_THRESHOLD, INT_MAX);
     for (const int count : Counts) {
         std::mt19937 random(1);
-        Measure_Filling("fill " + std::to_string(count) + " in kept memory",
-                        Keys(count, "IDS_MS", random));
+        Measure_Filling("fill " + std::to_string(count) + " in kept memory", Keys(count, "IDS_MS", random));
     }
 }
 
