@@ -1,6 +1,6 @@
 // What an atom costs beside the lock that guards it, and what an allocation costs beside the bare call.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/kelmara.h>
 
@@ -33,7 +33,7 @@ void Lock_And_Unlock(pthread_mutex_t *lock) {
 }
 
 void Measure_Allocation() {
-    measure::Heading("memory (peer: the bound routine, called directly)");
+    measure::Heading("memory", "the bound routine, called directly");
     void *(*const allocate)(long) = [](long size) { return std::malloc(static_cast<std::size_t>(size)); };
     void (*const release)(void *) = [](void *block) { std::free(block); };
     measure::Compare(
@@ -64,14 +64,14 @@ void Measure_Atoms() {
         measure::Keep(copy);
     };
 
-    measure::Heading("atoms (peer: two robust shared lock pairs, one copy)");
+    measure::Heading("atoms", "two robust lock pairs, one copy");
     const auto read_by_slot = [&] {
         table.Get_Atom_Data(measure::Hidden(0L), copy, sizeof copy);
         measure::Keep(copy);
     };
     measure::Compare("read an atom by slot, 256 bytes", read_by_slot, two_locks_and_a_copy, 1.0);
 
-    measure::Heading("atoms by key (peer: the same, and a walk over 256 records)");
+    measure::Heading("atoms", "the same, and a walk over 256 records");
     for (long id = 2; id <= 256; ++id) table.New_Atom(1, id, data, sizeof data);
     const auto read_newest_by_key = [&] {
         table.Get_Atom_Data(1, measure::Hidden(256L), copy, sizeof copy);
@@ -91,7 +91,39 @@ void Measure_Atoms() {
         measure::Keep(slot);
         two_locks_and_a_copy();
     };
-    measure::Compare("read the newest of 256 atoms", read_newest_by_key, walk_and_the_same, 1.1);
+    measure::Compare("read the newest of 256 by key", read_newest_by_key, walk_and_the_same, 1.1);
+}
+
+bool Count_Atom(long, long, char *, long user) {
+    ++*reinterpret_cast<long *>(user);
+    return true;
+}
+
+void Measure_Growth() {
+    CAtomTable table;
+    char copy[Atom_Data_Size] = {};
+    if (table.Initialize("BENCHMARK-GROWTH") != 0) std::abort();
+    measure::Growth_Heading("atoms");
+    measure::Growth newest("read the newest of n atoms by key", 1.1),
+        slot("read one of n atoms by slot", 0.1);
+    measure::Growth anew("make and delete an atom beside n", 1.1), walk("iterate over n atoms", 1.1);
+    long made = 0;
+    for (const long size : {10L, 50L, 250L}) {
+        while (made < size) table.New_Atom(2, ++made, copy, sizeof copy);
+        newest.At(size,
+                  [&] { measure::Keep(table.Get_Atom_Data(2, measure::Hidden(size), copy, sizeof copy)); });
+        slot.At(size, [&] { measure::Keep(table.Get_Atom_Data(measure::Hidden(7L), copy, sizeof copy)); });
+        anew.At(size, [&] {
+            table.New_Atom(3, 1, copy, sizeof copy);
+            table.Delete_Atom(3, 1);
+        });
+        walk.At(size, [&] {
+            long count = 0;
+            table.Iterate_Atoms(2, Count_Atom, reinterpret_cast<long>(&count));
+            measure::Keep(count);
+        });
+    }
+    for (; made > 0; --made) table.Delete_Atom(2, made);
 }
 
 } // namespace
@@ -101,6 +133,7 @@ int main() {
     if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
     measure::Use_Plain_Memory();
     Measure_Allocation();
+    Measure_Growth();
     Measure_Atoms();
     Remove_Machine(folder.c_str());
     return 0;

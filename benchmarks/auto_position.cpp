@@ -1,7 +1,7 @@
 // What it costs to lay a dialog out anew: after a change of its size, and when nothing has changed. The time
 // is to grow with the number of controls, not with its square.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/dialogs/auto_position.h>
 
@@ -62,31 +62,17 @@ class Dialog {
     int width_ = 2000;
 };
 
-template <class Work>
-double Median_Of(Work work) {
-    double times[measure::Rounds];
-    for (double &time : times) time = measure::Time(work, 1);
-    return measure::Median(times);
-}
-
-double After_A_Resize(Dialog &dialog) {
-    return Median_Of([&] {
-        dialog.Resize();
-        dialog.Update();
-    });
-}
-
-void Tell(const char *what, int count, double taken, double wanted) {
-    std::printf("%s, %d controls: %.0f ns, wanted %.0f%s\n", what, count, taken, wanted,
-                taken <= wanted ? "" : "  missed");
-}
-
 void Measure_Growth() {
-    for (const int count : {200, 400, 800}) {
-        Dialog dialog(count);
-        After_A_Resize(dialog);
-        Tell("laid out after a resize", count, After_A_Resize(dialog), 5e6 * count / 200);
-        Tell("nothing changed", count, Median_Of([&] { dialog.Update(); }), 200e3 * count / 200);
+    measure::Growth_Heading("auto position");
+    measure::Growth resized("n controls laid out after a resize", 1.15),
+        same("n controls, nothing changed", 1.15);
+    for (const long size : measure::Sizes(1000)) {
+        Dialog dialog(static_cast<int>(size));
+        resized.At(size, [&] {
+            dialog.Resize();
+            dialog.Update();
+        });
+        same.At(size, [&] { dialog.Update(); });
     }
 }
 
@@ -97,10 +83,10 @@ int main() {
     if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
     measure::Use_Plain_Memory();
     Measure_Growth();
-    measure::Heading("200 controls (peer: the machine's calls)");
+    measure::Heading("auto position", "each control read");
     Dialog dialog(200);
     measure::Compare(
-        "nothing changed (peer: reading them)", [&] { dialog.Update(); }, [&] { dialog.Read(); }, 1.5);
+        "200 controls, nothing changed", [&] { dialog.Update(); }, [&] { dialog.Read(); }, 1.5);
     Remove_Machine(folder.c_str());
     return 0;
 }

@@ -1,7 +1,8 @@
-// How soon a window hears of a connection: from the event's set to the message in its queue, beside the 200
-// microseconds that it may take; and what two monitors at rest cost.
+// How soon a window hears of a connection: from the event's set to the message in its queue, beside two
+// bare threads that wake each other; and what two monitors at rest cost.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/two_threads.h>
 
 #include <kelmara/connectivity/connection_utility.h>
 #include <reference_suite/installer/install_suite.h>
@@ -27,12 +28,6 @@ long long Nanoseconds(clockid_t clock) {
     return now.tv_sec * 1000000000LL + now.tv_nsec;
 }
 
-void Let_200_Microseconds_Pass() {
-    const long long end = Nanoseconds(CLOCK_MONOTONIC) + 200000;
-    while (Nanoseconds(CLOCK_MONOTONIC) < end) {
-    }
-}
-
 void Measure(Monitored &utility) {
     const HWND window =
         CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
@@ -40,8 +35,9 @@ void Measure(Monitored &utility) {
     utility.Monitor_Connections(window);
     utility.Monitor_Disconnections(window);
     const HANDLE event = utility.m_Connect_Event;
-    measure::Heading("connection (peer: 200 microseconds)");
-    measure::Compare(
+    measure::TwoThreads threads;
+    measure::Heading("connection", "two threads that wake each other");
+    measure::Compare_Calls(
         "event set, until the message is there",
         MEASURED {
             MSG message;
@@ -49,12 +45,12 @@ void Measure(Monitored &utility) {
             GetMessageA(&message, window, Connection_Message, Connection_Message);
             while (WaitForSingleObject(event, 0) == WAIT_OBJECT_0) Sleep(0); // it is reset behind the post
         },
-        MEASURED { Let_200_Microseconds_Pass(); }, 1.0);
+        MEASURED { threads.There_And_Back(); }, 50);
     const long long before = Nanoseconds(CLOCK_PROCESS_CPUTIME_ID);
-    Sleep(3000);
+    Sleep(2000);
     const long long after = Nanoseconds(CLOCK_PROCESS_CPUTIME_ID);
-    std::printf("two monitors at rest: %lld microseconds of processor time a second\n",
-                (after - before) / 3000);
+    measure::Report_Alone("two monitors at rest, a second of it", static_cast<double>(after - before) / 2, 1,
+                          1e6);
     DestroyWindow(window);
 }
 

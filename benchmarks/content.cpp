@@ -1,7 +1,7 @@
 // Section files beside Boost's property tree, where Boost is at hand, and templates beside the least that any
 // template engine does: finding the tokens of one kind with std::string, and their values in a map.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/content/sections.h>
@@ -46,11 +46,9 @@ long Load_And_Unload(const std::string &text) {
 
 void Sections() {
     const std::string text = Section_File();
-    std::printf("(%zu bytes in 400 sections of 60 keys; 60 MB/s are %.0f ns)\n", text.size(),
-                static_cast<double>(text.size()) / 0.06);
 #if defined(HAS_BOOST)
     Compare(
-        "load and unload", MEASURED { Keep(Load_And_Unload(text)); },
+        "load and unload 1.1 MB", MEASURED { Keep(Load_And_Unload(text)); },
         MEASURED {
             std::istringstream stream(text);
             boost::property_tree::ptree tree;
@@ -60,7 +58,7 @@ void Sections() {
         0.25);
 #else
     Compare(
-        "load and unload (peer: a copy)", MEASURED { Keep(Load_And_Unload(text)); },
+        "load and unload 1.1 MB", MEASURED { Keep(Load_And_Unload(text)); },
         MEASURED { Keep(std::string(text)); }, 1000);
 #endif
 }
@@ -106,8 +104,6 @@ void Templates(const char *what, const std::string &text, double limit) {
     CTokenizer tokenizer;
     tokenizer.Use_Variable_Table(&variables);
     std::vector<char> result(text.size() + 4096);
-    std::printf("(%zu bytes: 250 MB/s are %.0f ns, 1 GB/s are %zu ns)\n", text.size(),
-                static_cast<double>(text.size()) / 0.25, text.size());
     Compare(
         what,
         MEASURED {
@@ -121,21 +117,65 @@ void Templates(const char *what, const std::string &text, double limit) {
         limit);
 }
 
+std::string Section_Of(long items) {
+    std::string text = "[Section]\r\n";
+    for (long key = 0; key < items; ++key)
+        text += "Key" + std::to_string(key) + " = value " + std::to_string(key) + "\r\n";
+    return text;
+}
+
+void Measure_Growth() {
+    measure::Growth_Heading("content");
+    measure::Growth load("load a section of n items", 1.1), find("the last of n items by its name", 1.1);
+    measure::Growth walk("all of n items by their indices", 2.1), expand("expand n tokens", 1.1);
+    char value[] = "value", name[] = "NAME";
+    CHashTable variables;
+    variables.Initialize(16);
+    variables.Add(name, value, 5);
+    CTokenizer tokenizer;
+    tokenizer.Use_Variable_Table(&variables);
+    for (const long size : measure::Sizes(100000)) {
+        const std::string text = Section_Of(size);
+        load.At(size, [&] { Keep(Load_And_Unload(text)); });
+        CDSList sections;
+        Load_Sections(text.data(), static_cast<long>(text.size()), &sections, true);
+        auto *const section = static_cast<CSectionEntry *>(sections.GetEntry(0, 0));
+        std::string last = "Key" + std::to_string(size - 1);
+        find.At(size, [&] { Keep(section->Get_Item_Data(last.data(), nullptr)); });
+        if (size <= 10000) {
+            walk.At(size, [&] {
+                char *item = nullptr;
+                for (long index = 0; index < size; ++index)
+                    section->Get_Next_Item(static_cast<int>(index), &item, nullptr, nullptr);
+                Keep(item);
+            });
+        }
+        Unload_Sections(&sections);
+        std::string letter;
+        for (long token = 0; token < size; ++token) letter += "some words to ^NAME^, ";
+        std::vector<char> result(letter.size() * 2);
+        expand.At(size, [&] {
+            Keep(tokenizer.Tokenize(letter.c_str(), result.data(), static_cast<int>(result.size())));
+        });
+    }
+}
+
 } // namespace
 
 int main() {
     measure::Use_Plain_Memory();
 #if defined(HAS_BOOST)
-    measure::Heading("section files (peer: Boost's property tree)");
+    measure::Heading("section files", "Boost's property tree");
 #else
-    measure::Heading("section files");
+    measure::Heading("section files", "a copy of the text");
 #endif
     Sections();
 
-    measure::Heading("templates (peer: std::string and a map)");
+    measure::Heading("templates", "std::string and a map");
     Templates("64 tokens in 4.3 KB", Template(true), 1.5);
     Templates("4.2 KB without a token", Template(false), 4.0);
     std::string megabyte;
     while (megabyte.size() < 1 << 20) megabyte += Template(false);
     Templates("1 MB without a token", megabyte, 2.0);
+    Measure_Growth();
 }

@@ -1,7 +1,7 @@
 // The hash table beside std::unordered_map with std::string keys, both asked with plain texts. All keys of a
 // table share their first characters, as identifiers do, so all its entries are in one bucket.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/containers/hash_table.h>
 
@@ -85,9 +85,9 @@ void Fill(Peer &peer, const std::vector<std::string> &keys) {
     Keep(block.size);
 }
 
-void Measure_Filling(const char *what, const std::vector<std::string> &keys) {
+void Measure_Filling(const std::string &what, const std::vector<std::string> &keys) {
     Compare(
-        what,
+        what.c_str(),
         [&] {
             CHashTable filled;
             Fill(filled, keys);
@@ -110,13 +110,30 @@ void Measure(int count) {
     Questions our_hits(keys, random), peer_hits(our_hits);
     Questions our_misses(absent, random), peer_misses(our_misses);
 
-    measure::Heading(("hash table of " + std::to_string(count) + " (peer: std::unordered_map)").c_str());
-    Compare(
-        "find", MEASURED { Ask(table, our_hits.Next()); }, MEASURED { Ask(peer, peer_hits.Next()); }, 1.0);
-    Compare(
-        "find what is not there", MEASURED { Ask(table, our_misses.Next()); },
-        MEASURED { Ask(peer, peer_misses.Next()); }, 1.5);
-    Measure_Filling("make, fill and destroy, pages from the system", keys);
+    const std::string of = " of " + std::to_string(count);
+    Compare(("find one" + of).c_str(), MEASURED { Ask(table, our_hits.Next()); },
+            MEASURED { Ask(peer, peer_hits.Next()); }, 1.0);
+    Compare(("find none" + of).c_str(), MEASURED { Ask(table, our_misses.Next()); },
+            MEASURED { Ask(peer, peer_misses.Next()); }, 1.5);
+    Measure_Filling("fill " + std::to_string(count) + ", pages from the system", keys);
+}
+
+void Measure_Growth() {
+    measure::Growth_Heading("hash table");
+    measure::Growth find("find one of n entries", 0.35), fill("fill a table with n entries", 1.2);
+    for (const int size : {10, 100, 1000, 10000, 100000}) {
+        std::mt19937 random(1);
+        const std::vector<std::string> keys = Keys(size, "IDS_MS", random);
+        CHashTable table;
+        Fill(table, keys);
+        Questions hits(keys, random);
+        find.At(
+            size, MEASURED { Ask(table, hits.Next()); });
+        fill.At(size, [&] {
+            CHashTable filled;
+            Fill(filled, keys);
+        });
+    }
 }
 
 // A heap gets large blocks from the system anew for every run, as for a program's first table; that is most
@@ -125,10 +142,9 @@ void Measure(int count) {
 void Measure_In_Kept_Memory() {
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, INT_MAX);
-    measure::Heading("make, fill and destroy in memory that the heap has kept");
     for (const int count : Counts) {
         std::mt19937 random(1);
-        Measure_Filling(std::to_string(count).c_str(), Keys(count, "IDS_MS", random));
+        Measure_Filling("fill " + std::to_string(count) + " in kept memory", Keys(count, "IDS_MS", random));
     }
 }
 
@@ -136,7 +152,9 @@ void Measure_In_Kept_Memory() {
 
 int main() {
     measure::Use_Plain_Memory();
+    measure::Heading("hash table", "std::unordered_map");
     for (const int count : Counts) Measure(count);
     Measure_In_Kept_Memory();
+    Measure_Growth();
     return 0;
 }

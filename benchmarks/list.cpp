@@ -1,7 +1,7 @@
 // What the list's pool of items saves: filled, drained and used as a stack, beside the C++ library's list on
 // its heap and, where Boost is at hand, on the fastest of Boost's pools.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/kelmara.h>
 
@@ -65,8 +65,8 @@ void Spread_And_Drain(std::vector<List> &lists) {
 }
 
 template <class Peer>
-void Measure_Beside(const char *title, double limit, double spread_limit) {
-    measure::Heading(title);
+void Measure_Beside(const char *peer_name, double limit, double spread_limit) {
+    measure::Heading("list", peer_name);
     OurList ours;
     Peer peer;
     measure::Compare(
@@ -86,15 +86,46 @@ void Measure_Beside(const char *title, double limit, double spread_limit) {
         [&] { Spread_And_Drain(peer_lists); }, spread_limit);
 }
 
+int Compare_Values(void *a, void *b, long) {
+    return (a > b) - (a < b);
+}
+
+void Measure_Growth() {
+    measure::Growth_Heading("list");
+    measure::Growth fill("add n entries and pop them", 1.1), walk("walk over n entries", 1.1);
+    measure::Growth last("the last of n entries by its index", 1.1), copy("a copy of n entries", 1.1);
+    measure::Growth sort("sort n entries that stand in reverse", 2.1);
+    for (const long size : measure::Sizes(100000)) {
+        OurList ours;
+        fill.At(size, [&] {
+            for (long number = 0; number < size; ++number) ours.Append(Value(number));
+            for (long number = 0; number < size; ++number) measure::Keep(ours.Pop());
+        });
+        for (long number = 0; number < size; ++number) ours.Append(Value(number));
+        walk.At(size, [&] {
+            CIterator walker;
+            for (void *entry = walker.Iterate(&ours.list); walker.More(); entry = walker.Next())
+                measure::Keep(entry);
+        });
+        last.At(size, [&] { measure::Keep(ours.list.GetEntry(measure::Hidden(size - 1), 0)); });
+        copy.At(size, [&] { Delete_List(ours.list.ShallowClone()); });
+        if (size > 1000) continue;
+        ours.list.SetListSortProc(Compare_Values, 0);
+        bool ascending = false;
+        sort.At(size, [&] { ours.list.Sort(ascending = !ascending, 0); });
+    }
+}
+
 } // namespace
 
 int main() {
     measure::Use_Plain_Memory();
-    Measure_Beside<HeapList>("list (peer: std::list)", 1.0 / 3, 1.0);
+    Measure_Beside<HeapList>("std::list", 1.0 / 3, 1.0);
 #if defined(HAS_BOOST)
     using BoostPool = boost::fast_pool_allocator<void *, boost::default_user_allocator_new_delete,
                                                  boost::details::pool::null_mutex>;
-    Measure_Beside<PeerList<BoostPool>>("list (peer: std::list with Boost's fast_pool_allocator)", 1.0, 2.0);
+    Measure_Beside<PeerList<BoostPool>>("std::list on Boost's fast_pool_allocator", 1.0, 2.0);
 #endif
+    Measure_Growth();
     return 0;
 }

@@ -17,7 +17,7 @@ int main() {
     RegCreateKeyExA(HKEY_LOCAL_MACHINE, key_name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &suite, nullptr);
     RegCloseKey(suite);
     measure::Use_Plain_Memory();
-    measure::Heading("log (peer: key opened, value asked for, key closed)");
+    measure::Heading("log", "key opened, value asked for, closed");
     const auto read = MEASURED {
         HKEY key = nullptr;
         BYTE text[256];

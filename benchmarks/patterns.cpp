@@ -1,11 +1,12 @@
 // Patterns against the host's ways of taking a telephone number apart into its four fields.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/kelmara.h>
 
 #include <cstring>
 #include <regex>
+#include <string>
 
 namespace {
 
@@ -79,6 +80,36 @@ void Compare_On(const char *what, const char *number, Peer peer, double limit) {
         limit);
 }
 
+template <class Peer>
+void Measure_Beside(const char *peer_name, Peer peer, double limit) {
+    measure::Heading("patterns", peer_name);
+    Compare_On("a telephone number into its four fields", "+1 (555) 123-4567", peer, limit);
+    Compare_On("one of three fields, which is refused", "+1 (555) 1234567", peer, limit);
+}
+
+void Measure_Growth() {
+    measure::Growth_Heading("patterns");
+    measure::Growth fields("take n characters apart", 1.1), one("scan over n characters to one of 3", 1.1);
+    for (const long size : measure::Sizes(100000)) {
+        std::string text(static_cast<std::size_t>(size), 'x');
+        text += ';';
+        one.At(size, [&] {
+            CPatternString scanner(text.c_str());
+            measure::Keep(scanner.Skip(measure::Hidden("^*T;|T,|W")));
+        });
+        for (std::size_t at = 9; at < text.size(); at += 10) text[at] = ';';
+        fields.At(size, [&] {
+            char field[Field_Size];
+            CPatternString scanner(text.c_str());
+            while (scanner.More()) {
+                scanner.Next("^*T;|0", field, Field_Size);
+                scanner.Skip("^>T;|0");
+            }
+            measure::Keep(field);
+        });
+    }
+}
+
 } // namespace
 
 int main() {
@@ -89,9 +120,7 @@ int main() {
     Expect_Fields("sscanf", Split_By_Scanf);
     Expect_Fields("std::regex", by_regex);
 
-    measure::Heading("a telephone number into four fields");
-    Compare_On("+1 (555) 123-4567, std::regex", "+1 (555) 123-4567", by_regex, 0.25);
-    Compare_On("+1 (555) 123-4567, sscanf", "+1 (555) 123-4567", Split_By_Scanf, 1.0);
-    Compare_On("+1 (555) 1234567, which has three, std::regex", "+1 (555) 1234567", by_regex, 0.25);
-    Compare_On("+1 (555) 1234567, which has three, sscanf", "+1 (555) 1234567", Split_By_Scanf, 1.0);
+    Measure_Beside("std::regex", by_regex, 0.25);
+    Measure_Beside("sscanf", Split_By_Scanf, 1.0);
+    Measure_Growth();
 }

@@ -1,60 +1,65 @@
-// What a value costs through an open CRegMaster key: read, counted up, and set, which waits for the disk,
-// beside a bare write and flush of the same bytes.
+// What a value costs through an open CRegMaster key: read and counted up, beside the machine's calls, and
+// set, which waits for the disk, beside a bare write and flush of the same bytes.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/system/reg_master.h>
 
 #include <platform/machine.h>
+#include <platform/registry.h>
 
 #include <cstdlib>
 #include <fcntl.h>
 #include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
 constexpr unsigned long Data_Size = 100;
 constexpr unsigned long Record_Bytes = 152; // what a value of that size adds to the registry's file
-constexpr int Calls = 2001, Flushed_Calls = 301;
+constexpr int Flushed_Calls = 301;
 char data[Data_Size];
 
 void Must(bool done) {
     if (!done) std::abort();
 }
 
-// Of single calls, so that one in which the host lets others run counts no more than any other.
-template <class Work>
-double Median_Of_Calls(Work work) {
-    std::vector<double> figures(Calls);
-    for (double &figure : figures) figure = measure::Time(work, 1);
-    std::nth_element(figures.begin(), figures.begin() + Calls / 2, figures.end());
-    return figures[Calls / 2];
-}
-
-void Report(const char *what, double nanoseconds, double wanted) {
-    std::printf("%-52s %12.0f %12.0f%s\n", what, nanoseconds, wanted,
-                nanoseconds <= wanted ? "" : "  missed");
-}
-
 void Measure_Calls(CRegMaster &registry) {
-    std::printf("\n%-52s %12s %12s\n", "CRegMaster", "median, ns", "wanted, ns");
     char copy[Data_Size];
-    Report("read a value of 100 bytes through an open key", Median_Of_Calls([&] {
-               Must(registry.GetRegEntry(measure::Hidden("value 57"), copy, Data_Size));
-               measure::Keep(copy);
-           }),
-           2000);
+    HKEY key = nullptr;
+    Must(RegOpenKeyExA(HKEY_CURRENT_USER, "table", 0, KEY_ALL_ACCESS, &key) == 0);
+    const auto read_bare = [&](const char *name, void *bytes, DWORD size) {
+        Must(RegQueryValueExA(key, measure::Hidden(name), nullptr, nullptr, static_cast<BYTE *>(bytes),
+                              &size) == 0);
+        measure::Keep(copy);
+    };
     long number = 0;
-    Report("read a number", Median_Of_Calls([&] {
-               Must(registry.GetRegEntry(measure::Hidden("number"), &number));
-               measure::Keep(number);
-           }),
-           2000);
-    Report("set a number that others see (count it up)",
-           Median_Of_Calls([&] { Must(registry.IncrDword("number") != 0); }), 20000);
+    measure::Heading("CRegMaster", "the machine's calls");
+    measure::Compare(
+        "read a value of 100 bytes",
+        MEASURED {
+            Must(registry.GetRegEntry(measure::Hidden("value 57"), copy, Data_Size));
+            measure::Keep(copy);
+        },
+        MEASURED { read_bare("value 57", copy, Data_Size); }, 4.0);
+    measure::Compare(
+        "read a number",
+        MEASURED {
+            Must(registry.GetRegEntry(measure::Hidden("number"), &number));
+            measure::Keep(number);
+        },
+        MEASURED { read_bare("number", &number, sizeof number); }, 4.0);
+    const auto set_number = [&] {
+        read_bare("number", &number, sizeof number);
+        ++number;
+        Must(RegSetValueExA(key, "number", 0, REG_DWORD, reinterpret_cast<BYTE *>(&number), sizeof number) ==
+             0);
+    };
+    measure::Compare_Calls(
+        "count a number up that others see", [&] { Must(registry.IncrDword("number") != 0); }, set_number,
+        1.5);
     registry.SetRegEntry("number", 1);
+    RegCloseKey(key);
 }
 
 void Measure_Flush(CRegMaster &registry, const std::string &folder) {
@@ -66,19 +71,30 @@ void Measure_Flush(CRegMaster &registry, const std::string &folder) {
         Must(pwrite(file, bytes, sizeof bytes, end) == sizeof bytes && fdatasync(file) == 0);
         end += sizeof bytes;
     };
-    std::vector<double> our_figures(Flushed_Calls), peer_figures(Flushed_Calls);
-    for (int call = 0; call < Flushed_Calls; ++call) {
-        our_figures[call] = measure::Time(ours, 1);
-        peer_figures[call] = measure::Time(peer, 1);
-    }
-    for (auto *figures : {&our_figures, &peer_figures})
-        std::nth_element(figures->begin(), figures->begin() + Flushed_Calls / 2, figures->end());
-    const double our_median = our_figures[Flushed_Calls / 2], peer_median = peer_figures[Flushed_Calls / 2];
-    const double ratio = our_median / peer_median, limit = 1.5;
-    measure::Heading("CRegMaster (peer: the bytes written and flushed)");
-    std::printf("%-48s %12.1f %12.1f %8.2f %8.2f%s\n", "set a value of 100 bytes, flushed", our_median,
-                peer_median, ratio, limit, ratio <= limit ? "" : "  missed");
+    measure::Heading("CRegMaster", "the bytes written and flushed");
+    measure::Compare_Calls("set a value of 100 bytes, flushed", ours, peer, 1.5, Flushed_Calls);
     close(file);
+}
+
+void Measure_Growth() {
+    measure::Growth_Heading("CRegMaster");
+    measure::Growth walk("all names of n values by their indices", 1.15),
+        copy("copy a key of n values", 1.15);
+    CRegMaster registry, target;
+    for (const long size : measure::Sizes(10000)) {
+        Must(registry.CreateKey(HKEY_CURRENT_USER, ("n" + std::to_string(size)).c_str()));
+        Must(target.CreateKey(HKEY_CURRENT_USER, ("copy" + std::to_string(size)).c_str()));
+        for (long i = 0; i < size; ++i) {
+            const std::string name = "value " + std::to_string(i);
+            Must(RegSetValueExA(registry.GetKey(), name.c_str(), 0, REG_BINARY,
+                                reinterpret_cast<BYTE *>(data), Data_Size) == 0);
+        }
+        char name[256];
+        walk.At(size, [&] {
+            for (unsigned long index = 0; registry.GetNextValue(index, name); ++index) measure::Keep(name);
+        });
+        copy.At(size, [&] { Must(registry.CopyKey(registry.GetKey(), target.GetKey())); });
+    }
 }
 
 } // namespace
@@ -96,6 +112,7 @@ int main() {
         Measure_Calls(registry);
         Measure_Flush(registry, folder);
     }
+    Measure_Growth();
     Remove_Machine(folder.c_str());
     return 0;
 }

@@ -9,13 +9,12 @@
 
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 namespace {
 
 using namespace tools::reg;
 
-constexpr int Keys = 100, Values = 100, Rounds = 9;
+constexpr int Keys = 100, Values = 100;
 constexpr double Wanted = 5e8; // nanoseconds
 
 std::string Text_Of_All() {
@@ -37,15 +36,8 @@ void Import(const std::string &text) {
 }
 
 template <class Before, class Work>
-void Report(const char *what, Before before, Work work) {
-    std::vector<double> figures;
-    for (int round = 0; round < Rounds; ++round) {
-        before();
-        figures.push_back(measure::Time(work, 1));
-    }
-    std::nth_element(figures.begin(), figures.begin() + Rounds / 2, figures.end());
-    const double median = figures[Rounds / 2];
-    std::printf("%-52s %12.0f %12.0f%s\n", what, median, Wanted, median <= Wanted ? "" : "  missed");
+void Measure(const char *what, Before before, Work work) {
+    measure::Measure_Calls(what, before, work, Wanted, measure::Few_Rounds);
 }
 
 } // namespace
@@ -54,14 +46,15 @@ int main() {
     std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
     if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
     setenv("KELMARA_MACHINE", folder.c_str(), 1);
-    std::printf("\n%-52s %12s %12s\n", "registry text of 10,000 values", "median, ns", "wanted, ns");
+    measure::Heading("registry text", "none: 500 ms are allowed");
     const std::string text = Text_Of_All();
     const auto nothing = [] {};
     const auto delete_all = [] { Import("REGEDIT4\n[-HKCU\\Measured]\n"); };
     const auto import_all = [&] { Import(text); };
-    Report("import, all new", delete_all, import_all);
-    Report("import, nothing new", nothing, import_all);
-    Report("export", nothing, [] { measure::Keep(Export_Key(Key_Path_Of("HKCU\\Measured"))); });
-    Report("delete", import_all, delete_all);
+    Measure("import 10,000 values, all new", delete_all, import_all);
+    Measure("import 10,000 values, nothing new", nothing, import_all);
+    Measure("export 10,000 values", nothing,
+            [] { measure::Keep(Export_Key(Key_Path_Of("HKCU\\Measured"))); });
+    Measure("delete 10,000 values", import_all, delete_all);
     Remove_Machine(folder.c_str());
 }

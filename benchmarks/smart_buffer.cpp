@@ -1,6 +1,6 @@
 // The growable buffer against std::string: replacing in one pass, and appending.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/containers/smart_buffer.h>
 
@@ -78,16 +78,44 @@ void Append(const char *what, long total, long piece) {
         1.2);
 }
 
+void Measure_Growth() {
+    measure::Growth_Heading("buffer");
+    measure::Growth append("append n bytes one by one", 1.1), replace("replace in n marked lines", 1.1);
+    measure::Growth move("move to the end of n bytes", 1.1);
+    for (const long size : measure::Sizes(100000)) {
+        append.At(size, [&] {
+            CSmartBuffer buffer;
+            buffer.Initialize(16);
+            for (long done = 0; done < size; ++done) buffer.Write("x", 1L);
+            Keep(buffer);
+        });
+        std::string text;
+        for (long line = 0; line < size; ++line) text += "some %name% and some more\n";
+        text += '!';
+        const long length = static_cast<long>(text.size());
+        replace.At(size, [&] {
+            CSmartBuffer buffer;
+            buffer.Initialize(length);
+            buffer.Write(text.data(), length);
+            buffer.Search_And_Replace("%name%", "0123456789", true);
+            Keep(buffer);
+        });
+        CSmartBuffer buffer;
+        buffer.Initialize(size);
+        buffer.Write(text.data() + length - size, size);
+        move.At(size, [&] { Keep(buffer.Move_To(Hidden("!"), true)); });
+    }
+}
+
 } // namespace
 
 int main() {
     measure::Use_Plain_Memory();
 
-    measure::Heading("1 MB, 6 bytes in 64 to 10, against find and append");
-    Replace_Marks("a rare first byte", "%name%", "plain words ");
-    Replace_Marks("a common first byte", "eagles", "the seven elements ");
-
-    measure::Heading("appending against std::string");
-    Append("10 MB in pieces of 1 byte", 10 * Megabyte, 1);
-    Append("100 MB in pieces of 1 KB", 100 * Megabyte, 1024);
+    measure::Heading("buffer", "std::string");
+    Replace_Marks("replace in 1 MB, a rare first byte", "%name%", "plain words ");
+    Replace_Marks("replace in 1 MB, a common first byte", "eagles", "the seven elements ");
+    Append("append 10 MB in pieces of 1 byte", 10 * Megabyte, 1);
+    Append("append 100 MB in pieces of 1 KB", 100 * Megabyte, 1024);
+    Measure_Growth();
 }

@@ -5,7 +5,7 @@
 // read whole. A gettext domain stays loaded until the program ends, so each opening names the folder in a new
 // way that leads to the same file, and each row has a process of its own.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/localization/string_table.h>
@@ -187,7 +187,7 @@ void Measure_Opening(const char *what, const Catalogue &catalogue, Files &files)
 void Measure_Opening_In_Kept_Memory(const Catalogue &catalogue, Files &files) {
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, INT_MAX);
-    Measure_Opening("the same in memory that the heap has kept", catalogue, files);
+    Measure_Opening("open and find one, in kept memory", catalogue, files);
 }
 
 void Measure_Lookups(Catalogue catalogue, Files &files) {
@@ -218,6 +218,49 @@ void Measure_Lookups(Catalogue catalogue, Files &files) {
         MEASURED { Keep(std::strlen(dgettext("peer", catalogue[0].identifier.c_str()))); }, 1.0);
 }
 
+void Measure_Growth() {
+    measure::Growth_Heading("string table");
+    measure::Growth import("import n lines into a new table", 1.2),
+        all("all of n strings by their indices", 1.2);
+    measure::Growth load("load a table of n strings", 1.1), find("find one of n strings", 0.4);
+    for (const long size : measure::Sizes(10000)) {
+        const auto fill = [size](CStringTable &table) {
+            table.New_Table();
+            char line[100];
+            for (long number = 0; number < size; ++number) {
+                std::snprintf(line, sizeof line, "a string of some words\tKMSTR_%ld\t0\t ", number);
+                table.Import_String(line);
+            }
+        };
+        import.At(size, [&] {
+            CStringTable table(true);
+        fill(table);
+    });
+    CStringTable table(true), loaded;
+    CSafeStr text;
+    fill(table);
+    all.At(size, [&] {
+        for (long index = 0; index < size; ++index) table.Get_String(index, text);
+        Keep(text);
+    });
+    CKMFile file;
+    file.Open("c:\\growth.ltx", true, true);
+    table.Save_Changes(&file);
+    file.Close();
+    const auto load_it = [&] {
+        CKMFile source;
+        if (source.Open("c:\\growth.ltx", false, false) != 0 || loaded.Load_Table(&source) != 0) std::abort();
+    };
+    load.At(size, load_it);
+    std::string identifier = "KMSTR_" + std::to_string(size / 2);
+    for (int lookup = 0; lookup < 1000; ++lookup) loaded.Get_String_From_Identifier(identifier.c_str(), text);
+    find.At(size, [&] {
+        loaded.Get_String_From_Identifier(identifier.c_str(), text);
+        Keep(text);
+    });
+}
+} // namespace
+
 template <class Work>
 void In_Own_Process(Work work) {
     const pid_t child = fork();
@@ -241,12 +284,13 @@ int main() {
     setenv("LANGUAGE", "de", 1);
     const Catalogue catalogue = Make_Catalogue();
     Files files(catalogue);
-    measure::Heading("string table (peer: gettext)");
+    measure::Heading("string table", "gettext");
     std::printf("%d strings, ours %zu bytes, the peer's %zu\n", String_Count, files.Table_Size(),
                 files.Peer_Size());
     std::fflush(stdout);
-    In_Own_Process([&] { Measure_Opening("open and find one string", catalogue, files); });
+    In_Own_Process([&] { Measure_Opening("open 5,000 strings and find one", catalogue, files); });
     In_Own_Process([&] { Measure_Opening_In_Kept_Memory(catalogue, files); });
     In_Own_Process([&] { Measure_Lookups(catalogue, files); });
+    In_Own_Process([] { Measure_Growth(); });
     return 0;
 }

@@ -1,9 +1,10 @@
 // Strings against the C++ library's, and folding of letter case against the C library's.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/foundation/string_helpers.h>
+#include <kelmara/foundation/token_string.h>
 
 #include <cstring>
 #include <string>
@@ -75,19 +76,74 @@ void Find_At_The_End(int length) {
         MEASURED { Keep(strcasestr(Hidden(a), Hidden(b))); }, 2.0);
 }
 
+// A text of n characters, every tenth of which is a comma.
+std::string Fields(long length) {
+    std::string text = Text(static_cast<int>(length), 'a');
+    for (std::size_t at = 9; at < text.size(); at += 10) text[at] = ',';
+    return text;
+}
+
+void Measure_Growth() {
+    measure::Growth_Heading("strings");
+    measure::Growth copy("copy a string of n characters", 1.1), fold("strcmp_ncs of n characters", 1.1);
+    measure::Growth replace("replace n / 10 characters, each by two", 1.1);
+    measure::Growth by_character("append n characters one by one", 1.2);
+    measure::Growth tokens("Next_Token, all of n characters", 2.0);
+    measure::Growth walk("CTokenString, all of n characters", 1.1), cut("smartok, all of n characters", 1.1);
+    for (const long size : measure::Sizes(100000)) {
+        const std::string text = Fields(size), capital = Text(static_cast<int>(size), 'A');
+        const std::string small = Text(static_cast<int>(size), 'a');
+        const CSafeStr made(text.c_str()), comma(","), two("; ");
+        copy.At(size, [&] { Keep(CSafeStr(made)); });
+        fold.At(size, [&] { Keep(strcmp_ncs(Hidden(small.c_str()), capital.c_str())); });
+        replace.At(size, [&] {
+            CSafeStr changed;
+            changed.Set_Data(std::string(text.size() * 2, ' ').c_str(), static_cast<int>(text.size() * 2));
+            changed = made;
+            changed.Replace_String(comma, two);
+            Keep(changed);
+        });
+        by_character.At(size, [&] {
+            CSafeStr grown;
+            grown.Prime_Increment();
+            for (const char c : text) grown += c;
+            Keep(grown);
+        });
+        tokens.At(size, [&] {
+            CSafeStr rest(made), token;
+            while (static_cast<char *>(rest)[0]) rest.Next_Token(token, ',');
+            Keep(token);
+        });
+        std::string buffer;
+        walk.At(size, [&] {
+            buffer = text;
+            CTokenString words(buffer.data(), ',');
+            while (const char *word = words.Next_Token(0)) Keep(word);
+        });
+        cut.At(size, [&] {
+            buffer = text;
+            for (const char *word = smartok(buffer.data(), ","); word; word = smartok(nullptr, ","))
+                Keep(word);
+        });
+    }
+}
+
 } // namespace
 
 int main() {
     measure::Use_Plain_Memory();
 
-    measure::Heading("CSafeStr against std::string");
+    measure::Heading("strings", "std::string");
     Make_Copy_And_Drop(10, 1.5);
     Make_Copy_And_Drop(24, 0.25);
     Make_Copy_And_Drop(200, 0.25);
 
-    measure::Heading("letter case against the C library");
+    measure::Heading("strings", "strcasecmp");
     Compare_Equal(20);
     Compare_Equal(200);
+    measure::Heading("strings", "strcasestr");
     Find_At_The_End(20);
     Find_At_The_End(200);
+
+    Measure_Growth();
 }

@@ -18,7 +18,6 @@
 namespace {
 
 constexpr char Number[] = "+1 (206) 555-1212";
-constexpr double Wanted = 300; // nanoseconds to take a number apart
 
 struct Fields {
     char field[4][255];
@@ -65,18 +64,10 @@ void Compare_With(const char *what, Peer peer, double limit) {
 }
 
 void Measure_Splitting() {
-    Fields fields;
-    auto split = MEASURED {
-        measure::Keep(Split(measure::Hidden(Number), fields));
-        measure::Keep(fields);
-    };
-    measure::Time(split, 100'000);
-    const double taken = measure::Time(split, 100'000);
-    std::printf("\ntake %s apart: %.0f ns, wanted %.0f%s\n", Number, taken, Wanted,
-                taken <= Wanted ? "" : "  missed");
-    measure::Heading("a canonical number into its fields");
-    Compare_With("std::regex", Split_By_Regex, 0.25);
-    Compare_With("sscanf", Split_By_Scanf, 1.0);
+    measure::Heading("telephony", "std::regex");
+    Compare_With("a canonical number into its fields", Split_By_Regex, 0.25);
+    measure::Heading("telephony", "sscanf");
+    Compare_With("a canonical number into its fields", Split_By_Scanf, 1.0);
 }
 
 /// What the library asks of the service for one number, asked by hand.
@@ -129,9 +120,9 @@ void Measure_Translation() {
     Create_Dial_Number(Number, "Home", dialable, nullptr);
     if (std::strcmp(dialable, "T*70,5551212") != 0) std::abort();
     service.Translate();
-    measure::Heading("a number translated (peer: the service alone)");
+    measure::Heading("telephony", "the service asked by hand");
     measure::Compare(
-        "Create_Dial_Number", MEASURED { Create_Dial_Number(Number, "Home", dialable, nullptr); },
+        "a number translated", MEASURED { Create_Dial_Number(Number, "Home", dialable, nullptr); },
         MEASURED { service.Translate(); }, 1.1);
 }
 

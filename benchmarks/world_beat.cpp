@@ -1,7 +1,7 @@
 // What it costs to translate a dialog, and to ask for a record behind a window: beside the window calls that
 // they make.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
 
 #include <kelmara/dialogs/window_user_data.h>
 #include <kelmara/foundation/safe_str.h>
@@ -18,7 +18,6 @@
 namespace {
 
 constexpr int Control_Count = 200;
-constexpr double Wanted = 1e6; // nanoseconds for all controls
 
 std::string Identifier(int number) {
     return "KMSTR_CONTROL_" + std::to_string(number);
@@ -29,15 +28,15 @@ struct Dialog {
     std::vector<HWND> controls;
     std::vector<std::string> references;
 
-    Dialog() {
-        for (int i = 0; i < Control_Count; ++i) {
-            references.push_back("^" + Identifier(i));
+    explicit Dialog(int count = Control_Count) {
+        for (int i = 0; i < count; ++i) {
+            references.push_back("^" + Identifier(i % Control_Count));
             controls.push_back(CreateWindowExA(0, "Static", "", WS_CHILD | WS_VISIBLE, 0, 0, 9, 9, window,
                                                nullptr, nullptr, nullptr));
         }
     }
     void Write_References() const {
-        for (int i = 0; i < Control_Count; ++i) SetWindowTextA(controls[i], references[i].c_str());
+        for (std::size_t i = 0; i < controls.size(); ++i) SetWindowTextA(controls[i], references[i].c_str());
     }
 };
 
@@ -52,22 +51,28 @@ void Load(CWorldBeat &beat) {
     if (beat.Load_Localization("c:\\texts.ltx", true) != 0) std::abort();
 }
 
+void Measure_Growth() {
+    CWorldBeat beat;
+    Load(beat);
+    measure::Growth_Heading("translation");
+    measure::Growth growth("write n references and translate them", 1.15);
+    for (const long size : measure::Sizes(1000)) {
+        const Dialog dialog(static_cast<int>(size));
+        growth.At(size, [&] {
+            dialog.Write_References();
+            beat.Localize_Dialog(dialog.window);
+        });
+        DestroyWindow(dialog.window);
+    }
+}
+
 void Measure_Dialog() {
     const Dialog dialog;
     CWorldBeat beat;
     Load(beat);
-    std::vector<double> times;
-    for (int round = 0; round < measure::Rounds; ++round) {
-        dialog.Write_References();
-        auto translate = [&] { beat.Localize_Dialog(dialog.window); };
-        times.push_back(measure::Time(translate, 1));
-    }
-    std::sort(times.begin(), times.end());
-    const double median = times[times.size() / 2];
-    std::printf("translate a dialog of %d controls: %.0f ns, wanted %.0f%s\n", Control_Count, median, Wanted,
-                median <= Wanted ? "" : "  missed");
+    measure::Heading("translation", "texts written, read and written");
     measure::Compare(
-        "write references and translate them (peer: texts)",
+        "200 references written and translated",
         [&] {
             dialog.Write_References();
             beat.Localize_Dialog(dialog.window);
@@ -85,9 +90,9 @@ void Measure_Dialog() {
 void Measure_Record() {
     const Dialog dialog;
     void *const record = InsertWindowUserData(dialog.window, 0, nullptr);
+    measure::Heading("window data", "the window's own word");
     measure::Compare(
-        "a slot of a window's record (peer: its word)",
-        MEASURED { measure::Keep(GetWindowUserData(dialog.window, 0)); },
+        "a slot of a window's record", MEASURED { measure::Keep(GetWindowUserData(dialog.window, 0)); },
         MEASURED { measure::Keep(GetWindowLongA(dialog.window, GWL_USERDATA)); }, 1.5);
     DeleteWindowUserData(record);
     DestroyWindow(dialog.window);
@@ -100,9 +105,9 @@ int main() {
     if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
     std::filesystem::create_directories(folder + "/drive_c");
     measure::Use_Plain_Memory();
-    measure::Heading("dialogs (peer: the machine's calls)");
     Measure_Dialog();
     Measure_Record();
+    Measure_Growth();
     Remove_Machine(folder.c_str());
     return 0;
 }

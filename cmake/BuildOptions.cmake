@@ -1,6 +1,7 @@
 # How everything here is compiled: C++20, nothing exported unless it says so, warnings are errors.
 option(KELMARA_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 option(KELMARA_COVERAGE "Count which lines of the libraries and tools run" OFF)
+option(KELMARA_HARDEN "Build with guards on the stack, checked copies and tables that are read-only" ON)
 option(KELMARA_FUZZ "Build the fuzz targets to run for ever, which takes clang" OFF)
 
 set(CMAKE_CXX_STANDARD 20)
@@ -37,8 +38,8 @@ endif()
 
 # What makes a mistake harder to use: a guard word on the stack, checked copies, no symbol bound late, tables
 # of addresses that are read-only, programs at any address. tests/checks/hardening.sh reads it back from what was
-# built.
-if(NOT KELMARA_SANITIZE AND NOT KELMARA_COVERAGE)
+# built. What it costs: docs/performance.md; without it a build is for measuring that alone.
+if(KELMARA_HARDEN AND NOT KELMARA_SANITIZE AND NOT KELMARA_COVERAGE)
   add_compile_options(-fstack-protector-strong)
   add_compile_definitions(_FORTIFY_SOURCE=2)
   add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)

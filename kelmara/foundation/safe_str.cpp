@@ -248,17 +248,52 @@ bool CSafeStr::Get_Next_Insert_Token(CSafeStr &token, int index, char marker) {
     return true;
 }
 
-// False, with the text unchanged, when the result does not fit.
-bool CSafeStr::Splice(std::size_t at, std::size_t removed, const char *inserted,
-                      std::size_t inserted_length) {
-    const std::size_t length = std::strlen(Data);
-    const std::size_t new_length = length - removed + inserted_length;
-    if (new_length >= Capacity()) return false;
-    std::memmove(Data + at + inserted_length, Data + at + removed, length - at - removed + 1);
-    std::memcpy(Data + at, inserted, inserted_length);
-    if (new_length < Inline_Size) std::memset(Data + new_length, 0, Inline_Size - new_length);
-    return true;
-}
+namespace {
+
+// A text with all the storage that it does not need in the middle of it: what is done stands in front, what
+// is to be searched behind, up to the end of the storage. So a replacement moves what lies between two places
+// alone.
+class OpenText {
+  public:
+    OpenText(char *text, std::size_t at, std::size_t length, std::size_t capacity)
+        : Start(text), End(text + capacity), Done(text + at), Rest(End - (length - at) - 1) {
+        std::memmove(Rest, Done, length - at + 1);
+    }
+    const char *Find(const char *text) const { return std::strstr(Rest, text); }
+    bool Has_Room(std::size_t removed, std::size_t inserted) const {
+        return inserted <= static_cast<std::size_t>(Rest - Done) + removed;
+    }
+    void Go_To(const char *place) {
+        const auto length = static_cast<std::size_t>(place - Rest);
+        std::memmove(Done, Rest, length);
+        Done += length;
+        Rest += length;
+    }
+    void Replace(std::size_t removed, const char *inserted, std::size_t length) {
+        Rest += removed;
+        std::memcpy(Done, inserted, length);
+        Done += length;
+    }
+    void Go_Back(std::size_t length) {
+        length = std::min(length, static_cast<std::size_t>(Done - Start));
+        Done -= length;
+        Rest -= length;
+        std::memmove(Rest, Done, length);
+    }
+    // The text's length.
+    std::size_t Close() {
+        std::memmove(Done, Rest, static_cast<std::size_t>(End - Rest));
+        return static_cast<std::size_t>(Done - Start + (End - Rest)) - 1;
+    }
+
+  private:
+    char *const Start;
+    char *const End;
+    char *Done;
+    char *Rest;
+};
+
+} // namespace
 
 void CSafeStr::Replace_String(const CSafeStr &find, const CSafeStr &replacement) {
     if (&find == this || &replacement == this) {
@@ -269,20 +304,24 @@ void CSafeStr::Replace_String(const CSafeStr &find, const CSafeStr &replacement)
     }
     const std::size_t find_length = std::strlen(find.Data);
     const std::size_t replacement_length = std::strlen(replacement.Data);
-    if (find_length == 0) return;
+    const char *place = find_length != 0 ? std::strstr(Data, find.Data) : nullptr;
+    const std::size_t old_length = std::strlen(Data);
+    if (!place || old_length - find_length + replacement_length >= Capacity()) return;
     // Such a text is searched on behind each replacement, or there would be no end of it. All others end:
     // each replacement makes the text shorter, longer up to its storage, or turns it in one direction of the
     // alphabet. What ends only after very many steps is ended before.
     const bool brings_it_back = std::strstr(replacement.Data, find.Data) != nullptr;
-    const char *from = Data;
+    // In front of a replacement there was none, so the next one is not found earlier by going back to the
+    // start.
+    const std::size_t back = brings_it_back ? 0 : replacement_length + find_length - 1;
     // Those that go forward through the text are no more than it has characters.
-    std::size_t left = std::strlen(Data) + Most_Steps_Back;
-    for (; left > 0; --left) {
-        const char *const place = std::strstr(from, find.Data);
-        if (!place) return;
-        const auto at = static_cast<std::size_t>(place - Data);
-        if (!Splice(at, find_length, replacement.Data, replacement_length)) return;
-        // In front of `at` there was none, so the next one is not found earlier by going back to the start.
-        from = brings_it_back ? place + replacement_length : place - std::min(at, find_length - 1);
+    std::size_t left = old_length + Most_Steps_Back;
+    OpenText text(Data, static_cast<std::size_t>(place - Data), old_length, Capacity());
+    while (left-- > 0 && (place = text.Find(find.Data)) && text.Has_Room(find_length, replacement_length)) {
+        text.Go_To(place);
+        text.Replace(find_length, replacement.Data, replacement_length);
+        text.Go_Back(back);
     }
+    const std::size_t length = text.Close();
+    if (length < Inline_Size) std::memset(Data + length, 0, Inline_Size - length);
 }

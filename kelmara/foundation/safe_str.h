@@ -161,8 +161,6 @@ class KELMARA_API CSafeStr : public CAutoDeleteableObject {
     KELMARA_INTERNAL void Reserve(std::size_t length) const;
     KELMARA_INTERNAL const char *Reserve_Beside(const char *source, std::size_t length) const;
     KELMARA_INTERNAL std::size_t Capacity() const;
-    KELMARA_INTERNAL bool Splice(std::size_t at, std::size_t removed, const char *inserted,
-                                 std::size_t inserted_length);
     KELMARA_INTERNAL void Take_Token(const char *start, std::size_t length);
 
     unsigned long Signature = 0xCAFEBABE;    // offset 4

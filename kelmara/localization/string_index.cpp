@@ -62,6 +62,15 @@ FoundString StringIndex::Find_String(const TableImage &image, const char *identi
     return {TableImage::Text(entry), image.Text_Length(entry)};
 }
 
+TableImage::Place StringIndex::Place_Of(const TableImage &image, long index) {
+    index = std::max(index, 0L);
+    const bool before = m_Last_Place != TableImage::Nowhere && m_Last_Index <= index;
+    m_Last_Place = before ? image.Place_Behind(m_Last_Place, index - m_Last_Index)
+                          : image.Place_Behind(image.First(), index);
+    m_Last_Index = index;
+    return m_Last_Place;
+}
+
 void StringIndex::Forget() {
     m_Filled = false;
     m_Walks = 0;

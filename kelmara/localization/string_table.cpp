@@ -82,6 +82,7 @@ long CStringTable::New_Table() {
     m_Block = block;
     m_Size = sizeof(TableHeader);
     *reinterpret_cast<TableHeader *>(m_Block) = {sizeof(TableHeader), 1, 0, {0, 0}};
+    m_Index = new StringIndex; // without it access by index walks from the first entry on
     return 0;
 }
 
@@ -93,11 +94,12 @@ long CStringTable::Load_Table(CKMFile *file) {
     if (!m_Block) return E_OUTOFMEMORY;
     m_Size = length;
     file->Read(m_Block, length);
-    return m_Unindexed ? 0 : Make_Index();
+    return Make_Index();
 }
 
 long CStringTable::Make_Index() {
     m_Index = new StringIndex;
+    if (m_Unindexed) return 0;
     if (m_Index && m_Index->Prepare(TableImage(m_Block, m_Size)) == 0) return 0;
     Drop();
     return E_OUTOFMEMORY;
@@ -117,9 +119,15 @@ long CStringTable::Count_Entries() {
     return TableImage(m_Block, m_Size).Count();
 }
 
+// By index; a step costs as long as a miss of the cache, and most callers go on from where they were.
+unsigned long CStringTable::Place_Of(long index) {
+    const TableImage image(m_Block, m_Size);
+    return m_Index ? m_Index->Place_Of(image, index) : image.Place_Behind(image.First(), index);
+}
+
 StringEntry *CStringTable::Get_Entry(long index) {
     const TableImage image(m_Block, m_Size);
-    return std::max(index, 0L) < image.Count() ? image.Entry_At(image.Place_Of(index)) : nullptr;
+    return std::max(index, 0L) < image.Count() ? image.Entry_At(Place_Of(index)) : nullptr;
 }
 
 void CStringTable::Get_String(long index, CSafeStr &out) {
@@ -131,8 +139,10 @@ void CStringTable::Get_String(long index, CSafeStr &out) {
 void CStringTable::Get_String_From_Identifier(const char *identifier, CSafeStr &out) {
     const TableImage image(m_Block, m_Size);
     FoundString found;
-    if (m_Unindexed) found = Walk_To_String(image, identifier);
-    if (m_Index) found = m_Index->Find_String(image, identifier);
+    if (m_Unindexed)
+        found = Walk_To_String(image, identifier);
+    else if (m_Index && m_Index->Has_Room())
+        found = m_Index->Find_String(image, identifier);
     out = "";
     if (found.text) out.Set_Data(found.text, found.length);
 }
@@ -177,7 +187,7 @@ void CStringTable::Shrink(long bytes) {
 
 StringEntry *CStringTable::Append_Entry(long index, long length) {
     const TableImage image(m_Block, m_Size);
-    const TableImage::Place place = index == image.Count() ? image.Place_Of(index) : TableImage::Nowhere;
+    const TableImage::Place place = index == image.Count() ? Place_Of(index) : TableImage::Nowhere;
     if (place == TableImage::Nowhere || !Grow(length + Grown_Size)) return nullptr;
     TableImage(m_Block, m_Size).Header()->Entry_Count = index + 1;
     std::memset(m_Block + place, 0, Cleared_Size);
@@ -186,7 +196,7 @@ StringEntry *CStringTable::Append_Entry(long index, long length) {
 
 StringEntry *CStringTable::Resize_Entry(long index, long length) {
     const TableImage image(m_Block, m_Size);
-    const TableImage::Place place = image.Place_Of(index), next = image.Behind(place);
+    const TableImage::Place place = Place_Of(index), next = image.Behind(place);
     if (next == TableImage::Nowhere) return nullptr;
     const long longer = static_cast<long>(place - next) + length + TableImage::Frame_Size;
     const long moved = index == image.Count() - 1 ? 0 : m_Size - static_cast<long>(next);
@@ -237,7 +247,7 @@ void CStringTable::Delete_String(long index) {
     const TableImage image(m_Block, m_Size);
     const long count = image.Count();
     index = std::max(index, 0L);
-    const TableImage::Place place = index < count ? image.Place_Of(index) : TableImage::Nowhere;
+    const TableImage::Place place = index < count ? Place_Of(index) : TableImage::Nowhere;
     const TableImage::Place next = image.Behind(place);
     if (next == TableImage::Nowhere) return;
     if (index < count - 1) Move_Bytes(m_Block + place, m_Block + next, m_Size - static_cast<long>(next));

@@ -107,7 +107,8 @@ class KELMARA_API CStringTable : public CAutoDeleteableObject {
     int Import_String(const char *line);
 
   protected:
-    /// Null when there is no such entry. Walks from the first one. Valid until the table is changed.
+    /// Null when there is no such entry. Walks from the one asked for last, or from the first one if that
+    /// lies behind. Valid until the table is changed; the entry's size is the table's to change.
     StringEntry *Get_Entry(long index);
 
   private:
@@ -115,6 +116,7 @@ class KELMARA_API CStringTable : public CAutoDeleteableObject {
 
     KELMARA_INTERNAL void Drop();
     KELMARA_INTERNAL void Forget_Index();
+    KELMARA_INTERNAL unsigned long Place_Of(long index);
     KELMARA_INTERNAL long Make_Index();
     KELMARA_INTERNAL bool Grow(long bytes);
     KELMARA_INTERNAL void Shrink(long bytes);

@@ -59,10 +59,9 @@ class TableImage {
         return at + entry->Size;
     }
 
-    /// Where the entry of that index is or would be.
-    Place Place_Of(long index) const {
-        Place at = First();
-        for (; index > 0 && at != Nowhere; --index) at = Behind(at);
+    /// Where the entry that many behind the one at a place is or would be.
+    Place Place_Behind(Place at, long entries) const {
+        for (; entries > 0 && at != Nowhere; --entries) at = Behind(at);
         return at;
     }
 
