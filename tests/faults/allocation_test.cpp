@@ -177,9 +177,10 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
 
 TEST_P(AllocationFaults, GiveWhatIsStatedAndLeaveWhatWasThere) {
     unsigned long points = 0, operations = 0;
-    for (const auto &part : {Text_Operations(), List_Operations(), Table_Operations(), Content_Operations(),
-                             Localization_Operations(), File_Operations(), Registry_Operations(),
-                             Shared_State_Operations(), Suite_Operations(), Dialog_Operations()}) {
+    for (const auto &part :
+         {Text_Operations(), List_Operations(), Table_Operations(), Content_Operations(),
+          Localization_Operations(), File_Operations(), Registry_Operations(), Shared_State_Operations(),
+          Suite_Operations(), Dialog_Operations(), Bound_Control_Operations(), Connectivity_Operations()}) {
         for (const Operation &operation : part) {
             const unsigned long met = Sweep(operation);
             points += met;

@@ -1,11 +1,13 @@
 #pragma once
 // One row of the table of the library's operations that need memory.
 //
-//     Row("assignment", 0, {Throws_No_Memory}, [] { return std::make_shared<CSafeStr>("before"); },
-//         [](CSafeStr &string) { return string = Long_Text, 0L; },
-//         [](CSafeStr &string) { return std::string(static_cast<char *>(string)); })
+//     struct String {
+//         CSafeStr text{"before"};
+//         std::string State() { return static_cast<char *>(text); }
+//     };
+//     Row<String>("assignment", 0, {Throws_No_Memory}, [](String &of) { of.text = Long_Text.c_str(); })
 //
-// What operates must not allocate itself. Each preparation is a subject of its own.
+// What operates must not allocate itself. Each preparation is a subject of its own, made of nothing.
 
 #include <platform/errors.h>
 
@@ -48,14 +50,29 @@ struct Operation {
 };
 using Operations = std::vector<Operation>;
 
-template <class Prepare, class Operate, class State>
-Operation Row(const char *name, long done, std::vector<Outcome> stated, Prepare prepare, Operate operate,
-              State state, Leaves leaves = Leaves::Before) {
-    return {name, done, std::move(stated), leaves, [=] {
-                auto subject = prepare();
-                return Trial{[=] { return static_cast<long>(operate(*subject)); },
-                             [=] { return std::string(state(*subject)); }};
+/// `operate` gives a number, or nothing, which is 0. A subject without State has none to lose.
+template <class Subject, class Operate>
+Operation Row(const char *name, long done, std::vector<Outcome> stated, Leaves leaves, Operate operate) {
+    return {name, done, std::move(stated), leaves, [operate] {
+                auto subject = std::make_shared<Subject>();
+                const auto give = [=]() -> long {
+                    if constexpr (std::is_void_v<decltype(operate(*subject))>)
+                        return operate(*subject), 0;
+                    else
+                        return static_cast<long>(operate(*subject));
+                };
+                return Trial{give, [=] {
+                                 if constexpr (requires { subject->State(); })
+                                     return std::string(subject->State());
+                                 else
+                                     return std::string();
+                             }};
             }};
+}
+
+template <class Subject, class Operate>
+Operation Row(const char *name, long done, std::vector<Outcome> stated, Operate operate) {
+    return Row<Subject>(name, done, std::move(stated), Leaves::Before, operate);
 }
 
 inline const std::string Long_Text(600, 'l'); // more than a string holds inside
@@ -70,3 +87,5 @@ Operations Registry_Operations();
 Operations Shared_State_Operations();
 Operations Suite_Operations();
 Operations Dialog_Operations();
+Operations Bound_Control_Operations();
+Operations Connectivity_Operations();

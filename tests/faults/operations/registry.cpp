@@ -2,6 +2,8 @@
 
 #include <kelmara/system/reg_master.h>
 
+#include <optional>
+
 namespace {
 
 void Fill(const char *root) {
@@ -12,27 +14,6 @@ void Fill(const char *root) {
     registry.CreateSubkey("sub");
     registry.SetRegEntry("in it", "kept");
 }
-
-/// A key with a subkey, open.
-struct Key {
-    Key() {
-        Fill("Faults");
-        registry.OpenKey(HKEY_CURRENT_USER, "Faults");
-    }
-    ~Key() {
-        for (const char *name : {"Faults", "Faults copy"}) {
-            if (!registry.OpenKey(HKEY_CURRENT_USER, name)) continue;
-            registry.ZeroOutKey();
-            RegDeleteKeyA(HKEY_CURRENT_USER, name);
-        }
-    }
-    bool Copy() {
-        CRegMaster target;
-        return target.CreateKey(HKEY_CURRENT_USER, "Faults copy") &&
-               registry.CopyKey(registry.GetKey(), target.GetKey());
-    }
-    CRegMaster registry;
-};
 
 LONG Subkey_At(HKEY key, DWORD index, char (&name)[64]) {
     DWORD size = sizeof name;
@@ -57,15 +38,49 @@ std::string Shown(HKEY parent, const char *name) {
     return shown;
 }
 
-std::string Key_State(Key &) {
-    return Shown(HKEY_CURRENT_USER, "Faults") + Shown(HKEY_CURRENT_USER, "Faults copy");
+/// A key with a subkey, open.
+struct Key {
+    Key() {
+        Fill("Faults");
+        registry.OpenKey(HKEY_CURRENT_USER, "Faults");
+    }
+    ~Key() {
+        for (const char *name : {"Faults", "Faults copy"}) {
+            if (!registry.OpenKey(HKEY_CURRENT_USER, name)) continue;
+            registry.ZeroOutKey();
+            RegDeleteKeyA(HKEY_CURRENT_USER, name);
+        }
+    }
+    bool Copy() {
+        CRegMaster target;
+        return target.CreateKey(HKEY_CURRENT_USER, "Faults copy") &&
+               registry.CopyKey(registry.GetKey(), target.GetKey());
+    }
+    std::string State() const {
+        return Shown(HKEY_CURRENT_USER, "Faults") + Shown(HKEY_CURRENT_USER, "Faults copy");
+    }
+    CRegMaster registry;
+    char text[260];
+    unsigned long number = sizeof text;
+};
+
+struct InSubkey : Key {
+    InSubkey() { registry.OpenSubkey("sub"); }
+};
+
+struct Made {
+    std::optional<CRegMaster> registry;
+};
+
+template <class Subject = Key, class Operate>
+Operation On_Key(const char *name, long done, Operate operate, Leaves leaves = Leaves::Before) {
+    return Row<Subject>(name, done, {Gives_Nothing}, leaves,
+                        [=](Subject &of) { return operate(of.registry); });
 }
 
 template <class Operate>
-Operation On_Key(const char *name, long done, Operate operate, Leaves leaves = Leaves::Before) {
-    return Row(
-        name, done, {Gives_Nothing}, [] { return std::make_shared<Key>(); },
-        [=](Key &of) { return operate(of.registry); }, Key_State, leaves);
+Operation Asking(const char *name, long done, Operate operate) {
+    return Row<Key>(name, done, {Gives_Nothing}, operate);
 }
 
 } // namespace
@@ -91,8 +106,26 @@ Operations Registry_Operations() {
         On_Key(
             "RenameSubkey", 1, [](CRegMaster &of) { return of.RenameSubkey("sub", "other"); },
             Leaves::Partly), // "so does what was copied"
-        Row(
-            "CopyKey", 1, {Gives_Nothing}, [] { return std::make_shared<Key>(); },
-            [](Key &of) { return of.Copy(); }, Key_State, Leaves::Partly),
+        On_Key<InSubkey>(
+            "CloseSubkey", 1, [](CRegMaster &of) { return of.CloseSubkey(); }, Leaves::Partly),
+        Row<Key>("CopyKey", 1, {Gives_Nothing}, Leaves::Partly, [](Key &of) { return of.Copy(); }),
+        // "for which the first list of a process may find no memory"
+        Row<Made>("registry object", 0, {Throws_Minus_One, Throws_No_Memory},
+                  [](Made &of) { of.registry.emplace(); }),
+        On_Key(
+            "SetRegEntry of a number", 1, [](CRegMaster &of) { return of.SetRegEntry("number", 6); },
+            Leaves::Either),
+        On_Key(
+            "DecrDword", 4, [](CRegMaster &of) { return of.DecrDword("number"); }, Leaves::Partly),
+        Asking("GetRegEntry", 1, [](Key &of) { return of.registry.GetRegEntry("text", of.text); }),
+        Asking("RegEntryExists", 1, [](Key &of) { return of.registry.RegEntryExists("text"); }),
+        Asking("OnlyHasDefaultValue", 0, [](Key &of) { return of.registry.OnlyHasDefaultValue(); }),
+        Asking("GetSubkey", 1, [](Key &of) { return of.registry.GetSubkey(0, of.text); }),
+        Asking("GetNextValue", 1, [](Key &of) { return of.registry.GetNextValue(0, of.text); }),
+        Asking("GetNextValueData", 1,
+               [](Key &of) {
+                   return of.registry.GetNextValueData(0, nullptr, of.text, &(of.number = sizeof of.text));
+               }),
+        Asking("GetMaxSubkeyLen", 3, [](Key &of) { return of.registry.GetMaxSubkeyLen(); }),
     };
 }
