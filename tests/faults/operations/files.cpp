@@ -24,6 +24,13 @@ void Put(const char *path, const char *text) {
     file.Write(text, static_cast<long>(std::char_traits<char>::length(text)), false);
 }
 
+std::string Working_Files() {
+    WIN32_FIND_DATAA found;
+    const HANDLE search = FindFirstFileA("c:\\*-*", &found);
+    if (search != INVALID_HANDLE_VALUE) FindClose(search);
+    return search != INVALID_HANDLE_VALUE ? " and one in work" : "";
+}
+
 struct Target {
     Target() { Put("c:\\target", "before"); }
     ~Target() {
@@ -31,7 +38,9 @@ struct Target {
         DeleteFileA("c:\\target");
         DeleteFileA("c:\\copy");
     }
-    std::string State() const { return Content_Of("c:\\target") + "|" + Content_Of("c:\\copy"); }
+    std::string State() const {
+        return Content_Of("c:\\target") + "|" + Content_Of("c:\\copy") + Working_Files();
+    }
     CKMFile file;
 };
 
