@@ -23,6 +23,7 @@ constexpr Mode Modes[] = {
     {"rb+", O_RDWR, false, false},
     {"wb", O_WRONLY, true, true},
     {"wbx", O_WRONLY, true, true, true},
+    {"w+bx", O_RDWR, true, true, true},
     {"w+b", O_RDWR, true, true},
     {"wb+", O_RDWR, true, true},
     {"ab", O_WRONLY | O_APPEND, true, false},
