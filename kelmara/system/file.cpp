@@ -137,7 +137,7 @@ int CKMFile::Forget_Work_Name() {
     return File_Not_Found;
 }
 
-int CKMFile::Use_Work_File(bool &mode) {
+int CKMFile::Open_Work_File(bool &mode) {
     mode = m_Writable = true;
     return 0;
 }
@@ -148,7 +148,7 @@ int CKMFile::Open_Temp_File() {
         if (!Form_Temp_Name(m_WorkName)) return Forget_Work_Name();
         const Making making = Make_File(m_WorkName, m_Stream);
         if (making == Making::Failed) return Forget_Work_Name();
-        if (making == Making::Made) return Use_Work_File(m_DeleteOnClose);
+        if (making == Making::Made) return Open_Work_File(m_DeleteOnClose);
     }
 }
 
@@ -162,7 +162,7 @@ int CKMFile::Open_With_Rollback(const char *path) {
         if (making == Making::Made) break;
     }
     std::memcpy(m_TargetName, path, std::strlen(path) + 1);
-    return Use_Work_File(m_RollbackPending);
+    return Open_Work_File(m_RollbackPending);
 }
 
 void CKMFile::Close_Stream() {

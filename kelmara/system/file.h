@@ -99,7 +99,7 @@ class KELMARA_API CKMFile : public CAutoDeleteableObject {
     KELMARA_INTERNAL void Close_Stream();
     KELMARA_INTERNAL void Delete_Work_File();
     KELMARA_INTERNAL int Forget_Work_Name();
-    KELMARA_INTERNAL int Use_Work_File(bool &mode);
+    KELMARA_INTERNAL int Open_Work_File(bool &mode);
     KELMARA_INTERNAL int Read_Whole(void *block, long size, long position);
 
     FILE *m_Stream = nullptr;       // offset 4

@@ -121,7 +121,7 @@ struct Cached {
 
 template <auto Get, auto Return>
 Operation Getting(const char *name) {
-    return Row<Cached>(name, 1, {Gives_Nothing}, [](Cached &of) {
+    return Row<Cached>(name, 1, {Nothing}, [](auto &of) {
         auto *const control = (of.cache.*Get)();
         (of.cache.*Return)(control);
         return control != nullptr;
@@ -131,11 +131,10 @@ Operation Getting(const char *name) {
 /// Attaching, and a value shown, of one kind.
 template <class Kind>
 void Add_Kind(Operations &rows, const char *attach, const char *show, const char *write, UINT message) {
-    rows.push_back(Row<Kind>(attach, 1, {Gives_Nothing}, Leaves::Either,
-                             [](Kind &of) { return of.control->AttachTo(of.window); }));
-    rows.push_back(Row<Attached<Kind>>(show, 0, {}, Leaves::Partly,
-                                       [](Attached<Kind> &of) { of.control->Binding_Changed(); }));
-    rows.push_back(Row<Attached<Kind>>(write, 0, {}, Leaves::Partly, [=](Attached<Kind> &of) {
+    rows.push_back(
+        Row<Kind>(attach, 1, {Nothing}, Either, [](auto &of) { return of.control->AttachTo(of.window); }));
+    rows.push_back(Row<Attached<Kind>>(show, 0, {}, Partly, [](auto &of) { of.control->Binding_Changed(); }));
+    rows.push_back(Row<Attached<Kind>>(write, 0, {}, Partly, [=](Attached<Kind> &of) {
         SendMessageA(of.window, message, 1, reinterpret_cast<LPARAM>(Long_Text.c_str() + 1));
     }));
 }
@@ -149,24 +148,24 @@ Operations Bound_Control_Operations() {
         Getting<&Cache::GetCheckboxControl, &Cache::ReturnCheckboxControl>("GetCheckboxControl"),
         Getting<&Cache::GetListboxControl, &Cache::ReturnListboxControl>("GetListboxControl"),
         Getting<&Cache::GetComboboxControl, &Cache::ReturnComboboxControl>("GetComboboxControl"),
-        Row<Radio>("GetRadioGroupControl", 1, {Gives_Nothing}, [](Radio &of) { return of.Make(); }),
+        Row<Radio>("GetRadioGroupControl", 1, {Nothing}, [](auto &of) { return of.Make(); }),
         // "A button ... that there is no memory for, stays unbound"
-        Row<Group>("Setup_Bound_Notifiers", 0, {}, Leaves::Either,
-                   [](Group &of) { of.group->Setup_Bound_Notifiers(of.dialog); }),
-        Row<SetUp>("Binding_Changed of a group", 0, {}, Leaves::Partly,
-                   [](SetUp &of) { of.group->Binding_Changed(); }),
-        Row<SetUp>("Clicked", 0, {}, Leaves::Either, [](SetUp &of) { of.group->Clicked(of.window); }),
+        Row<Group>("Setup_Bound_Notifiers", 0, {}, Either,
+                   [](auto &of) { of.group->Setup_Bound_Notifiers(of.dialog); }),
+        Row<SetUp>("Binding_Changed of a group", 0, {}, Partly,
+                   [](auto &of) { of.group->Binding_Changed(); }),
+        Row<SetUp>("Clicked", 0, {}, Either, [](auto &of) { of.group->Clicked(of.window); }),
         // "the entry is then the caller's"
-        Row<Listbox>("AddBoundListEntry", 0, {Throws_Minus_One, Throws_No_Memory},
-                     [](Listbox &of) {
+        Row<Listbox>("AddBoundListEntry", 0, {Minus_One, Thrown},
+                     [](auto &of) {
                          of.control->AddBoundListEntry(of.added);
                          of.added = nullptr;
                      }),
         // "The old line stays where there is no memory for the new one"
-        Row<Listbox>("SetEntry", 0, {}, Leaves::Either, [](Listbox &of) { of.control->SetEntry(0, "new"); }),
-        Row<Listbox>("SetEntry behind the last", 0, {}, Leaves::Either,
-                     [](Listbox &of) { of.control->SetEntry(1, "new"); }),
-        Row<Listbox>("ListChanged", 0, {}, Leaves::Either, [](Listbox &of) { of.control->ListChanged(); }),
+        Row<Listbox>("SetEntry", 0, {}, Either, [](auto &of) { of.control->SetEntry(0, "new"); }),
+        Row<Listbox>("SetEntry behind the last", 0, {}, Either,
+                     [](auto &of) { of.control->SetEntry(1, "new"); }),
+        Row<Listbox>("ListChanged", 0, {}, Either, [](auto &of) { of.control->ListChanged(); }),
     };
     Add_Kind<Text>(rows, "AttachTo of a text", "Binding_Changed of a text", "WM_SETTEXT", WM_SETTEXT);
     Add_Kind<Checkbox>(rows, "AttachTo of a check box", "Binding_Changed of a check box", "BM_SETCHECK",

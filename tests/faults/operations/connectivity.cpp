@@ -9,8 +9,6 @@
 #include <kelmara/connectivity/phone_numbers.h>
 #include <kelmara/connectivity/tapi.h>
 
-#include <platform/telephony.h>
-
 namespace {
 
 #define LOCATIONS "Software\\Microsoft\\Windows\\CurrentVersion\\Telephony\\Locations"
@@ -61,68 +59,65 @@ struct Static : Utility {
 };
 
 constexpr unsigned long Nothing_Found = 0xFFFFFFFF;
-const std::vector<Outcome> No_Location = {Gives(static_cast<long>(Nothing_Found)), Gives(LINEERR_NOMEM)};
+const std::vector<Outcome> No_Location = {Gives(static_cast<long>(Nothing_Found))};
 
 } // namespace
 
 Operations Connectivity_Operations() {
     return {
-        Row<Service>("Setup_TAPI", 0, {Gives(LINEERR_NOMEM)}, [](Service &) { return Setup_TAPI(nullptr); }),
+        Row<Service>("Setup_TAPI", 0, {}, [](auto &) { return Setup_TAPI(nullptr); }),
         Row<Service>("Set_Current_Dial_Location", 0, No_Location,
-                     [](Service &) { return Set_Current_Dial_Location("Home"); }),
-        Row<Service>("Get_Current_Device_ID", 0, No_Location,
-                     [](Service &) { return Get_Current_Device_ID(); }),
+                     [](auto &) { return Set_Current_Dial_Location("Home"); }),
+        Row<Service>("Get_Current_Device_ID", 0, No_Location, [](auto &) { return Get_Current_Device_ID(); }),
         // "becomes empty when the translation fails"
-        Row<Service>("Create_Dial_Number", '5', {Gives_Nothing}, Leaves::Partly,
-                     [](Service &of) {
+        Row<Service>("Create_Dial_Number", '5', {Nothing}, Partly,
+                     [](auto &of) {
                          Create_Dial_Number("+1 (206) 555-1212", "Home", of.first, of.second);
                          return of.first[0];
                      }),
-        Row<Service>("Modem_Is_DSL", 1, {Gives_Nothing},
-                     [](Service &of) { return Modem_Is_DSL("Adapter", of.first); }),
-        Row<Location>("Get_Current_Dial_Location", 1, {Gives_Nothing}, Leaves::Partly,
-                      [](Location &of) { return Get_Current_Dial_Location(of.first, 255); }),
-        Row<Location>("Select_Dial_Location", 0, {Gives_No_Memory},
-                      [](Location &of) { return of.location.Select_Dial_Location("Home", false); }),
-        Row<Selected>("TDD_Available_For_Selected_Country", 1, {Gives_Nothing},
-                      [](Selected &of) { return of.location.TDD_Available_For_Selected_Country(); }),
+        Row<Service>("Modem_Is_DSL", 1, {Nothing},
+                     [](auto &of) { return Modem_Is_DSL("Adapter", of.first); }),
+        Row<Location>("Get_Current_Dial_Location", 1, {Nothing}, Partly,
+                      [](auto &of) { return Get_Current_Dial_Location(of.first, 255); }),
+        Row<Location>("Select_Dial_Location", 0, {No_Memory},
+                      [](auto &of) { return of.location.Select_Dial_Location("Home", false); }),
+        Row<Selected>("TDD_Available_For_Selected_Country", 1, {Nothing},
+                      [](auto &of) { return of.location.TDD_Available_For_Selected_Country(); }),
         // "each is empty until it is known"
-        Row<Selected>("Get_Number_Information", 0, {Gives_No_Memory}, Leaves::Partly,
-                      [](Selected &of) {
+        Row<Selected>("Get_Number_Information", 0, {No_Memory}, Partly,
+                      [](auto &of) {
                           char text[8];
                           return of.location.Get_Number_Information(&of.component, of.first, of.second, text);
                       }),
-        Row<Utility>("Set_Config", 0, {Gives_No_Memory},
-                     [](Utility &of) { return of.utility.Set_Config("Home"); }),
+        Row<Utility>("Set_Config", 0, {No_Memory}, [](auto &of) { return of.utility.Set_Config("Home"); }),
         // "everything of the former one is let go first"
-        Row<Opened>("Set_Config to another", 0, {Gives_No_Memory}, Leaves::Partly,
-                    [](Opened &of) { return of.utility.Set_Config("Office"); }),
+        Row<Opened>("Set_Config to another", 0, {No_Memory}, Partly,
+                    [](auto &of) { return of.utility.Set_Config("Office"); }),
         Row<Opened>("Set_Default_Mobile_Location", 0, {},
-                    [](Opened &of) { return of.utility.Set_Default_Mobile_Location("Car"); }),
+                    [](auto &of) { return of.utility.Set_Default_Mobile_Location("Car"); }),
         Row<Opened>(
-            "Get_Formated_Dialed_Number", '5', {Gives_Nothing},
-            [](Opened &of) { return of.utility.Get_Formated_Dialed_Number(true, of.first), *of.first; }),
-        Row<Opened>("Verify_Phone_Number", 1, {Gives_Nothing},
-                    [](Opened &of) { return of.utility.Verify_Phone_Number(true); }),
-        Row<Opened>("Verify_Location", 1, {Gives_Nothing},
-                    [](Opened &of) { return of.utility.Verify_Location(); }),
-        Row<Opened>("Initialize_Connect_Params", 1, {Gives_Nothing},
-                    [](Opened &of) {
+            "Get_Formated_Dialed_Number", '5', {Nothing},
+            [](auto &of) { return of.utility.Get_Formated_Dialed_Number(true, of.first), *of.first; }),
+        Row<Opened>("Verify_Phone_Number", 1, {Nothing},
+                    [](auto &of) { return of.utility.Verify_Phone_Number(true); }),
+        Row<Opened>("Verify_Location", 1, {Nothing}, [](auto &of) { return of.utility.Verify_Location(); }),
+        Row<Opened>("Initialize_Connect_Params", 1, {Nothing},
+                    [](auto &of) {
                         of.utility.Initialize_Connect_Params(&of.params);
                         return *of.params.first_dial_string && *of.params.second_dial_string;
                     }),
         // "Where ... the machine no thread, the monitor stays stopped"
         Row<Opened>("Monitor_Connections", 0, {},
-                    [](Opened &of) {
+                    [](auto &of) {
                         of.utility.Monitor_Connections(of.window);
                         of.utility.Stop_Connection_Monitor();
                     }),
         Row<Opened>("Monitor_Disconnections", 0, {},
-                    [](Opened &of) {
+                    [](auto &of) {
                         of.utility.Monitor_Disconnections(of.window);
                         of.utility.Stop_Disconnection_Monitor();
                     }),
-        Row<Static>("Verify_Static_Connection", 0, {Gives_No_Memory, Gives(E_UNEXPECTED)}, Leaves::Either,
-                    [](Static &) { return Verify_Static_Connection(); }),
+        Row<Static>("Verify_Static_Connection", 0, {No_Memory, Gives(E_UNEXPECTED)}, Either,
+                    [](auto &) { return Verify_Static_Connection(); }),
     };
 }

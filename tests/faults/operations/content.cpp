@@ -60,34 +60,29 @@ struct Expanding {
     char result[300] = {};
 };
 
-const std::vector<Outcome> No_Memory_Or_File = {Gives_No_Memory, Gives(2)};
-const std::vector<Outcome> Throws = {Throws_Minus_One, Throws_No_Memory};
+const std::vector<Outcome> No_Memory_Or_File = {No_Memory, Gives(2)};
+const std::vector<Outcome> Throws = {Minus_One, Thrown};
 
 } // namespace
 
 Operations Content_Operations() {
     return {
-        Row<Made<CSectionEntry>>("section", 1, Throws,
-                                 [](Made<CSectionEntry> &of) { return of.thing.emplace("name"), 1; }),
-        Row<Section>("Add_Item", 0, {Gives_No_Memory},
-                     [](Section &of) { return of.section.Add_Item(Name, Value, sizeof Value); }),
+        Row<Made<CSectionEntry>>("section", 1, Throws, [](auto &of) { return of.thing.emplace("name"), 1; }),
+        Row<Section>("Add_Item", 0, {No_Memory},
+                     [](auto &of) { return of.section.Add_Item(Name, Value, sizeof Value); }),
         // "Sections and items before the fault stay in the list"
-        Row<Sections>("Load_Sections", 0, {Gives_No_Memory, Throws_Minus_One, Throws_No_Memory},
-                      Leaves::Partly,
-                      [](Sections &of) {
-                          return Load_Sections(Sections_Text, sizeof Sections_Text - 1, &of.list, true);
-                      }),
+        Row<Sections>(
+            "Load_Sections", 0, {No_Memory, Minus_One, Thrown}, Partly,
+            [](auto &of) { return Load_Sections(Sections_Text, sizeof Sections_Text - 1, &of.list, true); }),
         // an entry that finds no memory is one that Add leaves out
-        Row<Defines>("Tokenize_Define_File", 0, No_Memory_Or_File, Leaves::Partly,
-                     [](Defines &of) { return Tokenize_Define_File("c:\\texts.def", &of.table); }),
-        Row<Made<CTokenizer>>("tokenizer", 1, Throws,
-                              [](Made<CTokenizer> &of) { return of.thing.emplace(), 1; }),
-        Row<Expanding>("Use_Define_File", 0, No_Memory_Or_File, Leaves::Partly,
-                       [](Expanding &of) { return of.tokenizer.Use_Define_File("c:\\texts.def"); }),
-        Row<Expanding>("Add_Binding_Table", 0, {}, Leaves::Either,
-                       [](Expanding &of) { of.tokenizer.Add_Binding_Table(0x54545454, &of.host); }),
-        Row<Expanding>(
-            "Tokenize", 1, {Gives_Nothing},
-            [](Expanding &of) { return of.tokenizer.Tokenize("Dear ^NAME^, %%", of.result, 300); }),
+        Row<Defines>("Tokenize_Define_File", 0, No_Memory_Or_File, Partly,
+                     [](auto &of) { return Tokenize_Define_File("c:\\texts.def", &of.table); }),
+        Row<Made<CTokenizer>>("tokenizer", 1, Throws, [](auto &of) { return of.thing.emplace(), 1; }),
+        Row<Expanding>("Use_Define_File", 0, No_Memory_Or_File, Partly,
+                       [](auto &of) { return of.tokenizer.Use_Define_File("c:\\texts.def"); }),
+        Row<Expanding>("Add_Binding_Table", 0, {}, Either,
+                       [](auto &of) { of.tokenizer.Add_Binding_Table(0x54545454, &of.host); }),
+        Row<Expanding>("Tokenize", 1, {Nothing},
+                       [](auto &of) { return of.tokenizer.Tokenize("Dear ^NAME^, %%", of.result, 300); }),
     };
 }

@@ -74,7 +74,7 @@ struct Bitmap : Picture {
 /// Moves done one by one: of those that the machine has no memory for, none is made.
 template <class Operate>
 Operation Moving(const char *name, Operate operate) {
-    return Row<Subject>(name, 0, {}, Leaves::Partly, operate);
+    return Row<Subject>(name, 0, {}, Partly, operate);
 }
 
 } // namespace
@@ -82,65 +82,60 @@ Operation Moving(const char *name, Operate operate) {
 Operations Dialog_Operations() {
     return {
         Row<Subject>(
-            "InsertWindowUserData", 1, {Gives_Nothing},
-            [](Subject &of) { return (of.user_data = InsertWindowUserData(of.label, 0, &of)) != nullptr; }),
-        Row<Subject>("AddControl", 0, {}, Leaves::Either,
-                     [](Subject &of) { of.help.AddControl(of.label, "help"); }),
-        Row<Helped>("SetHelp", 0, {}, Leaves::Either,
-                    [](Helped &of) { SendMessageA(of.label, WM_SETCURSOR, 0, HTCLIENT); }),
+            "InsertWindowUserData", 1, {Nothing},
+            [](auto &of) { return (of.user_data = InsertWindowUserData(of.label, 0, &of)) != nullptr; }),
+        Row<Subject>("AddControl", 0, {}, Either, [](auto &of) { of.help.AddControl(of.label, "help"); }),
+        Row<Helped>("SetHelp", 0, {}, Either,
+                    [](auto &of) { SendMessageA(of.label, WM_SETCURSOR, 0, HTCLIENT); }),
         Row<Subject>(
-            "Manage_Control", 0, {Gives_No_Memory},
-            [](Subject &of) { return of.layout.Manage_Control(of.label, APM_KEEP_RIGHT, nullptr, nullptr); }),
-        Row<Subject>("Manage_GroupBox", 0, {Gives_No_Memory},
-                     [](Subject &of) {
+            "Manage_Control", 0, {No_Memory},
+            [](auto &of) { return of.layout.Manage_Control(of.label, APM_KEEP_RIGHT, nullptr, nullptr); }),
+        Row<Subject>("Manage_GroupBox", 0, {No_Memory},
+                     [](auto &of) {
                          const HWND members[] = {of.label, nullptr};
                          return of.layout.Manage_GroupBox(of.pane, 0, members, nullptr);
                      }),
-        Row<Laid_Out>("Update_Controls", 0, {}, Leaves::Partly,
-                      [](Laid_Out &of) { of.layout.Update_Controls(); }),
-        Row<Laid_Out>("Center_Child_Controls", 0, {}, Leaves::Partly,
-                      [](Laid_Out &of) { of.layout.Center_Child_Controls(); }),
-        Row<Laid_Out>("Release_Control", 0, {},
-                      [](Laid_Out &of) { return of.layout.Release_Control(of.label); }),
+        Row<Laid_Out>("Update_Controls", 0, {}, Partly, [](auto &of) { of.layout.Update_Controls(); }),
+        Row<Laid_Out>("Center_Child_Controls", 0, {}, Partly,
+                      [](auto &of) { of.layout.Center_Child_Controls(); }),
+        Row<Laid_Out>("Release_Control", 0, {}, [](auto &of) { return of.layout.Release_Control(of.label); }),
         Row<Subject>("Save_Window_Position", 0, {},
-                     [](Subject &of) { Save_Window_Position("faults", of.dialog); }),
+                     [](auto &of) { Save_Window_Position("faults", of.dialog); }),
         Row<Subject>("Restore_Saved_Window_Position", 0, {},
-                     [](Subject &of) { Restore_Saved_Window_Position("faults", of.dialog, true); }),
-        Row<Subject>("Text_Width", 1, {Gives_Nothing},
-                     [](Subject &of) { return Text_Width(of.label, "text") > 0; }),
-        Row<Subject>("Text_Height", 1, {Gives_Nothing},
-                     [](Subject &of) { return Text_Height(of.label) > 0; }),
-        Row<Subject>("Textbox_Height", 1, {Gives_Nothing},
-                     [](Subject &of) { return Textbox_Height(of.label, "some words of text") > 0; }),
-        Moving("MoveWindowTo", [](Subject &of) { MoveWindowTo(of.label, 3, 4, true); }),
-        Moving("MoveWindowVert", [](Subject &of) { MoveWindowVert(of.label, 5, of.dialog); }),
-        Moving("SetWindowHeight", [](Subject &of) { SetWindowHeight(of.label, 50); }),
+                     [](auto &of) { Restore_Saved_Window_Position("faults", of.dialog, true); }),
+        Row<Subject>("Text_Width", 1, {Nothing}, [](auto &of) { return Text_Width(of.label, "text") > 0; }),
+        Row<Subject>("Text_Height", 1, {Nothing}, [](auto &of) { return Text_Height(of.label) > 0; }),
+        Row<Subject>("Textbox_Height", 1, {Nothing},
+                     [](auto &of) { return Textbox_Height(of.label, "some words of text") > 0; }),
+        Moving("MoveWindowTo", [](auto &of) { MoveWindowTo(of.label, 3, 4, true); }),
+        Moving("MoveWindowVert", [](auto &of) { MoveWindowVert(of.label, 5, of.dialog); }),
+        Moving("SetWindowHeight", [](auto &of) { SetWindowHeight(of.label, 50); }),
         Moving("Get_Frame_Rect",
-               [](Subject &of) {
+               [](auto &of) {
                    RECT place;
                    Get_Frame_Rect(of.dialog, 7, &place, true);
                }),
-        Moving("Hide_Bound_Items", [](Subject &of) { Hide_Bound_Items(of.dialog, 7); }),
-        Row<Edited>("Filter_Edit_Field", 0, {}, Leaves::Either,
-                    [](Edited &of) { Filter_Edit_Field(of.edit, "abc", nullptr); }),
-        Row<Bitmap>("CreateBitmapInfoStruct", 1, {Gives_Nothing},
-                    [](Bitmap &of) { return (of.block = CreateBitmapInfoStruct(of.bitmap)) != nullptr; }),
-        Row<Picture>("Pack_Icon", 0, {Gives_No_Memory, Gives(E_UNEXPECTED)},
-                     [](Picture &of) { return Pack_Icon(of.icon, &of.block, &of.size); }),
-        Row<Packed>("Unpack_Icon", 1, {Gives_Nothing, Gives(E_UNEXPECTED)},
-                    [](Packed &of) {
+        Moving("Hide_Bound_Items", [](auto &of) { Hide_Bound_Items(of.dialog, 7); }),
+        Row<Edited>("Filter_Edit_Field", 0, {}, Either,
+                    [](auto &of) { Filter_Edit_Field(of.edit, "abc", nullptr); }),
+        Row<Bitmap>("CreateBitmapInfoStruct", 1, {Nothing},
+                    [](auto &of) { return (of.block = CreateBitmapInfoStruct(of.bitmap)) != nullptr; }),
+        Row<Picture>("Pack_Icon", 0, {No_Memory, Gives(E_UNEXPECTED)},
+                     [](auto &of) { return Pack_Icon(of.icon, &of.block, &of.size); }),
+        Row<Packed>("Unpack_Icon", 1, {Nothing, Gives(E_UNEXPECTED)},
+                    [](auto &of) {
                         HICON made = nullptr;
                         const long result = Unpack_Icon(&made, of.block, of.size, of.screen);
                         if (made) DestroyIcon(made);
                         return result != 0 ? result : static_cast<long>(made != nullptr);
                     }),
-        Row<Picture>("Load_Icon_From_File", 1, {Gives_Nothing},
-                     [](Picture &) {
+        Row<Picture>("Load_Icon_From_File", 1, {Nothing},
+                     [](auto &) {
                          const HICON loaded = Load_Icon_From_File(nullptr, "c:\\icon.ico", 32);
                          return loaded && DestroyIcon(loaded);
                      }),
-        Row<Picture>("GetFullSystemPalette", 1, {Gives_Nothing},
-                     [](Picture &) {
+        Row<Picture>("GetFullSystemPalette", 1, {Nothing},
+                     [](auto &) {
                          const HPALETTE palette = GetFullSystemPalette();
                          return palette != reinterpret_cast<HPALETTE>(-1) && DeleteObject(palette);
                      }),

@@ -87,48 +87,43 @@ struct Machine {
 
 Operations File_Operations() {
     return {
-        Row<Target>("Open", 0, {Gives(2)},
-                    [](Target &of) { return of.file.Open("c:\\target", false, false); }),
+        Row<Target>("Open", 0, {Gives(2)}, [](auto &of) { return of.file.Open("c:\\target", false, false); }),
         Row<Target>("Open to write", 0, {Gives(2)},
-                    [](Target &of) { return of.file.Open("c:\\target", true, false); }),
+                    [](auto &of) { return of.file.Open("c:\\target", true, false); }),
         // "or 2 and no file is open; a file that was cut stays cut"
-        Row<Target>("Open anew", 0, {Gives(2)}, Leaves::Partly,
-                    [](Target &of) { return of.file.Open("c:\\copy", true, true); }),
-        Row<Target>("Open_Append", 0, {Gives(2)},
-                    [](Target &of) { return of.file.Open_Append("c:\\target"); }),
+        Row<Target>("Open anew", 0, {Gives(2)}, Partly,
+                    [](auto &of) { return of.file.Open("c:\\copy", true, true); }),
+        Row<Target>("Open_Append", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Append("c:\\target"); }),
         Row<Target>("Open_With_Rollback", 0, {Gives(2)},
-                    [](Target &of) { return of.file.Open_With_Rollback("c:\\target"); }),
-        Row<Target>("Open_Temp_File", 0, {Gives(2)}, [](Target &of) { return of.file.Open_Temp_File(); }),
+                    [](auto &of) { return of.file.Open_With_Rollback("c:\\target"); }),
+        Row<Target>("Open_Temp_File", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Temp_File(); }),
         // "52 when a pending file cannot have its name ...: what was written is deleted"
-        Row<Pending>("Close", 0, {Gives(52)}, Leaves::Partly, [](Pending &of) { return of.file.Close(); }),
-        Row<Pending>("Rollback", 0, {}, [](Pending &of) { return of.file.Rollback(); }),
-        Row<Flushed>("Flush_To_File", 0, {}, [](Flushed &of) { return of.buffer.Flush_To_File(&of.file); }),
+        Row<Pending>("Close", 0, {Gives(52)}, Partly, [](auto &of) { return of.file.Close(); }),
+        Row<Pending>("Rollback", 0, {}, [](auto &of) { return of.file.Rollback(); }),
+        Row<Flushed>("Flush_To_File", 0, {}, [](auto &of) { return of.buffer.Flush_To_File(&of.file); }),
         // "and an empty copy"
-        Row<Reading>("Duplicate", 0, {Gives_No_Memory, Gives(2)}, Leaves::Partly,
-                     [](Reading &of) { return of.file.Duplicate("c:\\copy"); }),
-        Row<Buffer>("Initialize_From_File", 0, {Gives_No_Memory}, Leaves::Partly,
-                    [](Buffer &of) { return of.buffer.Initialize_From_File(&of.file); }),
+        Row<Reading>("Duplicate", 0, {No_Memory, Gives(2)}, Partly,
+                     [](auto &of) { return of.file.Duplicate("c:\\copy"); }),
+        Row<Buffer>("Initialize_From_File", 0, {No_Memory}, Partly,
+                    [](auto &of) { return of.buffer.Initialize_From_File(&of.file); }),
         // "Nothing tells whether it worked"
-        Row<Folder>("DirCreate", 0, {}, Leaves::Partly, [](Folder &) { DirCreate("c:\\a\\b"); }),
-        Row<Filled>("DirDestroyAll", 0, {Gives(-1)}, Leaves::Partly,
-                    [](Filled &) { return DirDestroyAll("c:\\a"); }),
-        Row<Filled>("ClearDir", 0, {Gives(-1)}, Leaves::Partly, [](Filled &) { return ClearDir("c:\\a"); }),
+        Row<Folder>("DirCreate", 0, {}, Partly, [](auto &) { DirCreate("c:\\a\\b"); }),
+        Row<Filled>("DirDestroyAll", 0, {Gives(-1)}, Partly, [](auto &) { return DirDestroyAll("c:\\a"); }),
+        Row<Filled>("ClearDir", 0, {Gives(-1)}, Partly, [](auto &) { return ClearDir("c:\\a"); }),
         // "A directory that the machine cannot tell is an empty text, with 0"
         Row<Machine>("Get_Path_From_Directory_ID", 0, {},
-                     [](Machine &of) { return Get_Path_From_Directory_ID(17, of.path); }),
-        Row<Machine>("Check_Free_Disk_Space", 1, {Gives_Nothing},
-                     [](Machine &) { return Check_Free_Disk_Space(1); }),
-        Row<Machine>("Find_CDROM", 0, {}, [](Machine &of) { Find_CDROM(of.path); }),
-        Row<Machine>("RunningAsAdministrator", 1, {Gives_Nothing},
-                     [](Machine &) { return RunningAsAdministrator(); }),
+                     [](auto &of) { return Get_Path_From_Directory_ID(17, of.path); }),
+        Row<Machine>("Check_Free_Disk_Space", 1, {Nothing}, [](auto &) { return Check_Free_Disk_Space(1); }),
+        Row<Machine>("Find_CDROM", 0, {}, [](auto &of) { Find_CDROM(of.path); }),
+        Row<Machine>("RunningAsAdministrator", 1, {Nothing}, [](auto &) { return RunningAsAdministrator(); }),
         Row<Machine>("CheckOsVersion", 0, {},
-                     [](Machine &) {
+                     [](auto &) {
                          unsigned long flags = 0;
                          CheckOsVersion(flags);
                      }),
-        Row<Machine>("RunProcess", 0, {Gives(2)}, [](Machine &of) { return RunProcess(of.line); }),
+        Row<Machine>("RunProcess", 0, {Gives(2)}, [](auto &of) { return RunProcess(of.line); }),
         // "a library that could not be loaded is not tried again until another has been asked for"
-        Row<Machine>("Load_Call", 1, {Gives_Nothing}, Leaves::Partly,
-                     [](Machine &of) { return of.call.Load_Call("kernel32.dll", "Sleep") != nullptr; }),
+        Row<Machine>("Load_Call", 1, {Nothing}, Partly,
+                     [](auto &of) { return of.call.Load_Call("kernel32.dll", "Sleep") != nullptr; }),
     };
 }

@@ -40,40 +40,38 @@ struct Made {
     std::optional<CDSList> list;
 };
 
-const std::vector<Outcome> Throws = {Throws_Minus_One, Throws_No_Memory};
-const std::vector<Outcome> Throws_Or_Nothing = {Throws_Minus_One, Throws_No_Memory, Gives_Nothing};
+const std::vector<Outcome> Throws = {Minus_One, Thrown};
+const std::vector<Outcome> Throws_Or_Nothing = {Minus_One, Thrown, Nothing};
 
 } // namespace
 
 Operations List_Operations() {
     return {
-        Row<Made>("list", 1, Throws, [](Made &of) { return of.list.emplace(), 1; }),
-        Row<Value>("Add", 1, Throws, [](Value &of) { return of.list.Add(2, 0); }),
-        Row<Value>("Push", 1, Throws, [](Value &of) { return of.list.Push(2, 0); }),
-        Row<Value>("Insert", 1, Throws, [](Value &of) { return of.list.Insert(&of.list, 0, 0); }),
+        Row<Made>("list", 1, Throws, [](auto &of) { return of.list.emplace(), 1; }),
+        Row<Value>("Add", 1, Throws, [](auto &of) { return of.list.Add(2, 0); }),
+        Row<Value>("Push", 1, Throws, [](auto &of) { return of.list.Push(2, 0); }),
+        Row<Value>("Insert", 1, Throws, [](auto &of) { return of.list.Insert(&of.list, 0, 0); }),
         Row<Subject>("AddVolatile", 1, Throws_Or_Nothing,
-                     [](Subject &of) { return of.list.AddVolatile(Text, 3, 0) != nullptr; }),
+                     [](auto &of) { return of.list.AddVolatile(Text, 3, 0) != nullptr; }),
         Row<Subject>("AddCString", 1, Throws_Or_Nothing,
-                     [](Subject &of) { return of.list.AddCString(Text, 0); }),
-        Row<Subject>("PushVolatile", 1, {Gives_Nothing},
-                     [](Subject &of) { return of.list.PushVolatile(Text, 3, 0); }),
+                     [](auto &of) { return of.list.AddCString(Text, 0); }),
+        Row<Subject>("PushVolatile", 1, {Nothing}, [](auto &of) { return of.list.PushVolatile(Text, 3, 0); }),
         Row<Subject>("PushCString", 1, Throws_Or_Nothing,
-                     [](Subject &of) { return of.list.PushCString(Text, 0); }),
+                     [](auto &of) { return of.list.PushCString(Text, 0); }),
         Row<Subject>("AddPString", 1, Throws_Or_Nothing,
-                     [](Subject &of) { return of.list.AddPString(Pascal_Text, 0); }),
+                     [](auto &of) { return of.list.AddPString(Pascal_Text, 0); }),
         Row<Subject>("AddStr255", 1, Throws_Or_Nothing,
-                     [](Subject &of) { return of.list.AddStr255(Pascal_Text, 0); }),
-        Row<Subject>("Clone", 1, {Gives_Nothing},
-                     [](Subject &of) { return (of.copy = of.list.Clone(3)) != nullptr; }),
-        Row<Value>("ShallowClone", 1, {Gives_Nothing},
-                   [](Value &of) {
+                     [](auto &of) { return of.list.AddStr255(Pascal_Text, 0); }),
+        Row<Subject>("Clone", 1, {Nothing}, [](auto &of) { return (of.copy = of.list.Clone(3)) != nullptr; }),
+        Row<Value>("ShallowClone", 1, {Nothing},
+                   [](auto &of) {
                        CDSList *const copy = of.list.ShallowClone();
                        const bool made = copy != nullptr;
                        Delete_List(copy);
                        return made;
                    }),
         // "the values before it are in `target`"
-        Row<Subject>("ShallowClone to a list", 1, Throws, Leaves::Partly,
-                     [](Subject &of) { return of.list.ShallowClone(of.target), 1; }),
+        Row<Subject>("ShallowClone to a list", 1, Throws, Partly,
+                     [](auto &of) { return of.list.ShallowClone(of.target), 1; }),
     };
 }

@@ -5,7 +5,7 @@
 //         CSafeStr text{"before"};
 //         std::string State() { return static_cast<char *>(text); }
 //     };
-//     Row<String>("assignment", 0, {Throws_No_Memory}, [](String &of) { of.text = Long_Text.c_str(); })
+//     Row<String>("assignment", 0, {Thrown}, [](auto &of) { of.text = Long_Text.c_str(); })
 //
 // What operates must not allocate itself. Each preparation is a subject of its own, made of nothing.
 
@@ -21,10 +21,10 @@ struct Outcome {
     long value = 0;
     bool operator==(const Outcome &) const = default;
 };
-inline constexpr Outcome Throws_Minus_One = {Outcome::Thrown_Int, -1};
-inline constexpr Outcome Throws_No_Memory = {Outcome::Thrown_Long, E_OUTOFMEMORY};
-inline constexpr Outcome Gives_No_Memory = {Outcome::Given, E_OUTOFMEMORY};
-inline constexpr Outcome Gives_Nothing = {Outcome::Given, 0}; // null, false
+inline constexpr Outcome Minus_One = {Outcome::Thrown_Int, -1};
+inline constexpr Outcome Thrown = {Outcome::Thrown_Long, E_OUTOFMEMORY};
+inline constexpr Outcome No_Memory = {Outcome::Given, E_OUTOFMEMORY};
+inline constexpr Outcome Nothing = {Outcome::Given, 0}; // null, false
 constexpr Outcome Gives(long value) {
     return {Outcome::Given, value};
 }
@@ -35,6 +35,8 @@ enum class Leaves {
     Either, // the fault may stay untold, and then all is done or nothing
     Partly, // what was done up to the fault stays
 };
+
+using enum Leaves;
 
 struct Trial {
     std::function<long()> operate;

@@ -80,30 +80,30 @@ struct Starting : FakeSuite {
 
 Operations Suite_Operations() {
     return {
-        Row<Desktop>("Get_Shell_Folder_ID_List", 1, {Gives_Nothing},
-                     [](Desktop &of) { return Get_Shell_Folder_ID_List(&CLSID_TestCounter, &of.list); }),
-        Row<Desktop>("Get_PIDL", 1, {Gives_Nothing},
-                     [](Desktop &of) { return Get_PIDL(of.folder, "My Computer", &of.list); }),
-        Row<Name>("DS_StrRetToStr", 0, {Gives_No_Memory},
-                  [](Name &of) { return DS_StrRetToStr(&of.record, of.text, sizeof of.text); }),
-        Row<Class>("GetKelMaraFolderPath", 1, {Gives_Nothing},
-                   [](Class &) {
+        Row<Desktop>("Get_Shell_Folder_ID_List", 1, {Nothing},
+                     [](auto &of) { return Get_Shell_Folder_ID_List(&CLSID_TestCounter, &of.list); }),
+        Row<Desktop>("Get_PIDL", 1, {Nothing},
+                     [](auto &of) { return Get_PIDL(of.folder, "My Computer", &of.list); }),
+        Row<Name>("DS_StrRetToStr", 0, {No_Memory},
+                  [](auto &of) { return DS_StrRetToStr(&of.record, of.text, sizeof of.text); }),
+        Row<Class>("GetKelMaraFolderPath", 1, {Nothing},
+                   [](auto &) {
                        char path[260];
                        GetKelMaraFolderPath(4, path);
                        return path[0] != 0;
                    }),
-        Row<Class>("Is_Valid_Component_Name", 1, {}, [](Class &) { return Is_Valid_Component_Name("name"); }),
+        Row<Class>("Is_Valid_Component_Name", 1, {}, [](auto &) { return Is_Valid_Component_Name("name"); }),
         // a drive whose room cannot be told is taken for a full one, and the process would end
-        Row<Starting>("Init_Kelmara", 0, {{Outcome::Thrown_Int, -2}}, [](Starting &) { Init_Kelmara(); }),
+        Row<Starting>("Init_Kelmara", 0, {{Outcome::Thrown_Int, -2}}, [](auto &) { Init_Kelmara(); }),
         Row<Starting>("Verify_Kelmara", 0, {Gives(Server_Not_Reached)},
-                      [](Starting &) { return Verify_Kelmara(); }),
+                      [](auto &) { return Verify_Kelmara(); }),
         // "writes or deletes as much as the machine lets it, ... and answers 0 whatever came of it"
-        Row<Class>("RegisterServer", 0, {}, Leaves::Partly, [](Class &) { return Register(); }),
+        Row<Class>("RegisterServer", 0, {}, Partly, [](auto &) { return Register(); }),
         Row<Class>(
-            "RegisterShellExtension", 0, {}, Leaves::Partly,
-            [](Class &) { return RegisterShellExtension(nullptr, CLSID_TestCounter, "open ", "Open"); }),
+            "RegisterShellExtension", 0, {}, Partly,
+            [](auto &) { return RegisterShellExtension(nullptr, CLSID_TestCounter, "open ", "Open"); }),
         Row<Class>(
-            "UnregisterServer", 0, {}, Leaves::Partly,
-            [](Class &) { return UnregisterServer(CLSID_TestCounter, "Test.Counter", "Test.Counter.1"); }),
+            "UnregisterServer", 0, {}, Partly,
+            [](auto &) { return UnregisterServer(CLSID_TestCounter, "Test.Counter", "Test.Counter.1"); }),
     };
 }

@@ -50,7 +50,7 @@ struct Buffer : CSmartBuffer {
     CSmartBuffer other;
 };
 
-const std::vector<Outcome> Throws = {Throws_Minus_One, Throws_No_Memory};
+const std::vector<Outcome> Throws = {Minus_One, Thrown};
 
 } // namespace
 
@@ -59,33 +59,31 @@ Operations Table_Operations() {
     static WCHAR wide[300];
     std::fill(wide, wide + 299, 'w');
     return {
-        Row<Made>("hash table", 1, Throws, [](Made &of) { return of.table.emplace(), 1; }),
-        Row<Empty>("Initialize", 0, {Gives_No_Memory}, [](Table &of) { return of.table.Initialize(3); }),
-        Row<Table>("Add", 0, {}, Leaves::Either, [](Table &of) { of.table.Add("second", Value, 5); }),
-        Row<Table>("Add by number", 0, {}, Leaves::Either, [](Table &of) { of.table.Add(2L, Value, 5); }),
-        Row<Table>("Add_Volatile", 0, {}, Leaves::Either,
-                   [](Table &of) { of.table.Add_Volatile("second", Value, 6); }),
-        Row<Table>("Add_Volatile by number", 0, {}, Leaves::Either,
-                   [](Table &of) { of.table.Add_Volatile(2L, Value, 6); }),
+        Row<Made>("hash table", 1, Throws, [](auto &of) { return of.table.emplace(), 1; }),
+        Row<Empty>("Initialize", 0, {No_Memory}, [](auto &of) { return of.table.Initialize(3); }),
+        Row<Table>("Add", 0, {}, Either, [](auto &of) { of.table.Add("second", Value, 5); }),
+        Row<Table>("Add by number", 0, {}, Either, [](auto &of) { of.table.Add(2L, Value, 5); }),
+        Row<Table>("Add_Volatile", 0, {}, Either,
+                   [](auto &of) { of.table.Add_Volatile("second", Value, 6); }),
+        Row<Table>("Add_Volatile by number", 0, {}, Either,
+                   [](auto &of) { of.table.Add_Volatile(2L, Value, 6); }),
         Row<Table>(
             "Replace_Data", 0, {},
-            [](Table &of) { return of.table.Replace_Data("first", kept, sizeof kept, nullptr, false); }),
-        Row<Table>("Get_Entries_Iterator", 1, {Gives_Nothing},
-                   [](Table &of) { return (of.walk = of.table.Get_Entries_Iterator()) != 0; }),
-        Row<Buffer>("Write", 0, {Gives_No_Memory}, [](Buffer &of) { return of.Write(Long_Text.c_str()); }),
-        Row<Buffer>("Write of a wide text", 0, {Gives_No_Memory}, [](Buffer &of) { return of.Write(wide); }),
-        Row<Buffer>("Write of a buffer", 0, {Gives_No_Memory},
-                    [](Buffer &of) { return of.Write(&of.other); }),
+            [](auto &of) { return of.table.Replace_Data("first", kept, sizeof kept, nullptr, false); }),
+        Row<Table>("Get_Entries_Iterator", 1, {Nothing},
+                   [](auto &of) { return (of.walk = of.table.Get_Entries_Iterator()) != 0; }),
+        Row<Buffer>("Write", 0, {No_Memory}, [](auto &of) { return of.Write(Long_Text.c_str()); }),
+        Row<Buffer>("Write of a wide text", 0, {No_Memory}, [](auto &of) { return of.Write(wide); }),
+        Row<Buffer>("Write of a buffer", 0, {No_Memory}, [](auto &of) { return of.Write(&of.other); }),
         // the cursor was moved before
-        Row<Buffer>("Insert", 0, {Gives_No_Memory}, Leaves::Partly,
-                    [](Buffer &of) { return of.Move_To(2L), of.Insert(Long_Text.c_str(), 600); }),
-        Row<Buffer>("Insert of a buffer", 0, {Gives_No_Memory}, Leaves::Partly,
-                    [](Buffer &of) { return of.Move_To(2L), of.Insert(&of.other); }),
+        Row<Buffer>("Insert", 0, {No_Memory}, Partly,
+                    [](auto &of) { return of.Move_To(2L), of.Insert(Long_Text.c_str(), 600); }),
+        Row<Buffer>("Insert of a buffer", 0, {No_Memory}, Partly,
+                    [](auto &of) { return of.Move_To(2L), of.Insert(&of.other); }),
         // "each `find` whose replacement does not fit into the block goes all the same"
-        Row<Buffer>("Search_And_Replace", 0, {}, Leaves::Partly,
-                    [](Buffer &of) { return of.Search_And_Replace("cd", Long_Text.c_str(), true); }),
+        Row<Buffer>("Search_And_Replace", 0, {}, Partly,
+                    [](auto &of) { return of.Search_And_Replace("cd", Long_Text.c_str(), true); }),
         // "or 0x8007000E and no block"
-        Row<Buffer>("Initialize a buffer", 0, {Gives_No_Memory}, Leaves::Partly,
-                    [](Buffer &of) { return of.Initialize(9); }),
+        Row<Buffer>("Initialize a buffer", 0, {No_Memory}, Partly, [](auto &of) { return of.Initialize(9); }),
     };
 }

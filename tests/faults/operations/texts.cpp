@@ -55,63 +55,57 @@ Operations Text_Operations() {
     static const CSafeStr long_string(Long_Text.c_str());
     static const WCHAR wide[] = {'f', 'i', 'n', 'd', 0};
     return {
-        Row<New>("ds_malloc", 1, {Gives_Nothing},
-                 [](New &of) { return (of.place = ds_malloc(9)) != nullptr; }),
-        Row<New>("ds_malloc_clear", 1, {Gives_Nothing},
-                 [](New &of) { return (of.place = ds_malloc_clear(9)) != nullptr; }),
-        Row<New>("ds_malloc_procptr", 1, {Gives_Nothing},
-                 [](New &of) { return (of.place = ds_malloc_procptr(9)) != nullptr; }),
-        Row<New>("Allocate_Object", 1, {Gives_Nothing},
-                 [](New &of) { return (of.place = Allocate_Object(9)) != nullptr; }),
-        Row<Block>("ds_realloc", 1, {Gives_Nothing},
-                   [](Block &of) {
+        Row<New>("ds_malloc", 1, {Nothing}, [](auto &of) { return (of.place = ds_malloc(9)) != nullptr; }),
+        Row<New>("ds_malloc_clear", 1, {Nothing},
+                 [](auto &of) { return (of.place = ds_malloc_clear(9)) != nullptr; }),
+        Row<New>("ds_malloc_procptr", 1, {Nothing},
+                 [](auto &of) { return (of.place = ds_malloc_procptr(9)) != nullptr; }),
+        Row<New>("Allocate_Object", 1, {Nothing},
+                 [](auto &of) { return (of.place = Allocate_Object(9)) != nullptr; }),
+        Row<Block>("ds_realloc", 1, {Nothing},
+                   [](auto &of) {
                        void *const grown = ds_realloc(of.place, 100);
                        if (grown) of.place = static_cast<char *>(grown);
                        return grown != nullptr;
                    }),
-        Row<Made>("string", 1, {Throws_Minus_One},
-                  [](Made &of) { return of.text.emplace(Long_Text.c_str()), 1; }),
-        Row<Made>("string of Pascal's", 1, {Throws_Minus_One},
-                  [](Made &of) { return of.text.emplace(Pascal_Text()), 1; }),
-        Row<Made>("copy of a string", 1, {Throws_Minus_One},
-                  [](Made &of) { return of.text.emplace(long_string), 1; }),
-        Row<String>("=", 0, {Throws_No_Memory}, [](String &of) { of.text = Long_Text.c_str(); }),
-        Row<String>("= string", 0, {Throws_No_Memory}, [](String &of) { of.text = long_string; }),
-        Row<String>("+=", 0, {Throws_No_Memory}, [](String &of) { of.text += Long_Text.c_str(); }),
-        Row<String>("+= string", 0, {Throws_No_Memory}, [](String &of) { of.text += long_string; }),
-        Row<String>("+= Pascal's, three times", 0, {Throws_No_Memory}, Leaves::Partly,
-                    [](String &of) {
+        Row<Made>("string", 1, {Minus_One}, [](auto &of) { return of.text.emplace(Long_Text.c_str()), 1; }),
+        Row<Made>("string of Pascal's", 1, {Minus_One},
+                  [](auto &of) { return of.text.emplace(Pascal_Text()), 1; }),
+        Row<Made>("copy of a string", 1, {Minus_One},
+                  [](auto &of) { return of.text.emplace(long_string), 1; }),
+        Row<String>("=", 0, {Thrown}, [](auto &of) { of.text = Long_Text.c_str(); }),
+        Row<String>("= string", 0, {Thrown}, [](auto &of) { of.text = long_string; }),
+        Row<String>("+=", 0, {Thrown}, [](auto &of) { of.text += Long_Text.c_str(); }),
+        Row<String>("+= string", 0, {Thrown}, [](auto &of) { of.text += long_string; }),
+        Row<String>("+= Pascal's, three times", 0, {Thrown}, Partly,
+                    [](auto &of) {
                         for (int i = 0; i < 3; ++i) of.text += Pascal_Text();
                     }),
-        Row<String>("+= number, often", 0, {Throws_No_Memory}, Leaves::Partly,
-                    [](String &of) {
+        Row<String>("+= number, often", 0, {Thrown}, Partly,
+                    [](auto &of) {
                         for (int i = 0; i < 60; ++i) of.text += 1000000000;
                     }),
-        Row<String>("Set_Data", 0, {Throws_No_Memory},
-                    [](String &of) { of.text.Set_Data(Long_Text.c_str(), 600); }),
-        Row<String>("Shift_Chars", 0, {Throws_No_Memory}, [](String &of) { of.text.Shift_Chars(600); }),
-        Row<String>("Replace_String", 0, {Throws_No_Memory},
-                    [](String &of) { of.text.Replace_String("text", long_string); }),
-        Row<String>("Check_Buffer", 0, {Gives_No_Memory},
-                    [](String &of) { return CStrAlloc().Check_Buffer(700, &of.text); }),
-        Row<Pair>("Quote_Wrap", 0, {Throws_No_Memory}, [](Pair &of) { of.line.Quote_Wrap(); }),
-        Row<Pair>("Next_Token", 1, {Throws_No_Memory},
-                  [](Pair &of) { return of.line.Next_Token(of.token, ','), 1; }),
-        Row<Pair>("Get_Next_Insert_Token", 1, {Throws_No_Memory},
-                  [](Pair &of) { return of.line.Get_Next_Insert_Token(of.token, 0, 'l'); }),
-        Row<Buffer>("strcmp_ncs", -1, {Gives_Nothing},
-                    [](Buffer &) { return strcmp_ncs(Long_Text.c_str(), Long_Text.c_str() + 1) ? -1 : 0; }),
-        Row<Buffer>(
-            "strstr_ncs", 1, {Gives_Nothing},
-            [](Buffer &) { return strstr_ncs(Long_Text.c_str(), Long_Text.c_str() + 200) != nullptr; }),
-        Row<Buffer>("Strip_String", 1, {Gives_Nothing},
-                    [](Buffer &of) { return Strip_String(of.text, "it"); }),
-        Row<Buffer>("Replace_String of texts", 1, {Gives_Nothing},
-                    [](Buffer &of) { return Replace_String(of.text, "find", "replace"); }),
-        Row<Buffer>("Replace_String of wide texts", 0, {Gives_Nothing},
-                    [](Buffer &of) {
+        Row<String>("Set_Data", 0, {Thrown}, [](auto &of) { of.text.Set_Data(Long_Text.c_str(), 600); }),
+        Row<String>("Shift_Chars", 0, {Thrown}, [](auto &of) { of.text.Shift_Chars(600); }),
+        Row<String>("Replace_String", 0, {Thrown},
+                    [](auto &of) { of.text.Replace_String("text", long_string); }),
+        Row<String>("Check_Buffer", 0, {No_Memory},
+                    [](auto &of) { return CStrAlloc().Check_Buffer(700, &of.text); }),
+        Row<Pair>("Quote_Wrap", 0, {Thrown}, [](auto &of) { of.line.Quote_Wrap(); }),
+        Row<Pair>("Next_Token", 1, {Thrown}, [](auto &of) { return of.line.Next_Token(of.token, ','), 1; }),
+        Row<Pair>("Get_Next_Insert_Token", 1, {Thrown},
+                  [](auto &of) { return of.line.Get_Next_Insert_Token(of.token, 0, 'l'); }),
+        Row<Buffer>("strcmp_ncs", -1, {Nothing},
+                    [](auto &) { return strcmp_ncs(Long_Text.c_str(), Long_Text.c_str() + 1) ? -1 : 0; }),
+        Row<Buffer>("strstr_ncs", 1, {Nothing},
+                    [](auto &) { return strstr_ncs(Long_Text.c_str(), Long_Text.c_str() + 200) != nullptr; }),
+        Row<Buffer>("Strip_String", 1, {Nothing}, [](auto &of) { return Strip_String(of.text, "it"); }),
+        Row<Buffer>("Replace_String of texts", 1, {Nothing},
+                    [](auto &of) { return Replace_String(of.text, "find", "replace"); }),
+        Row<Buffer>("Replace_String of wide texts", 0, {Nothing},
+                    [](auto &of) {
                         return Replace_String(reinterpret_cast<WCHAR *>(of.text + 700), wide, wide + 1);
                     }),
-        Row<Buffer>("Quote_String", 0, {}, Leaves::Either, [](Buffer &of) { Quote_String(of.text); }),
+        Row<Buffer>("Quote_String", 0, {}, Either, [](auto &of) { Quote_String(of.text); }),
     };
 }
