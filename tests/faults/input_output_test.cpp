@@ -139,7 +139,7 @@ class HostFaults : public ::testing::TestWithParam<SavePath> {
 
 TEST_P(HostFaults, AreToldOrDoNoHarm) {
     const std::vector<FaultPoint> points = Points();
-    const unsigned long stride = Stride(points.size(), 40);
+    const unsigned long stride = Stride(points.size(), 40, GetParam().Calls_To_Try());
     unsigned long tried = 0, told = 0;
     for (std::size_t i = 0; i < points.size(); i += stride, ++tried) told += Try(points[i]);
     EXPECT_GT(tried, 10u);

@@ -40,7 +40,7 @@ class KilledSaves : public ::testing::TestWithParam<SavePath> {
 };
 
 TEST_P(KilledSaves, LeaveTheOldOrTheNewAtEveryCall) {
-    const unsigned long stops = Stops(), stride = Stride(stops, 40);
+    const unsigned long stops = Stops(), stride = Stride(stops, 40, GetParam().Calls_To_Try());
     EXPECT_GT(stops, 20u) << "a save takes many calls";
     std::set<std::string> outcomes;
     unsigned long kills = 0;
@@ -49,7 +49,8 @@ TEST_P(KilledSaves, LeaveTheOldOrTheNewAtEveryCall) {
     // Near the end all is done; no two runs have quite the same calls.
     for (unsigned long stop = stops - 1; !outcomes.count("new") && stop < stops + 20; ++stop, ++kills)
         outcomes.insert(Found_After_Kill_At(stop));
-    EXPECT_TRUE(outcomes.count("new") && outcomes.count(GetParam().before)) << ::testing::PrintToString(outcomes);
+    EXPECT_TRUE(outcomes.count("new") && outcomes.count(GetParam().before))
+        << ::testing::PrintToString(outcomes);
     Print_Figure((std::string("kills survived in a save: ") + GetParam().name).c_str(), kills);
 }
 

@@ -40,6 +40,11 @@ struct Registered : Instance {
     Registered() { First_Instance(key, "S", window); }
 };
 
+struct Lock {
+    ~Lock() { CloseHandle(mutex); }
+    const HANDLE mutex = CreateMutexA(nullptr, FALSE, "faults");
+};
+
 /// Companions that are no companions, so that each call loads one anew.
 struct Companions {
     Companions() {
@@ -68,6 +73,9 @@ Operations Shared_State_Operations() {
         Row<Registered>("Instance_Available", 1, {Nothing},
                         [](auto &) { return Instance_Available(key, "S"); }),
         Row<Registered>("Update_Instance", 0, {}, [](auto &of) { Update_Instance(key, of.window); }),
+        Row<Lock>("Get_Mutex", 0, {},
+                  [](auto &of) { return Get_Mutex(of.mutex, 9), !ReleaseMutex(of.mutex); }),
+        Row<Lock>("Acquire", 0, {}, [](auto &of) { CMutexHolder().Acquire(of.mutex, 9); }),
         Row<Companions>("Add_Message_Client", -1, {},
                         [](auto &of) { return Add_Message_Client(0, nullptr, nullptr, false, &of.client); }),
         Row<Companions>("Broadcast_Message", 0, {}, [](auto &) { Broadcast_Message(1, "text", 5); }),
