@@ -40,7 +40,7 @@ class KilledSaves : public ::testing::TestWithParam<SavePath> {
 };
 
 TEST_P(KilledSaves, LeaveTheOldOrTheNewAtEveryCall) {
-    const unsigned long stops = Stops(), stride = Stride(stops, 40, GetParam().Calls_To_Try());
+    const unsigned long stops = Stops(), stride = Stride(stops, 24, GetParam().Calls_To_Try());
     EXPECT_GT(stops, 20u) << "a save takes many calls";
     std::set<std::string> outcomes;
     unsigned long kills = 0;

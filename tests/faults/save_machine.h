@@ -90,7 +90,7 @@ class SaveMachine {
 
 inline std::vector<SavePath> Save_Paths() {
     std::vector<SavePath> paths = Library_Save_Paths();
-    for (const SavePath &path : Command_Save_Paths()) paths.push_back(path);
+    for (const SavePath &path : Command_Save_Paths()) paths.emplace_back(path).is_command = true;
     return paths;
 }
 

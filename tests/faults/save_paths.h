@@ -15,9 +15,10 @@ struct SavePath {
     bool (*save)();            // may be called again after it has failed
     std::string (*look)();     // "old", "new", "old aside", "partly", or what there is instead
     SaveWay way = SaveWay::Whole;
+    bool is_command = false; // whose next save is another process's
     /// How many of its calls are tried at full size, 0 for each: one that saves much in the same way has
     /// thousands.
-    unsigned long Calls_To_Try() const { return way == SaveWay::In_Steps ? 300 : 0; }
+    unsigned long Calls_To_Try() const { return way == SaveWay::In_Steps ? 200 : 0; }
 };
 
 std::vector<SavePath> Library_Save_Paths();
