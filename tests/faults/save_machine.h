@@ -9,16 +9,24 @@
 #include <algorithm>
 #include <filesystem>
 
+/// By its number a machine finds what it has in shared memory, to take it away at its end.
+inline void Copy_All_But_Its_Number(const std::string &from, const std::string &to) {
+    for (const auto &entry : std::filesystem::directory_iterator(from)) {
+        if (entry.path().filename() == "machine.id") continue;
+        std::filesystem::copy(entry.path(), std::filesystem::path(to) / entry.path().filename(),
+                              std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::copy_symlinks |
+                                  std::filesystem::copy_options::overwrite_existing);
+    }
+}
+
 /// What a row's preparation leaves on a machine, kept aside.
 class PreparedSave {
   public:
     explicit PreparedSave(const SavePath &path) : path_(path) {
         const TestMachine machine;
         Seen_By_Another([&] { return path.prepare(), std::string(); });
-        std::filesystem::copy(machine.Folder(), kept_.Folder(),
-                              std::filesystem::copy_options::recursive |
-                                  std::filesystem::copy_options::copy_symlinks |
-                                  std::filesystem::copy_options::overwrite_existing);
+        Copy_All_But_Its_Number(machine.Folder(), kept_.Folder());
     }
     const SavePath &Path() const { return path_; }
     const std::string &Folder() const { return kept_.Folder(); }
@@ -31,10 +39,7 @@ class PreparedSave {
 class SaveMachine {
   public:
     explicit SaveMachine(const PreparedSave &prepared) : path_(prepared.Path()), kept_(prepared.Folder()) {
-        std::filesystem::copy(prepared.Folder(), machine_.Folder(),
-                              std::filesystem::copy_options::recursive |
-                                  std::filesystem::copy_options::copy_symlinks |
-                                  std::filesystem::copy_options::overwrite_existing);
+        Copy_All_But_Its_Number(prepared.Folder(), machine_.Folder());
     }
     ~SaveMachine() {
         const std::filesystem::path folder = machine_.Folder();
