@@ -5,6 +5,7 @@
 #include <tools/machine/tree_copy.h>
 #include <tools/machine_choice.h>
 #include <tools/output.h>
+#include <tools/own_folder.h>
 #include <tools/progress.h>
 #include <tools/tables/columns.h>
 
@@ -65,7 +66,7 @@ class MachineInMaking {
   public:
     MachineInMaking(std::string target, const std::string &source)
         : target_(std::move(target)), folder_(target_ + ".new" + std::to_string(getpid())) {
-        if (mkdir(folder_.c_str(), 0700) != 0) Fail_On(folder_, errno);
+        if (!Make_Own_Folder(folder_)) Fail_On(folder_, errno);
         const bool made = Enter_Machine(folder_.c_str());
         if (!Enter_Machine(source.c_str()) || !made) {
             Remove();
