@@ -33,10 +33,6 @@ long Make_List_Folder() {
     return error == NO_ERROR ? Make_Private_Folder(List_Folder()) : error;
 }
 
-HRESULT Result_Of(long error) {
-    return error == ERROR_ACCESS_DENIED ? E_ACCESSDENIED : E_FAIL;
-}
-
 FileDescriptor New_Socket() {
     return FileDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
 }
@@ -152,18 +148,22 @@ bool Peer_Of(int socket, ucred &peer) {
 
 } // namespace
 
+HRESULT Refusal_To_List(long error) {
+    return error == ERROR_ACCESS_DENIED ? E_ACCESSDENIED : E_FAIL;
+}
+
 ListedClass::ListedClass(FileDescriptor socket, std::string folder, const std::string &name)
     : socket_(std::move(socket)), folder_(std::move(folder)), path_(folder_ + "/" + name) {}
 
 HRESULT ListedClass::List(REFCLSID clsid, std::shared_ptr<ListedClass> &result) {
     const std::string folder = List_Folder();
-    if (folder.empty()) return Result_Of(Why_No_Machine(ERROR_PATH_NOT_FOUND));
+    if (folder.empty()) return Refusal_To_List(Why_No_Machine(ERROR_PATH_NOT_FOUND));
     Remove_Names_Left_Aside();
     const std::string name = Text_Of(clsid) + Name_In_Order(), name_aside = Aside + name;
     auto aside = std::make_shared<ListedClass>(FileDescriptor(), folder, name_aside);
     auto listed = std::make_shared<ListedClass>(New_Socket(), folder, name);
     for (int i = 0; i < Attempts && listed->socket_; ++i) {
-        if (const long error = Make_List_Folder(); error != NO_ERROR) return Result_Of(error);
+        if (const long error = Make_List_Folder(); error != NO_ERROR) return Refusal_To_List(error);
         if (Address(folder, name_aside).Bind(listed->Socket()) &&
             listen(listed->Socket(), Waiting_Connections) == 0 &&
             rename(aside->path_.c_str(), listed->path_.c_str()) == 0) {

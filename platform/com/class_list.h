@@ -12,6 +12,9 @@
 #include <memory>
 #include <string>
 
+/// What a class cannot be listed for: E_ACCESSDENIED of ERROR_ACCESS_DENIED, E_FAIL of all else.
+HRESULT Refusal_To_List(long error);
+
 /// A class in the list. Whoever has connected before it is withdrawn may still be accepted.
 class ListedClass {
   public:

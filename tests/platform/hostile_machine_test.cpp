@@ -85,10 +85,9 @@ const Disguise Disguises[] = {
     {"pipe", [](auto &path, auto &) { EXPECT_EQ(mkfifo(path.c_str(), 0600), 0); }},
     {"other kind",
      [](auto &path, auto &true_one) {
-         if (fs::is_directory(true_one))
-             std::ofstream(path) << "text";
-         else
-             fs::create_directory(path);
+         if (!fs::is_directory(true_one)) return void(fs::create_directory(path));
+         std::ofstream(path) << "text";
+         Become(path, geteuid(), 0644);
      }},
     {"for all",
      [](auto &path, auto &true_one) {
@@ -158,6 +157,7 @@ TEST_F(HostileMachine, IsRefusedWithWhateverIsNotItsUsersOwn) {
         {Shared_Folder(), "mutex"},
         {Shared_Folder(), "blocks"},
         {Shared_Folder(), "windows"},
+        {Shared_Folder(), "class"},
         {Shared_Folder() / "block-m", "mutex"},
         {Shared_Folder() / "classes", "class"},
         {Shared_Folder() / "classes", "classes"},
@@ -240,8 +240,10 @@ TEST_F(HostileMachine, LoadsNoModuleThatOthersMayChange) {
         if (loaded) FreeLibrary(loaded);
         return error;
     };
-    fs::create_directories(folder);
-    fs::create_directories(elsewhere.parent_path());
+    for (const fs::path &each : {folder, elsewhere.parent_path()}) {
+        fs::create_directories(each);
+        Become(each, geteuid(), 0755);
+    }
     fs::copy_file(Test_Module("plain"), elsewhere);
     const fs::path link = folder / "linked.dll", through = elsewhere.parent_path() / "through.dll";
     fs::create_symlink("../elsewhere/through.dll", link);

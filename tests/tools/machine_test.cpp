@@ -17,6 +17,7 @@
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -109,6 +110,33 @@ TEST_F(MachineCommand, AFailedInitTakesBackWhatItMade) {
     EXPECT_TRUE(fs::is_empty(here));
     EXPECT_EQ(fs::status(here).permissions(), fs::perms::owner_all | fs::perms::group_read);
     EXPECT_EQ(Entries(), 1u);
+}
+
+// How the command ends for somebody who is bound by modes; 0 also where he cannot get at it.
+int Run_For_A_User(const std::vector<std::string> &arguments, mode_t mask) {
+    const pid_t child = fork();
+    if (child == 0) {
+        umask(mask);
+        if (geteuid() == 0 && setresuid(65534, 65534, 65534) != 0) _exit(99);
+        const int code = RunningCommand(arguments, "/dev/null", "/dev/null", "/dev/null").Wait();
+        _exit(code == 127 ? 0 : code);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
+
+TEST_F(MachineCommand, MakesItsFoldersUnderAnyUmask) {
+    fs::create_directories(Outside("here"));
+    const uid_t owner = geteuid() == 0 ? 65534 : geteuid();
+    for (const std::string &folder : {Outside("here"), outside})
+        ASSERT_EQ(chown(folder.c_str(), owner, static_cast<gid_t>(-1)), 0);
+    fs::permissions(Outside("here"), fs::perms(0775)); // as mkdir makes it where each user has his own group
+    EXPECT_EQ(Run_For_A_User({"machine", "init", Outside("here")}, 0002), 0);
+    EXPECT_EQ(Run_For_A_User({"machine", "init", Outside("new/deep")}, 0777), 0);
+    EXPECT_EQ(Run_For_A_User({"--machine", Outside("here"), "machine", "clone", Outside("clone")}, 0777), 0);
+    EXPECT_EQ(Run_For_A_User({"--machine", Outside("none"), "number", "parse", "+1 (206) 555-1212"}, 0777),
+              0);
 }
 
 TEST_F(MachineCommand, CloneIsWholeAndTheMachinesOwn) {
