@@ -176,16 +176,15 @@ TEST_F(HostileMachine, LetsNobodyInUnderAnyUmask) {
     for (const char *mask : {"0", "2", "777"}) {
         std::string base = "/tmp/kelmara-hostile-XXXXXX"; // where another user gets to
         ASSERT_NE(mkdtemp(base.data()), nullptr);
-        fs::create_directories(base + (*mask == '2' ? "/deep/machine" : ""));
-        Become(base, owner, 0700);
-        for (const auto &made : fs::recursive_directory_iterator(base))
-            Become(made, owner, made.path().filename() == "deep" ? 0700 : 0775);
-        setenv("KELMARA_MACHINE", (base + "/deep/machine").c_str(), 1);
+        const std::string own_machine = base + (*mask == '2' ? "" : "/deep/machine");
+        Become(base, owner, *mask == '2' ? 0775 : 0700);
+        setenv("KELMARA_MACHINE", own_machine.c_str(), 1);
         SecondProcess user("user_of_a_machine", {mask, "key", "mutex", "folder", "class"});
         EXPECT_EQ(user.Hear(), "0 0 0 0") << mask;
         std::string number;
-        std::ifstream(base + "/deep/machine/machine.id") >> number;
+        std::ifstream(own_machine + "/machine.id") >> number;
         std::vector<fs::directory_entry> entries(fs::recursive_directory_iterator(base), {});
+        entries.emplace_back(base);
         for (const auto &shared : fs::directory_iterator("/dev/shm")) {
             if (number.empty() || !shared.path().string().ends_with(number)) continue;
             entries.push_back(shared);

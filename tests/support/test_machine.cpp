@@ -6,13 +6,6 @@
 #include <sstream>
 #include <unistd.h>
 
-namespace {
-
-constexpr auto Others_Write =
-    std::filesystem::perms::others_write; // what no machine takes, whatever the umask
-
-} // namespace
-
 TestMachine::TestMachine() {
     std::string pattern = std::filesystem::temp_directory_path() / "kelmara-test-XXXXXX";
     if (!mkdtemp(pattern.data())) std::abort();
@@ -28,7 +21,6 @@ TestMachine::~TestMachine() {
 void TestMachine::Write(const std::string &relative, const std::string &content) const {
     std::filesystem::create_directories(std::filesystem::path(Path(relative)).parent_path());
     std::ofstream(Path(relative), std::ios::binary) << content;
-    std::filesystem::permissions(Path(relative), Others_Write, std::filesystem::perm_options::remove);
 }
 
 std::string TestMachine::Read(const std::string &relative) const {
@@ -39,5 +31,5 @@ std::string TestMachine::Read(const std::string &relative) const {
 
 void TestMachine::Set(const std::string &setting, const std::string &value) const {
     std::ofstream(Path("machine.conf"), std::ios::app) << setting << " = " << value << "\n";
-    std::filesystem::permissions(Path("machine.conf"), Others_Write, std::filesystem::perm_options::remove);
+    std::filesystem::permissions(Path("machine.conf"), std::filesystem::perms(0600)); // whatever the umask
 }
