@@ -15,14 +15,14 @@ inline constexpr int Machine_Rand_Max = 32767;
 
 extern "C" {
 
-/// fopen. Modes are "rb", "wb", "ab" and the same with "+", and "wbx", which makes a file and fails with
-/// EEXIST where the name is taken; there are no text modes. Null on failure, and
-/// what was there is as it was, though a new file may stay, empty, where memory runs out: errno is ENOENT for
-/// a missing file or folder and for a path that is too long, EACCES for a folder, a read-only file that would
-/// be written, and whatever else the host refuses, EINVAL for another mode and for a name that cannot be,
-/// EMFILE, ENOSPC. EACCES also for a file that a program of the host keeps locked, after two seconds. While a
-/// stream is open its file can be neither deleted nor renamed, by any process of the machine; programs that
-/// are started do not get it.
+/// fopen. Modes are "rb", "wb", "ab" and the same with "+", and "wbx" and "w+bx", which make a file and fail
+/// with EEXIST where the name is taken; there are no text modes. Null on failure, and what was there is as it
+/// was, though a new file may stay, empty, where memory runs out: errno is ENOENT for a missing file or
+/// folder and for a path that is too long, EACCES for a folder, a read-only file that would be written, and
+/// whatever else the host refuses, EINVAL for another mode and for a name that cannot be, EMFILE, ENOSPC.
+/// EACCES also for a file that a program of the host keeps locked, after two seconds. While a stream is open
+/// its file can be neither deleted nor renamed, by any process of the machine; programs that are started do
+/// not get it.
 PLATFORM_API FILE *Machine_Open_Stream(const char *path, const char *mode);
 
 /// fclose. 0, or EOF with errno where what was still to be written could not be; the stream is gone either

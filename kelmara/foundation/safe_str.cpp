@@ -316,7 +316,9 @@ void CSafeStr::Replace_String(const CSafeStr &find, const CSafeStr &replacement)
     const std::size_t back = brings_it_back ? 0 : replacement_length + find_length - 1;
     // Those that go forward through the text are no more than it has characters.
     std::size_t left = old_length + Most_Steps_Back;
-    OpenText text(Data, static_cast<std::size_t>(place - Data), old_length, Capacity());
+    const bool grows = replacement_length > find_length; // or nothing behind the text is touched
+    OpenText text(Data, static_cast<std::size_t>(place - Data), old_length,
+                  grows ? Capacity() : old_length + 1);
     while (left-- > 0 && (place = text.Find(find.Data)) && text.Has_Room(find_length, replacement_length)) {
         text.Go_To(place);
         text.Replace(find_length, replacement.Data, replacement_length);

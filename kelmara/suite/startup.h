@@ -8,8 +8,8 @@
 inline constexpr long Server_Without_Interface = -8300;
 inline constexpr long Server_Not_Reached = -8299;
 
-/// Binds the memory services, and returns when drive c: has 10,240,000 bytes free. Otherwise the user is
-/// told, in the language of "otherStrings.ltx", and the process ends with exit code -1.
+/// Binds the memory services, and returns when drive c: is known to have 10,240,000 bytes free. Otherwise the
+/// user is told, in the language of "otherStrings.ltx", and the process ends with exit code -1.
 KELMARA_API void Init_Kelmara();
 
 /// 0 when the suite server can be reached, after it was started if need be by the command line in "Server",

@@ -40,13 +40,12 @@ class MemoryBlock {
 
 enum class Making { Made, Taken, Failed };
 
-// Looking and making in one step: what has the name stays as it is.
-Making Make_File(const char *path) {
-    FILE *made = Machine_Open_Stream(path, "wbx");
-    if (!made)
-        return GetLastError() == static_cast<DWORD>(ERROR_FILE_EXISTS) ? Making::Taken : Making::Failed;
-    Machine_Close_Stream(made);
-    return Making::Made;
+// Looking, making and opening in one step: what has the name stays as it is, and nothing that could not be
+// opened then stays behind.
+Making Make_File(const char *path, FILE *&stream) {
+    stream = Machine_Open_Stream(path, "w+bx");
+    if (stream) return Making::Made;
+    return GetLastError() == static_cast<DWORD>(ERROR_FILE_EXISTS) ? Making::Taken : Making::Failed;
 }
 
 template <std::size_t Size>
@@ -139,11 +138,7 @@ int CKMFile::Forget_Work_Name() {
 }
 
 int CKMFile::Open_Work_File(bool &mode) {
-    if (Open(m_WorkName, true, false) != 0) {
-        Delete_Work_File();
-        return File_Not_Found;
-    }
-    mode = true;
+    mode = m_Writable = true;
     return 0;
 }
 
@@ -151,7 +146,7 @@ int CKMFile::Open_Temp_File() {
     Close_If_Open();
     for (;; Sleep(1)) {
         if (!Form_Temp_Name(m_WorkName)) return Forget_Work_Name();
-        const Making making = Make_File(m_WorkName);
+        const Making making = Make_File(m_WorkName, m_Stream);
         if (making == Making::Failed) return Forget_Work_Name();
         if (making == Making::Made) return Open_Work_File(m_DeleteOnClose);
     }
@@ -162,7 +157,7 @@ int CKMFile::Open_With_Rollback(const char *path) {
     if (!path) return File_Not_Found;
     for (unsigned counter = 0;; ++counter) {
         if (!Form_Work_Name(m_WorkName, path, counter)) return Forget_Work_Name();
-        const Making making = Make_File(m_WorkName);
+        const Making making = Make_File(m_WorkName, m_Stream);
         if (making == Making::Failed) return Forget_Work_Name();
         if (making == Making::Made) break;
     }

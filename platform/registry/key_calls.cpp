@@ -61,7 +61,7 @@ LONG Make_And_Open_Key(HKEY parent, LPCSTR path, LPCSTR class_name, DWORD access
         std::uint32_t last = No_Key;
         const std::vector<RegistryRecord> missing =
             Missing_Keys(writing.Tree(), from, path, class_name, &last);
-        if (missing.size() > Last_Key - writing.Tree().First_Free()) return ERROR_NOT_ENOUGH_MEMORY;
+        if (missing.size() > Last_Key + 1 - writing.Tree().First_Free()) return ERROR_NOT_ENOUGH_MEMORY;
         *disposition = missing.empty() ? REG_OPENED_EXISTING_KEY : REG_CREATED_NEW_KEY;
         // The handle first: once the keys are made nothing may fail.
         NewHandle handle;

@@ -76,7 +76,7 @@ std::string KeyTree::Free_Name(const RegistryKey &parent, std::string_view wante
 }
 
 void KeyTree::Skip_Numbers(std::uint32_t count) {
-    first_free_ += std::min<std::uint32_t>(count, Last_Key - first_free_);
+    first_free_ += std::min<std::uint32_t>(count, Last_Key + 1 - first_free_);
 }
 
 void KeyTree::Apply(const RegistryRecord &record) {

@@ -23,6 +23,7 @@ constexpr Mode Modes[] = {
     {"rb+", O_RDWR, false, false},
     {"wb", O_WRONLY, true, true},
     {"wbx", O_WRONLY, true, true, true},
+    {"w+bx", O_RDWR, true, true, true},
     {"w+b", O_RDWR, true, true},
     {"wb+", O_RDWR, true, true},
     {"ab", O_WRONLY | O_APPEND, true, false},
@@ -101,6 +102,17 @@ long Close_Stream(FILE *stream) {
     return flushed == NO_ERROR ? closed : flushed;
 }
 
+// One that is empty needs no cut, which the host may refuse: a file that was just made would stay.
+bool Cut_To_Nothing(int descriptor) {
+    struct stat status;
+    if (fstat(descriptor, &status) == 0 && status.st_size == 0) return true;
+    int result;
+    do {
+        result = ftruncate(descriptor, 0);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
 long Open_Stream(const char *path, const Mode *mode, FILE *&stream) {
     if (!mode) return ERROR_INVALID_PARAMETER;
     FileDescriptor file;
@@ -112,7 +124,7 @@ long Open_Stream(const char *path, const Mode *mode, FILE *&stream) {
         Unmark_As_Open(file.Get());
         return error;
     }
-    const bool done = !plain || !mode->empties || ftruncate(file.Get(), 0) == 0;
+    const bool done = !plain || !mode->empties || Cut_To_Nothing(file.Get());
     const long error = done ? NO_ERROR : Error_Of_Errno(errno);
     file.Give();
     if (!done) Close_Stream(stream);

@@ -1,5 +1,11 @@
 // Memory that runs out inside an operation of the library: what the header states comes of it, nothing is
 // left behind, and what was there before is there afterwards and can be worked with.
+//
+// All that the library exports and that asks for memory has a row in operations/, but for these:
+//   - a working log or wait companion, which is loaded once for the process: the rows load one that is none;
+//   - objects that hold lists and ask for nothing more, which are made as a list is;
+//   - the loading of the telephony service, which the process remembers: the first row has it done;
+//   - Debugger and DllMain, which end a process or come with its loading.
 
 #include <tests/faults/operations/operation.h>
 #include <tests/support/failing_new.h>
@@ -177,9 +183,10 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
 
 TEST_P(AllocationFaults, GiveWhatIsStatedAndLeaveWhatWasThere) {
     unsigned long points = 0, operations = 0;
-    for (const auto &part : {Text_Operations(), List_Operations(), Table_Operations(), Content_Operations(),
-                             Localization_Operations(), File_Operations(), Registry_Operations(),
-                             Shared_State_Operations(), Suite_Operations(), Dialog_Operations()}) {
+    for (const auto &part :
+         {Text_Operations(), List_Operations(), Table_Operations(), Content_Operations(),
+          Localization_Operations(), File_Operations(), Registry_Operations(), Shared_State_Operations(),
+          Suite_Operations(), Dialog_Operations(), Bound_Control_Operations(), Connectivity_Operations()}) {
         for (const Operation &operation : part) {
             const unsigned long met = Sweep(operation);
             points += met;

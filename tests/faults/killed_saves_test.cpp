@@ -30,7 +30,7 @@ class KilledSaves : public ::testing::TestWithParam<SavePath> {
             run.Kill();
         }
         const std::string found = machine.Found();
-        EXPECT_TRUE(found == "new" || machine.Is_As_Before(found)) << found << ", killed at stop " << stop;
+        EXPECT_TRUE(machine.May_Leave(found, true)) << found << ", killed at stop " << stop;
         EXPECT_EQ(machine.Found_After_A_Save(), "new") << "killed at stop " << stop;
         return found;
     }
@@ -40,15 +40,18 @@ class KilledSaves : public ::testing::TestWithParam<SavePath> {
 };
 
 TEST_P(KilledSaves, LeaveTheOldOrTheNewAtEveryCall) {
-    const unsigned long stops = Stops(), stride = Stride(stops, 40);
+    const unsigned long stops = Stops(), stride = Stride(stops, 24, GetParam().Calls_To_Try());
     EXPECT_GT(stops, 20u) << "a save takes many calls";
     std::set<std::string> outcomes;
     unsigned long kills = 0;
     for (unsigned long stop = 1; stop < stops; stop += stride, ++kills)
         outcomes.insert(Found_After_Kill_At(stop));
-    outcomes.insert(Found_After_Kill_At(stops - 1));
-    EXPECT_TRUE(outcomes.count("new") && outcomes.count(GetParam().before));
-    Print_Figure((std::string("kills survived in a save: ") + GetParam().name).c_str(), kills + 1);
+    // Near the end all is done; no two runs have quite the same calls.
+    for (unsigned long stop = stops - 1; !outcomes.count("new") && stop < stops + 20; ++stop, ++kills)
+        outcomes.insert(Found_After_Kill_At(stop));
+    EXPECT_TRUE(outcomes.count("new") && outcomes.count(GetParam().before))
+        << ::testing::PrintToString(outcomes);
+    Print_Figure((std::string("kills survived in a save: ") + GetParam().name).c_str(), kills);
 }
 
 INSTANTIATE_TEST_SUITE_P(Paths, KilledSaves, ::testing::ValuesIn(Save_Paths()), Name_Of);

@@ -17,6 +17,7 @@ class PreparedSave {
         Seen_By_Another([&] { return path.prepare(), std::string(); });
         std::filesystem::copy(machine.Folder(), kept_.Folder(),
                               std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::copy_symlinks |
                                   std::filesystem::copy_options::overwrite_existing);
     }
     const SavePath &Path() const { return path_; }
@@ -29,17 +30,50 @@ class PreparedSave {
 
 class SaveMachine {
   public:
-    explicit SaveMachine(const PreparedSave &prepared) : path_(prepared.Path()) {
+    explicit SaveMachine(const PreparedSave &prepared) : path_(prepared.Path()), kept_(prepared.Folder()) {
         std::filesystem::copy(prepared.Folder(), machine_.Folder(),
                               std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::copy_symlinks |
                                   std::filesystem::copy_options::overwrite_existing);
     }
+    ~SaveMachine() {
+        const std::filesystem::path folder = machine_.Folder();
+        for (const auto &entry : std::filesystem::directory_iterator(folder.parent_path())) {
+            if (entry.path().string().starts_with(folder.string() + Beside))
+                std::filesystem::remove_all(entry);
+        }
+    }
+    SaveMachine(const SaveMachine &) = delete;
+    SaveMachine &operator=(const SaveMachine &) = delete;
     /// What a process that starts now finds.
     std::string Found() const { return Seen_By_Another(path_.look); }
     /// Whether that is what was there before, if under another name.
     bool Is_As_Before(const std::string &found) const {
         const std::string before = path_.before;
         return found == before || found == before + " aside";
+    }
+    /// Whether that may be so: of a save that was `cut_off`, killed or with nothing that works any more.
+    bool May_Leave(const std::string &found, bool cut_off) const {
+        const bool partly = path_.way == SaveWay::In_Steps || (path_.way == SaveWay::Takes_Back && cut_off);
+        return found == "new" || Is_As_Before(found) || (found == "partly" && partly);
+    }
+    /// The working files that are there.
+    std::string Left_Over() const {
+        namespace fs = std::filesystem;
+        std::error_code none;
+        const fs::path folder = machine_.Folder(), saved = folder / "drive_c";
+        std::string left;
+        for (const auto &entry : fs::recursive_directory_iterator(saved, none)) {
+            const std::string name = fs::relative(entry.path(), saved);
+            if (!fs::exists(kept_ / "drive_c" / name) && name != "target" && name != "backup")
+                left += name + " ";
+        }
+        const std::string beside = folder.filename().string() + Beside;
+        for (const auto &entry : fs::directory_iterator(folder.parent_path())) {
+            const std::string name = entry.path().filename();
+            if (name.starts_with(beside) && name != beside) left += name + " ";
+        }
+        return left;
     }
     /// A save by a process that starts now: what is found then, or "not saved".
     std::string Found_After_A_Save() const {
@@ -51,7 +85,14 @@ class SaveMachine {
   private:
     TestMachine machine_;
     const SavePath &path_;
+    const std::filesystem::path kept_;
 };
+
+inline std::vector<SavePath> Save_Paths() {
+    std::vector<SavePath> paths = Library_Save_Paths();
+    for (const SavePath &path : Command_Save_Paths()) paths.emplace_back(path).is_command = true;
+    return paths;
+}
 
 inline std::string Name_Of(const ::testing::TestParamInfo<SavePath> &path) {
     std::string name = path.param.name;

@@ -9,14 +9,12 @@
 #include <platform/machine.h>
 #include <platform/runtime.h>
 #include <tests/support/registry_verbs.h>
-#include <tools/failure.h>
-#include <tools/files.h>
 
 #include <cstring>
 
 namespace {
 
-constexpr char Target[] = "c:\\target", Backup[] = "c:\\backup", Expected[] = "c:\\expected";
+constexpr char Backup[] = "c:\\backup";
 
 // --- the registry -----------------------------------------------------------------------------------------
 
@@ -60,20 +58,6 @@ bool Set_And_Compact() {
 
 // --- files ------------------------------------------------------------------------------------------------
 
-std::string Content_Of(const char *path) {
-    CKMFile file;
-    if (file.Open(path, false, false) != 0) return "none";
-    std::string content(static_cast<std::size_t>(file.GetLength()), ' ');
-    file.Read(content.data(), static_cast<long>(content.size()));
-    return content;
-}
-
-bool Put(const char *path, const std::string &content) {
-    CKMFile file;
-    return file.Open(path, true, true) == 0 &&
-           file.Write(content.data(), static_cast<long>(content.size()), true) == 0;
-}
-
 /// Writes by `write`, which gives the size, and gives it the target's name once it is whole. What is at the
 /// target stays under another name until then.
 template <class Write>
@@ -89,21 +73,6 @@ bool Replace_Target(Write write) {
     if (file.Close() != 0) return Machine_Rename(Backup, Target), false;
     Machine_Remove(Backup);
     return true;
-}
-
-// Expected is what a save makes where nothing goes wrong; the first child's own work.
-std::string Look_At_Target() {
-    const std::string expected = Content_Of(Expected), target = Content_Of(Target);
-    if (target == expected) return "new";
-    if (target == Content_Of("c:\\before")) return "old";
-    if (target == "none" && Content_Of(Backup) == Content_Of("c:\\before")) return "old aside";
-    return target == "none" ? target : "damaged: " + std::to_string(target.size());
-}
-
-void Begin_With(const std::string &content, const std::string &expected) {
-    Put(Target, content);
-    Put("c:\\before", content);
-    Put(Expected, expected);
 }
 
 const std::string New_Content(20000, 'n');
@@ -128,7 +97,7 @@ long Write_Changed(CStringTable &table, CKMFile &file) {
 }
 
 void Prepare_Table() {
-    for (const char *path : {Target, "c:\\before", Expected}) {
+    for (const char *path : {Target, Before, Expected}) {
         CStringTable table(true);
         CKMFile file;
         Fill_Table(table);
@@ -178,31 +147,46 @@ bool Save_Sections() {
         [&](CKMFile &file) { return text.Flush_To_File(&file) == 0 ? text.Get_End_Of_Data() : -1; });
 }
 
-// --- the command ------------------------------------------------------------------------------------------
-
-bool Replace_By_Command() {
-    try {
-        tools::Replace_File(Target, New_Content);
-        return true;
-    } catch (const tools::Failure &) {
-        return false;
-    }
-}
-
 } // namespace
 
-const std::vector<SavePath> &Save_Paths() {
-    static const std::vector<SavePath> paths = {
+std::string Content_Of(const char *path) {
+    CKMFile file;
+    if (file.Open(path, false, false) != 0) return "none";
+    std::string content(static_cast<std::size_t>(file.GetLength()), ' ');
+    file.Read(content.data(), static_cast<long>(content.size()));
+    return content;
+}
+
+bool Put(const char *path, const std::string &content) {
+    CKMFile file;
+    return file.Open(path, true, true) == 0 &&
+           file.Write(content.data(), static_cast<long>(content.size()), true) == 0;
+}
+
+// Expected is what a save makes where nothing goes wrong; the first child's own work.
+std::string Look_At_Target() {
+    const std::string expected = Content_Of(Expected), target = Content_Of(Target);
+    if (target == expected) return "new";
+    if (target == Content_Of(Before)) return "old";
+    if (target == "none" && Content_Of(Backup) == Content_Of(Before)) return "old aside";
+    return target == "none" ? target : "damaged: " + std::to_string(target.size());
+}
+
+void Begin_With(const std::string &content, const std::string &expected) {
+    Put(Target, content);
+    Put(Before, content);
+    Put(Expected, expected);
+}
+
+std::vector<SavePath> Library_Save_Paths() {
+    return {
         {"registry", "old", Prepare_Registry, [] { return Set_And_Flush("new"); }, Look_In_Registry},
         {"registry rewritten", "old", Prepare_Compaction, Set_And_Compact, Look_In_Registry},
         {"file", "old", [] { Begin_With("old content", New_Content); }, Save_File, Look_At_Target},
-        {"file that was not there", "none", [] { Put(Expected, New_Content), Put("c:\\before", "x"); },
-         Save_File, Look_At_Target},
+        {"file that was not there", "none", [] { Put(Expected, New_Content), Put(Before, "x"); }, Save_File,
+         Look_At_Target},
         {"string table", "old", Prepare_Table, Save_Table, Look_At_Target},
         {"section file", "old", [] { Begin_With(Sections_Of("1"), Sections_Of("22")); }, Save_Sections,
          Look_At_Target},
-        {"command", "old", [] { Begin_With("old content", New_Content); }, Replace_By_Command,
-         Look_At_Target},
     };
-    return paths;
 }

@@ -380,4 +380,30 @@ TEST_F(StringTables, StandLackOfTheMemoryServices) {
     EXPECT_EQ(Text(text), "");
 }
 
+TEST_F(StringTables, AreReadTheSameInAnyOrderBetweenEdits) {
+    Table table;
+    ASSERT_EQ(Load(table, Header(6) + Entry("a", "one") + Entry("b", "two") + Entry("c", "three") +
+                              Entry("d", "four") + Entry("e", "five") + Entry("f", "six")),
+              0);
+    const auto reads_as_saved = [&](long first) {
+        std::string read;
+        for (long i : {first, 0L, first, first + 1, first - 1, 5L}) read += String(table, i) + " ";
+        Table fresh;
+        EXPECT_EQ(Load(fresh, Saved(table)), 0);
+        std::string saved;
+        for (long i : {first, 0L, first, first + 1, first - 1, 5L}) saved += String(fresh, i) + " ";
+        EXPECT_EQ(read, saved) << first;
+    };
+    for (long at : {3L, 1L, 4L, 2L}) {
+        EXPECT_NE(String(table, 5), "before");
+        table.Set_String(at, std::string(static_cast<std::size_t>(9 * at), 'x').c_str());
+        reads_as_saved(at);
+        EXPECT_NE(String(table, 4), "before");
+        table.Delete_String(at);
+        reads_as_saved(at);
+        table.Set_String(table.Count_Entries(), "at the end");
+        reads_as_saved(at);
+    }
+}
+
 } // namespace

@@ -49,7 +49,7 @@ TEST_F(Streams, AreRefusedWithTheirReasonAndNothingIsTouched) {
              {EINVAL, ERROR_INVALID_NAME, all, {"file\\", "a?b"}},
              {EACCES, ERROR_ACCESS_DENIED, all, {"folder", "c:\\", "pipe"}},
              {EACCES, ERROR_ACCESS_DENIED, writing, {"protected"}},
-             {EEXIST, ERROR_FILE_EXISTS, {"wbx"}, {"FILE", "folder", "protected"}},
+             {EEXIST, ERROR_FILE_EXISTS, {"wbx", "w+bx"}, {"FILE", "folder", "protected"}},
              {EINVAL, ERROR_INVALID_PARAMETER, {"w", "xb", "", nullptr}, {"file", "none"}}}) {
         for (const char *path : paths) {
             for (const char *mode : modes) {

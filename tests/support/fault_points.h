@@ -22,9 +22,10 @@ unsigned long Each_Fault(Attempt attempt) {
     return points;
 }
 
-/// Every how manieth of `count` things is tried: `few` of them in all, or at full size each.
-inline unsigned long Stride(unsigned long count, unsigned long few) {
-    return At_Full_Size() || count <= few ? 1 : count / few;
+/// Every how manieth of `count` things is tried: `few` of them in all, or at full size `many`, 0 for each.
+inline unsigned long Stride(unsigned long count, unsigned long few, unsigned long many = 0) {
+    const unsigned long tried = At_Full_Size() ? many : few;
+    return tried == 0 || count <= tried ? 1 : count / tried;
 }
 
 inline void Print_Figure(const char *name, unsigned long number) {

@@ -24,6 +24,8 @@ namespace tools {
 
 namespace {
 
+constexpr int Most_Names = 20; // those before may be a killed clone's, whose process had this one's number
+
 [[noreturn]] void Fail_On(const std::string &path, int error) {
     throw Failure(Exit_Unusable, path + ": " + std::strerror(error));
 }
@@ -66,7 +68,9 @@ class MachineInMaking {
   public:
     MachineInMaking(std::string target, const std::string &source)
         : target_(std::move(target)), folder_(target_ + ".new" + std::to_string(getpid())) {
-        if (!Make_Own_Folder(folder_)) Fail_On(folder_, errno);
+        for (int left = Most_Names; !Make_Own_Folder(folder_); folder_ += "-") {
+            if (errno != EEXIST || --left == 0) Fail_On(folder_, errno);
+        }
         const bool made = Enter_Machine(folder_.c_str());
         if (!Enter_Machine(source.c_str()) || !made) {
             Remove();

@@ -15,15 +15,19 @@ char Name[] = "name", Value[] =
                           "because there is so much of it that it needs a block of its own";
 
 struct Section {
+    std::string State() { return std::to_string(section.Get_Item_Count()); }
     CSectionEntry section{"s"};
 };
 
-std::string Items(Section &of) {
-    return std::to_string(of.section.Get_Item_Count());
-}
+template <class Thing>
+struct Made {
+    std::string State() { return thing ? "made" : "none"; }
+    std::optional<Thing> thing;
+};
 
 struct Sections {
     ~Sections() { Unload_Sections(&list); }
+    std::string State() { return std::to_string(list.Entries(0)); }
     CDSList list;
 };
 
@@ -36,7 +40,12 @@ class Host final : public IBindingHostInterface {
     unsigned long Release() override { return --references; }
     long Get_Field_Value(long, char *buffer, long) override { return std::strcpy(buffer, "field"), 0; }
     unsigned long references = 0;
-} host;
+};
+
+struct Defines {
+    std::string State() { return std::to_string(table.Get_Num_Entries()); }
+    CHashTable table;
+};
 
 struct Expanding {
     Expanding() {
@@ -44,55 +53,36 @@ struct Expanding {
         variables.Add("NAME", Name, 4);
         tokenizer.Use_Variable_Table(&variables);
     }
+    std::string State() { return result + std::to_string(host.references); }
+    Host host;
     CHashTable variables;
     CTokenizer tokenizer;
     char result[300] = {};
 };
 
-const std::vector<Outcome> No_Memory_Or_File = {Gives_No_Memory, Gives(2)};
+const std::vector<Outcome> No_Memory_Or_File = {No_Memory, Gives(2)};
+const std::vector<Outcome> Throws = {Minus_One, Thrown};
 
 } // namespace
 
 Operations Content_Operations() {
-    const auto expanding = [] { return std::make_shared<Expanding>(); };
     return {
-        Row(
-            "section", 1, {Throws_Minus_One, Throws_No_Memory},
-            [] { return std::make_shared<std::optional<CSectionEntry>>(); },
-            [](std::optional<CSectionEntry> &section) { return section.emplace("name"), 1; },
-            [](std::optional<CSectionEntry> &section) { return section ? "made" : "none"; }),
-        Row(
-            "Add_Item", 0, {Gives_No_Memory}, [] { return std::make_shared<Section>(); },
-            [](Section &of) { return of.section.Add_Item(Name, Value, sizeof Value); }, Items),
+        Row<Made<CSectionEntry>>("section", 1, Throws, [](auto &of) { return of.thing.emplace("name"), 1; }),
+        Row<Section>("Add_Item", 0, {No_Memory},
+                     [](auto &of) { return of.section.Add_Item(Name, Value, sizeof Value); }),
         // "Sections and items before the fault stay in the list"
-        Row(
-            "Load_Sections", 0, {Gives_No_Memory, Throws_Minus_One, Throws_No_Memory},
-            [] { return std::make_shared<Sections>(); },
-            [](Sections &of) {
-                return Load_Sections(Sections_Text, sizeof Sections_Text - 1, &of.list, true);
-            },
-            [](Sections &of) { return std::to_string(of.list.Entries(0)); }, Leaves::Partly),
-        Row(
-            "Tokenize_Define_File", 0, No_Memory_Or_File, [] { return std::make_shared<CHashTable>(); },
-            [](CHashTable &table) { return Tokenize_Define_File("c:\\texts.def", &table); },
-            [](CHashTable &table) { return std::to_string(table.Get_Num_Entries()); },
-            Leaves::Partly), // an entry that finds no memory is one that Add leaves out
-        Row(
-            "tokenizer", 1, {Throws_Minus_One, Throws_No_Memory},
-            [] { return std::make_shared<std::optional<CTokenizer>>(); },
-            [](std::optional<CTokenizer> &made) { return made.emplace(), 1; },
-            [](std::optional<CTokenizer> &made) { return made ? "made" : "none"; }),
-        Row(
-            "Use_Define_File", 0, No_Memory_Or_File, expanding,
-            [](Expanding &of) { return of.tokenizer.Use_Define_File("c:\\texts.def"); },
-            [](Expanding &of) { return of.result; }, Leaves::Partly),
-        Row(
-            "Add_Binding_Table", 0, {}, [=] { return host.references = 0, expanding(); },
-            [](Expanding &of) { return of.tokenizer.Add_Binding_Table(0x54545454, &host), 0; },
-            [](Expanding &) { return std::to_string(host.references); }, Leaves::Either),
-        Row(
-            "Tokenize", 1, {Gives_Nothing}, expanding,
-            [](Expanding &of) { return of.tokenizer.Tokenize("Dear ^NAME^, %%", of.result, 300); },
-            [](Expanding &of) { return of.result; }),
+        Row<Sections>(
+            "Load_Sections", 0, {No_Memory, Minus_One, Thrown}, Partly,
+            [](auto &of) { return Load_Sections(Sections_Text, sizeof Sections_Text - 1, &of.list, true); }),
+        // an entry that finds no memory is one that Add leaves out
+        Row<Defines>("Tokenize_Define_File", 0, No_Memory_Or_File, Partly,
+                     [](auto &of) { return Tokenize_Define_File("c:\\texts.def", &of.table); }),
+        Row<Made<CTokenizer>>("tokenizer", 1, Throws, [](auto &of) { return of.thing.emplace(), 1; }),
+        Row<Expanding>("Use_Define_File", 0, No_Memory_Or_File, Partly,
+                       [](auto &of) { return of.tokenizer.Use_Define_File("c:\\texts.def"); }),
+        Row<Expanding>("Add_Binding_Table", 0, {}, Either,
+                       [](auto &of) { of.tokenizer.Add_Binding_Table(0x54545454, &of.host); }),
+        Row<Expanding>("Tokenize", 1, {Nothing},
+                       [](auto &of) { return of.tokenizer.Tokenize("Dear ^NAME^, %%", of.result, 300); }),
     };
 }

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A dialog with a control of each kind, and what makes layouts and help for it.
+/// A dialog with controls, and what makes layouts and help for it.
 struct Subject {
     Subject() {
         layout.Initialize(dialog);
@@ -18,128 +18,126 @@ struct Subject {
         const auto owned = [this](int slot) {
             return GetWindowUserData(label, slot) > 0 ? "owned " : "free ";
         };
-        return Title_Of(label) + owned(0) + owned(1) +
+        return Title_Of(label) + owned(0) + owned(1) + Place_Of(label) + Place_Of(pane) + Place_Of(dialog) +
                std::to_string(GetWindowLongA(label, GWL_WNDPROC) == procedure);
     }
     PlainDialog dialog;
-    HWND label = dialog.Add("Label"), pane = dialog.Add("");
+    HWND label = dialog.Add("Label"), pane = dialog.Add("", "Static", 7);
     LONG procedure = GetWindowLongA(label, GWL_WNDPROC);
     CAutoPositionManager layout;
     CActiveHelpManager help;
-    CBoundControlCache cache;
     void *user_data = nullptr;
 };
 
-template <class Operate>
-Operation On_Dialog(const char *name, long done, std::vector<Outcome> stated, Operate operate,
-                    Leaves leaves = Leaves::Before) {
-    return Row(
-        name, done, stated, [] { return std::make_shared<Subject>(); }, operate,
-        [](Subject &of) { return of.State(); }, leaves);
-}
+struct Laid_Out : Subject {
+    Laid_Out() {
+        const HWND members[] = {label, nullptr};
+        layout.Manage_Control(label, APM_KEEP_RIGHT, nullptr, nullptr);
+        layout.Manage_GroupBox(pane, 0, members, nullptr);
+        SetWindowPos(dialog, nullptr, 0, 0, 400, 300, SWP_NOMOVE | SWP_NOZORDER);
+        SetWindowTextA(label, "A longer label");
+    }
+};
 
-template <auto Get, auto Return>
-bool Gets(Subject &of) {
-    auto *const control = (of.cache.*Get)();
-    (of.cache.*Return)(control);
-    return control != nullptr;
-}
+struct Helped : Subject {
+    Helped() { help.AddControl(label, "help"); }
+    std::string State() const { return Title_Of(pane); }
+};
+
+struct Edited : Subject {
+    std::string State() const { return Title_Of(edit); }
+    HWND edit = dialog.Add("a1b2c3", "Edit");
+};
 
 struct Picture {
     Picture() { ExtractIconExA("c:\\icon.ico", 0, &icon, nullptr, 1); }
-    ~Picture() { DestroyIcon(icon); }
+    ~Picture() {
+        DestroyIcon(icon);
+        if (block) ds_free(block);
+    }
     HICON icon = nullptr;
-};
-
-bool Packs(Picture &of, long &result) {
     void *block = nullptr;
     long size = 0;
-    result = Pack_Icon(of.icon, &block, &size);
-    if (block) ds_free(block);
-    return result == 0;
-}
+};
 
 struct Packed : Picture {
-    Packed() {
-        Pack_Icon(icon, &block, &size);
-        screen = GetDC(nullptr);
-    }
-    ~Packed() {
-        ReleaseDC(nullptr, screen);
-        ds_free(block);
-    }
-    void *block = nullptr;
-    long size = 0;
-    HDC screen;
+    Packed() { Pack_Icon(icon, &block, &size); }
+    ~Packed() { ReleaseDC(nullptr, screen); }
+    HDC screen = GetDC(nullptr);
 };
+
+struct Bitmap : Picture {
+    ~Bitmap() { DeleteObject(bitmap); }
+    HBITMAP bitmap = CreateBitmap(8, 8, 1, 1, nullptr);
+};
+
+/// Moves done one by one: of those that the machine has no memory for, none is made.
+template <class Operate>
+Operation Moving(const char *name, Operate operate) {
+    return Row<Subject>(name, 0, {}, Partly, operate);
+}
 
 } // namespace
 
 Operations Dialog_Operations() {
-    using Cache = CBoundControlCache;
-    const auto picture = [] { return std::make_shared<Picture>(); };
-    const auto no_state = [](Picture &) { return ""; };
     return {
-        On_Dialog(
-            "InsertWindowUserData", 1, {Gives_Nothing},
-            [](Subject &of) { return (of.user_data = InsertWindowUserData(of.label, 0, &of)) != nullptr; }),
-        On_Dialog("GetTextControl", 1, {Gives_Nothing},
-                  Gets<&Cache::GetTextControl, &Cache::ReturnTextControl>),
-        On_Dialog("GetCheckboxControl", 1, {Gives_Nothing},
-                  Gets<&Cache::GetCheckboxControl, &Cache::ReturnCheckboxControl>),
-        On_Dialog("GetListboxControl", 1, {Gives_Nothing},
-                  Gets<&Cache::GetListboxControl, &Cache::ReturnListboxControl>),
-        On_Dialog("GetComboboxControl", 1, {Gives_Nothing},
-                  Gets<&Cache::GetComboboxControl, &Cache::ReturnComboboxControl>),
-        On_Dialog(
-            "AddControl", 0, {}, [](Subject &of) { return of.help.AddControl(of.label, "help"), 0; },
-            Leaves::Either),
-        On_Dialog(
-            "Manage_Control", 0, {Gives_No_Memory},
-            [](Subject &of) { return of.layout.Manage_Control(of.label, APM_KEEP_RIGHT, nullptr, nullptr); }),
-        On_Dialog("Manage_GroupBox", 0, {Gives_No_Memory},
-                  [](Subject &of) {
-                      const HWND members[] = {of.label, nullptr};
-                      return of.layout.Manage_GroupBox(of.pane, 0, members, nullptr);
-                  }),
-        On_Dialog("Save_Window_Position", 0, {},
-                  [](Subject &of) { return Save_Window_Position("faults", of.dialog), 0; }),
-        On_Dialog("Restore_Saved_Window_Position", 0, {},
-                  [](Subject &of) { return Restore_Saved_Window_Position("faults", of.dialog, false), 0; }),
-        On_Dialog("Text_Width", 1, {Gives_Nothing},
-                  [](Subject &of) { return Text_Width(of.label, "text") > 0; }),
-        On_Dialog("Textbox_Height", 1, {Gives_Nothing},
-                  [](Subject &of) { return Textbox_Height(of.label, "some words of text") > 0; }),
-        Row(
-            "Pack_Icon", 0, {Gives_No_Memory, Gives(E_UNEXPECTED)}, picture,
-            [](Picture &of) {
-                long result = 0;
-                Packs(of, result);
-                return result;
-            },
-            no_state),
-        Row(
-            "Unpack_Icon", 1, {Gives_Nothing, Gives(E_UNEXPECTED)}, [] { return std::make_shared<Packed>(); },
-            [](Packed &of) {
-                HICON made = nullptr;
-                const long result = Unpack_Icon(&made, of.block, of.size, of.screen);
-                if (made) DestroyIcon(made);
-                return result != 0 ? result : static_cast<long>(made != nullptr);
-            },
-            no_state),
-        Row(
-            "Load_Icon_From_File", 1, {Gives_Nothing}, picture,
-            [](Picture &) {
-                const HICON loaded = Load_Icon_From_File(nullptr, "c:\\icon.ico", 32);
-                return loaded && DestroyIcon(loaded);
-            },
-            no_state),
-        Row(
-            "GetFullSystemPalette", 1, {Gives_Nothing}, picture,
-            [](Picture &) {
-                const HPALETTE palette = GetFullSystemPalette();
-                return palette != reinterpret_cast<HPALETTE>(-1) && DeleteObject(palette);
-            },
-            no_state),
+        Row<Subject>(
+            "InsertWindowUserData", 1, {Nothing},
+            [](auto &of) { return (of.user_data = InsertWindowUserData(of.label, 0, &of)) != nullptr; }),
+        Row<Subject>("AddControl", 0, {}, Either, [](auto &of) { of.help.AddControl(of.label, "help"); }),
+        Row<Helped>("SetHelp", 0, {}, Either,
+                    [](auto &of) { SendMessageA(of.label, WM_SETCURSOR, 0, HTCLIENT); }),
+        Row<Subject>(
+            "Manage_Control", 0, {No_Memory},
+            [](auto &of) { return of.layout.Manage_Control(of.label, APM_KEEP_RIGHT, nullptr, nullptr); }),
+        Row<Subject>("Manage_GroupBox", 0, {No_Memory},
+                     [](auto &of) {
+                         const HWND members[] = {of.label, nullptr};
+                         return of.layout.Manage_GroupBox(of.pane, 0, members, nullptr);
+                     }),
+        Row<Laid_Out>("Update_Controls", 0, {}, Partly, [](auto &of) { of.layout.Update_Controls(); }),
+        Row<Laid_Out>("Center_Child_Controls", 0, {}, Partly,
+                      [](auto &of) { of.layout.Center_Child_Controls(); }),
+        Row<Laid_Out>("Release_Control", 0, {}, [](auto &of) { return of.layout.Release_Control(of.label); }),
+        Row<Subject>("Save_Window_Position", 0, {},
+                     [](auto &of) { Save_Window_Position("faults", of.dialog); }),
+        Row<Subject>("Restore_Saved_Window_Position", 0, {},
+                     [](auto &of) { Restore_Saved_Window_Position("faults", of.dialog, true); }),
+        Row<Subject>("Text_Width", 1, {Nothing}, [](auto &of) { return Text_Width(of.label, "text") > 0; }),
+        Row<Subject>("Text_Height", 1, {Nothing}, [](auto &of) { return Text_Height(of.label) > 0; }),
+        Row<Subject>("Textbox_Height", 1, {Nothing},
+                     [](auto &of) { return Textbox_Height(of.label, "some words of text") > 0; }),
+        Moving("MoveWindowTo", [](auto &of) { MoveWindowTo(of.label, 3, 4, true); }),
+        Moving("MoveWindowVert", [](auto &of) { MoveWindowVert(of.label, 5, of.dialog); }),
+        Moving("SetWindowHeight", [](auto &of) { SetWindowHeight(of.label, 50); }),
+        Moving("Get_Frame_Rect",
+               [](auto &of) {
+                   RECT place;
+                   Get_Frame_Rect(of.dialog, 7, &place, true);
+               }),
+        Moving("Hide_Bound_Items", [](auto &of) { Hide_Bound_Items(of.dialog, 7); }),
+        Row<Edited>("Filter_Edit_Field", 0, {}, Either,
+                    [](auto &of) { Filter_Edit_Field(of.edit, "abc", nullptr); }),
+        Row<Bitmap>("CreateBitmapInfoStruct", 1, {Nothing},
+                    [](auto &of) { return (of.block = CreateBitmapInfoStruct(of.bitmap)) != nullptr; }),
+        Row<Picture>("Pack_Icon", 0, {No_Memory, Gives(E_UNEXPECTED)},
+                     [](auto &of) { return Pack_Icon(of.icon, &of.block, &of.size); }),
+        Row<Packed>("Unpack_Icon", 1, {Nothing, Gives(E_UNEXPECTED)},
+                    [](auto &of) {
+                        HICON made = nullptr;
+                        const long result = Unpack_Icon(&made, of.block, of.size, of.screen);
+                        if (made) DestroyIcon(made);
+                        return result != 0 ? result : static_cast<long>(made != nullptr);
+                    }),
+        Row<Picture>("Load_Icon_From_File", 1, {Nothing},
+                     [](auto &) {
+                         const HICON loaded = Load_Icon_From_File(nullptr, "c:\\icon.ico", 32);
+                         return loaded && DestroyIcon(loaded);
+                     }),
+        Row<Picture>("GetFullSystemPalette", 1, {Nothing},
+                     [](auto &) {
+                         const HPALETTE palette = GetFullSystemPalette();
+                         return palette != reinterpret_cast<HPALETTE>(-1) && DeleteObject(palette);
+                     }),
     };
 }

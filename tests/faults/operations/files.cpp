@@ -24,6 +24,13 @@ void Put(const char *path, const char *text) {
     file.Write(text, static_cast<long>(std::char_traits<char>::length(text)), false);
 }
 
+std::string Working_Files() {
+    WIN32_FIND_DATAA found;
+    const HANDLE search = FindFirstFileA("c:\\*-*", &found);
+    if (search != INVALID_HANDLE_VALUE) FindClose(search);
+    return search != INVALID_HANDLE_VALUE ? " and one in work" : "";
+}
+
 struct Target {
     Target() { Put("c:\\target", "before"); }
     ~Target() {
@@ -31,12 +38,11 @@ struct Target {
         DeleteFileA("c:\\target");
         DeleteFileA("c:\\copy");
     }
+    std::string State() const {
+        return Content_Of("c:\\target") + "|" + Content_Of("c:\\copy") + Working_Files();
+    }
     CKMFile file;
 };
-
-std::string Target_State(Target &) {
-    return Content_Of("c:\\target") + "|" + Content_Of("c:\\copy");
-}
 
 /// With something written that has no name yet.
 struct Pending : Target {
@@ -51,71 +57,73 @@ struct Reading : Target {
 };
 
 struct Buffer : Reading {
+    std::string State() { return std::to_string(buffer.Get_End_Of_Data()); }
+    CSmartBuffer buffer;
+};
+
+struct Flushed : Pending {
+    Flushed() { buffer.Initialize(8), buffer.Write("abc"); }
     CSmartBuffer buffer;
 };
 
 struct Folder {
     ~Folder() { RemoveDirectoryA("c:\\a\\b"), RemoveDirectoryA("c:\\a"); }
+    std::string State() const {
+        return std::to_string(GetFileAttributesA("c:\\a\\b")) + std::to_string(GetFileAttributesA("c:\\a"));
+    }
 };
 
-std::string Folder_State(Folder &) {
-    return std::to_string(GetFileAttributesA("c:\\a\\b")) + std::to_string(GetFileAttributesA("c:\\a"));
-}
+struct Filled : Folder {
+    Filled() { DirCreate("c:\\a\\b"); }
+    ~Filled() { SetCurrentDirectoryA("c:\\"); }
+};
 
-template <class Subject = Target, class Operate>
-Operation On_File(const char *name, std::vector<Outcome> stated, Operate operate,
-                  Leaves leaves = Leaves::Before) {
-    return Row(
-        name, 0, stated, [] { return std::make_shared<Subject>(); }, operate,
-        [](Subject &of) { return Target_State(of); }, leaves);
-}
+struct Machine {
+    char line[20] = "z:\\bin\\true", path[270] = "";
+    CWeakAPICall call;
+};
 
 } // namespace
 
 Operations File_Operations() {
-    const auto folder = [] { return std::make_shared<Folder>(); };
     return {
-        On_File("Open", {Gives(2)}, [](Target &of) { return of.file.Open("c:\\target", false, false); }),
-        On_File("Open to write", {Gives(2)},
-                [](Target &of) { return of.file.Open("c:\\target", true, false); }),
+        Row<Target>("Open", 0, {Gives(2)}, [](auto &of) { return of.file.Open("c:\\target", false, false); }),
+        Row<Target>("Open to write", 0, {Gives(2)},
+                    [](auto &of) { return of.file.Open("c:\\target", true, false); }),
         // "or 2 and no file is open; a file that was cut stays cut"
-        On_File(
-            "Open anew", {Gives(2)}, [](Target &of) { return of.file.Open("c:\\copy", true, true); },
-            Leaves::Partly),
-        On_File("Open_Append", {Gives(2)}, [](Target &of) { return of.file.Open_Append("c:\\target"); }),
-        On_File("Open_With_Rollback", {Gives(2)},
-                [](Target &of) { return of.file.Open_With_Rollback("c:\\target"); }),
-        On_File("Open_Temp_File", {Gives(2)}, [](Target &of) { return of.file.Open_Temp_File(); }),
+        Row<Target>("Open anew", 0, {Gives(2)}, Partly,
+                    [](auto &of) { return of.file.Open("c:\\copy", true, true); }),
+        Row<Target>("Open_Append", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Append("c:\\target"); }),
+        Row<Target>("Open_With_Rollback", 0, {Gives(2)},
+                    [](auto &of) { return of.file.Open_With_Rollback("c:\\target"); }),
+        Row<Target>("Open_Temp_File", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Temp_File(); }),
         // "52 when a pending file cannot have its name ...: what was written is deleted"
-        On_File<Pending>(
-            "Close", {Gives(52)}, [](Pending &of) { return of.file.Close(); }, Leaves::Partly),
-        On_File<Pending>("Rollback", {}, [](Pending &of) { return of.file.Rollback(); }),
-        On_File<Reading>(
-            "Duplicate", {Gives_No_Memory, Gives(2)},
-            [](Reading &of) { return of.file.Duplicate("c:\\copy"); },
-            Leaves::Partly), // "and an empty copy"
-        Row(
-            "Initialize_From_File", 0, {Gives_No_Memory}, [] { return std::make_shared<Buffer>(); },
-            [](Buffer &of) { return of.buffer.Initialize_From_File(&of.file); },
-            [](Buffer &of) { return std::to_string(of.buffer.Get_End_Of_Data()); }, Leaves::Partly),
+        Row<Pending>("Close", 0, {Gives(52)}, Partly, [](auto &of) { return of.file.Close(); }),
+        Row<Pending>("Rollback", 0, {}, [](auto &of) { return of.file.Rollback(); }),
+        Row<Flushed>("Flush_To_File", 0, {}, [](auto &of) { return of.buffer.Flush_To_File(&of.file); }),
+        // "and an empty copy"
+        Row<Reading>("Duplicate", 0, {No_Memory, Gives(2)}, Partly,
+                     [](auto &of) { return of.file.Duplicate("c:\\copy"); }),
+        Row<Buffer>("Initialize_From_File", 0, {No_Memory}, Partly,
+                    [](auto &of) { return of.buffer.Initialize_From_File(&of.file); }),
         // "Nothing tells whether it worked"
-        Row(
-            "DirCreate", 0, {}, folder, [](Folder &) { return DirCreate("c:\\a\\b"), 0; }, Folder_State,
-            Leaves::Partly),
-        Row(
-            "DirDestroyAll", 0, {Gives(-1)}, [=] { return DirCreate("c:\\a\\b"), folder(); },
-            [](Folder &) { return DirDestroyAll("c:\\a"); }, Folder_State, Leaves::Partly),
-        Row(
-            "RunProcess", 0, {Gives(2)}, folder,
-            [](Folder &) {
-                char line[] = "z:\\bin\\true";
-                return RunProcess(line);
-            },
-            [](Folder &) { return ""; }),
+        Row<Folder>("DirCreate", 0, {}, Partly, [](auto &) { DirCreate("c:\\a\\b"); }),
+        Row<Filled>("DirDestroyAll", 0, {Gives(-1)}, Partly, [](auto &) { return DirDestroyAll("c:\\a"); }),
+        Row<Filled>("ClearDir", 0, {Gives(-1)}, Partly, [](auto &) { return ClearDir("c:\\a"); }),
+        // "A directory that the machine cannot tell is an empty text, with 0"
+        Row<Machine>("Get_Path_From_Directory_ID", 0, {},
+                     [](auto &of) { return Get_Path_From_Directory_ID(17, of.path); }),
+        Row<Machine>("Check_Free_Disk_Space", 1, {Nothing}, [](auto &) { return Check_Free_Disk_Space(1); }),
+        Row<Machine>("Find_CDROM", 0, {}, [](auto &of) { Find_CDROM(of.path); }),
+        Row<Machine>("RunningAsAdministrator", 1, {Nothing}, [](auto &) { return RunningAsAdministrator(); }),
+        Row<Machine>("CheckOsVersion", 0, {},
+                     [](auto &) {
+                         unsigned long flags = 0;
+                         CheckOsVersion(flags);
+                     }),
+        Row<Machine>("RunProcess", 0, {Gives(2)}, [](auto &of) { return RunProcess(of.line); }),
         // "a library that could not be loaded is not tried again until another has been asked for"
-        Row(
-            "Load_Call", 1, {Gives_Nothing}, [] { return std::make_shared<CWeakAPICall>(); },
-            [](CWeakAPICall &call) { return call.Load_Call("kernel32.dll", "Sleep") != nullptr; },
-            [](CWeakAPICall &) { return ""; }, Leaves::Partly),
+        Row<Machine>("Load_Call", 1, {Nothing}, Partly,
+                     [](auto &of) { return of.call.Load_Call("kernel32.dll", "Sleep") != nullptr; }),
     };
 }

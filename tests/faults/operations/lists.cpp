@@ -23,66 +23,55 @@ struct Subject {
         target.Clear(0);
         list.DeleteAllEntriesAsPointers(0);
     }
+    std::string State() {
+        return std::to_string(list.Entries(0)) + (copy ? std::to_string(copy->Entries(0)) : "");
+    }
     CDSList list, target, *copy = nullptr;
 };
 
 struct Value {
     Value() { list.Add(1, 0); }
+    std::string State() { return std::to_string(list.Entries(0)); }
     CDSList list;
 };
 
-const std::vector<Outcome> Throws = {Throws_Minus_One, Throws_No_Memory};
-const std::vector<Outcome> Throws_Or_Nothing = {Throws_Minus_One, Throws_No_Memory, Gives_Nothing};
+struct Made {
+    std::string State() { return list ? "made" : "none"; }
+    std::optional<CDSList> list;
+};
 
-template <class Operate>
-Operation Copying(const char *name, std::vector<Outcome> stated, Operate operate) {
-    return Row(
-        name, 1, stated, [] { return std::make_shared<Subject>(); }, operate,
-        [](Subject &of) {
-            return std::to_string(of.list.Entries(0)) + (of.copy ? std::to_string(of.copy->Entries(0)) : "");
-        });
-}
-
-template <class Operate>
-Operation Adding(const char *name, Operate operate) {
-    return Row(
-        name, 1, Throws, [] { return std::make_shared<Value>(); },
-        [=](Value &of) { return operate(of.list); },
-        [](Value &of) { return std::to_string(of.list.Entries(0)); });
-}
+const std::vector<Outcome> Throws = {Minus_One, Thrown};
+const std::vector<Outcome> Throws_Or_Nothing = {Minus_One, Thrown, Nothing};
 
 } // namespace
 
 Operations List_Operations() {
     return {
-        Adding("Add", [](CDSList &list) { return list.Add(2, 0); }),
-        Adding("Push", [](CDSList &list) { return list.Push(2, 0); }),
-        Adding("Insert", [](CDSList &list) { return list.Insert(&list, 0, 0); }),
-        Copying("AddVolatile", Throws_Or_Nothing,
-                [](Subject &of) { return of.list.AddVolatile(Text, 3, 0) != nullptr; }),
-        Copying("AddCString", Throws_Or_Nothing, [](Subject &of) { return of.list.AddCString(Text, 0); }),
-        Copying("PushVolatile", {Gives_Nothing},
-                [](Subject &of) { return of.list.PushVolatile(Text, 3, 0); }),
-        Copying("PushCString", Throws_Or_Nothing, [](Subject &of) { return of.list.PushCString(Text, 0); }),
-        Copying("AddPString", Throws_Or_Nothing,
-                [](Subject &of) { return of.list.AddPString(Pascal_Text, 0); }),
-        Copying("AddStr255", Throws_Or_Nothing,
-                [](Subject &of) { return of.list.AddStr255(Pascal_Text, 0); }),
-        Copying("Clone", {Gives_Nothing},
-                [](Subject &of) { return (of.copy = of.list.Clone(3)) != nullptr; }),
-        Row(
-            "ShallowClone", 1, {Gives_Nothing}, [] { return std::make_shared<Value>(); },
-            [](Value &of) {
-                CDSList *const copy = of.list.ShallowClone();
-                const bool made = copy != nullptr;
-                Delete_List(copy);
-                return made;
-            },
-            [](Value &of) { return std::to_string(of.list.Entries(0)); }),
+        Row<Made>("list", 1, Throws, [](auto &of) { return of.list.emplace(), 1; }),
+        Row<Value>("Add", 1, Throws, [](auto &of) { return of.list.Add(2, 0); }),
+        Row<Value>("Push", 1, Throws, [](auto &of) { return of.list.Push(2, 0); }),
+        Row<Value>("Insert", 1, Throws, [](auto &of) { return of.list.Insert(&of.list, 0, 0); }),
+        Row<Subject>("AddVolatile", 1, Throws_Or_Nothing,
+                     [](auto &of) { return of.list.AddVolatile(Text, 3, 0) != nullptr; }),
+        Row<Subject>("AddCString", 1, Throws_Or_Nothing,
+                     [](auto &of) { return of.list.AddCString(Text, 0); }),
+        Row<Subject>("PushVolatile", 1, {Nothing}, [](auto &of) { return of.list.PushVolatile(Text, 3, 0); }),
+        Row<Subject>("PushCString", 1, Throws_Or_Nothing,
+                     [](auto &of) { return of.list.PushCString(Text, 0); }),
+        Row<Subject>("AddPString", 1, Throws_Or_Nothing,
+                     [](auto &of) { return of.list.AddPString(Pascal_Text, 0); }),
+        Row<Subject>("AddStr255", 1, Throws_Or_Nothing,
+                     [](auto &of) { return of.list.AddStr255(Pascal_Text, 0); }),
+        Row<Subject>("Clone", 1, {Nothing}, [](auto &of) { return (of.copy = of.list.Clone(3)) != nullptr; }),
+        Row<Value>("ShallowClone", 1, {Nothing},
+                   [](auto &of) {
+                       CDSList *const copy = of.list.ShallowClone();
+                       const bool made = copy != nullptr;
+                       Delete_List(copy);
+                       return made;
+                   }),
         // "the values before it are in `target`"
-        Row(
-            "ShallowClone to a list", 1, Throws, [] { return std::make_shared<Subject>(); },
-            [](Subject &of) { return of.list.ShallowClone(of.target), 1; },
-            [](Subject &of) { return std::to_string(of.list.Entries(0)); }, Leaves::Partly),
+        Row<Subject>("ShallowClone to a list", 1, Throws, Partly,
+                     [](auto &of) { return of.list.ShallowClone(of.target), 1; }),
     };
 }

@@ -4,6 +4,9 @@
 #include <kelmara/localization/world_beat.h>
 #include <kelmara/system/file.h>
 #include <tests/faults/operations/plain_dialog.h>
+#include <tests/support/replaced_import.h>
+
+#include <platform/menus.h>
 
 namespace {
 
@@ -11,7 +14,7 @@ const char Path[] = "c:\\strings.ltx";
 
 /// A table of two strings, of which the second is long, and where one goes.
 struct Table {
-    explicit Table(bool unindexed = true) : table(unindexed) {
+    Table() {
         CKMFile file;
         file.Open(Path, false, false);
         table.Load_Table(&file);
@@ -25,12 +28,13 @@ struct Table {
         }
         return state;
     }
-    CStringTable table;
+    CStringTable table{true};
     CSafeStr target{"before"};
 };
 
 struct Beat {
     Beat() { beat.Load_Localization(Path, true); }
+    std::string State() { return buffer + std::string(static_cast<char *>(text)); }
     CWorldBeat beat;
     char buffer[1000] = "before";
     CSafeStr text{"a ^FIRST b"};
@@ -38,61 +42,76 @@ struct Beat {
 
 struct Loading {
     Loading() { file.Open(Path, false, false); }
+    std::string State() { return std::to_string(table.Count_Entries()); }
     CKMFile file;
     CStringTable table;
 };
 
 struct Shown : Beat {
+    Shown() { AppendMenuA(menu, 0, 5, "^FIRST"), AppendMenuA(menu, 0, 6, "^SECOND"); }
+    ~Shown() { DestroyMenu(menu); }
+    std::string State() {
+        std::string state = Title_Of(control);
+        for (UINT item : {0u, 1u})
+            GetMenuStringA(menu, item, buffer, sizeof buffer, MF_BYPOSITION), state += buffer;
+        return state;
+    }
+    const HMENU menu = CreatePopupMenu();
     PlainDialog dialog;
     HWND control = dialog.Add("^FIRST");
 };
 
-template <class Operate>
-Operation On_Table(const char *name, long done, std::vector<Outcome> stated, Operate operate,
-                   Leaves leaves = Leaves::Before) {
-    return Row(
-        name, done, stated, [] { return std::make_shared<Table>(); }, operate,
-        [](Table &of) { return of.State(); }, leaves);
+struct Saving : Table {
+    Saving() { file.Open_With_Rollback("c:\\saved.ltx"); }
+    ~Saving() { file.Rollback(); }
+    CKMFile file;
+};
+
+int Characters_Told(HWND, LPCSTR text, LPCSTR title, UINT) {
+    return *text && *title ? 7 : 0;
 }
+
+struct Telling : Beat {
+    ReplacedImport box{"libkelmara.so", "MessageBoxA", reinterpret_cast<void *>(Characters_Told)};
+};
 
 } // namespace
 
 Operations Localization_Operations() {
     static const CSafeStr long_string(Long_Text.c_str());
-    const auto beat = [] { return std::make_shared<Beat>(); };
     return {
-        On_Table("New_Table", 0, {Gives_No_Memory}, [](Table &of) { return of.table.New_Table(); }),
-        On_Table("Set_String", 1, {Gives(-1)}, [](Table &of) { return of.table.Set_String(0, long_string); }),
-        On_Table("Set_String at the end", 2, {Gives(-1)},
-                 [](Table &of) { return of.table.Set_String(2, long_string); }),
-        On_Table("Import_String", 2, {Gives(-1)},
-                 [](Table &of) { return of.table.Import_String("text\tNAME\t1\tcomments\r\n"); }),
-        On_Table("Delete_String", 0, {}, [](Table &of) { return of.table.Delete_String(1), 0; }),
+        Row<Table>("New_Table", 0, {No_Memory}, [](auto &of) { return of.table.New_Table(); }),
+        Row<Table>("Set_String", 1, {Gives(-1)},
+                   [](auto &of) { return of.table.Set_String(0, long_string); }),
+        Row<Table>("Set_String at the end", 2, {Gives(-1)},
+                   [](auto &of) { return of.table.Set_String(2, long_string); }),
+        Row<Table>("Set_Identifier", 0, {}, Either,
+                   [](auto &of) { of.table.Set_Identifier(0, long_string); }),
+        Row<Table>("Set_Comments", 0, {}, Either, [](auto &of) { of.table.Set_Comments(0, long_string); }),
+        Row<Table>("Import_String", 2, {Gives(-1)},
+                   [](auto &of) { return of.table.Import_String("text\tNAME\t1\tcomments\r\n"); }),
+        Row<Table>("Delete_String", 0, {}, [](auto &of) { of.table.Delete_String(1); }),
         // "The target is empty when ... it cannot get memory"
-        On_Table(
-            "Get_String", 0, {Throws_No_Memory},
-            [](Table &of) { return of.table.Get_String(1, of.target), 0; }, Leaves::Partly),
-        Row(
-            "Load_Table", 0, {Gives_No_Memory}, [] { return std::make_shared<Loading>(); },
-            [](Loading &of) { return of.file.MoveTo(0, 0), of.table.Load_Table(&of.file); },
-            [](Loading &of) { return std::to_string(of.table.Count_Entries()); }),
-        Row(
-            "Load_Localization", 0, {Gives_No_Memory, Gives(2)}, beat,
-            [](Beat &of) { return of.beat.Load_Localization(Path, true); },
-            [](Beat &of) { return of.buffer; }, Leaves::Partly), // Load_Table leaves no table
-        Row(
-            "Get_String to a buffer", 0, {Gives_No_Memory}, beat,
-            [](Beat &of) { return of.beat.Get_String("SECOND", of.buffer, sizeof of.buffer); },
-            [](Beat &of) { return of.buffer; }),
-        Row(
-            "Get_Temp_String", 0, {Throws_No_Memory}, beat,
-            [](Beat &of) { return of.beat.Get_Temp_String("SECOND"), 0; }, [](Beat &) { return ""; }),
-        Row(
-            "Localize_String", 0, {}, beat, [](Beat &of) { return of.beat.Localize_String(of.text), 0; },
-            [](Beat &of) { return static_cast<char *>(of.text); }, Leaves::Either),
-        Row(
-            "Localize_Dialog", 0, {}, [] { return std::make_shared<Shown>(); },
-            [](Shown &of) { return of.beat.Localize_Dialog(of.dialog), 0; },
-            [](Shown &of) { return Title_Of(of.control); }, Leaves::Either),
+        Row<Table>("Get_String", 0, {Thrown}, Partly, [](auto &of) { of.table.Get_String(1, of.target); }),
+        Row<Table>("Get_String_From_Identifier", 0, {Thrown}, Partly,
+                   [](auto &of) { of.table.Get_String_From_Identifier("SECOND", of.target); }),
+        Row<Saving>("Save_Changes", 0, {}, [](auto &of) { return of.table.Save_Changes(&of.file); }),
+        Row<Loading>("Load_Table", 0, {No_Memory},
+                     [](auto &of) { return of.file.MoveTo(0, 0), of.table.Load_Table(&of.file); }),
+        // Load_Table leaves no table
+        Row<Beat>("Load_Localization", 0, {No_Memory, Gives(2)}, Partly,
+                  [](auto &of) { return of.beat.Load_Localization(Path, true); }),
+        Row<Beat>("Get_String to a buffer", 0, {No_Memory},
+                  [](auto &of) { return of.beat.Get_String("SECOND", of.buffer, sizeof of.buffer); }),
+        Row<Beat>("Get_String of the texts", 0, {Thrown}, Partly,
+                  [](auto &of) { of.beat.Get_String("SECOND", of.text); }),
+        Row<Beat>("Get_Temp_String", 0, {Thrown}, [](auto &of) { of.beat.Get_Temp_String("SECOND"); }),
+        Row<Beat>("Localize_String", 0, {}, Either, [](auto &of) { of.beat.Localize_String(of.text); }),
+        Row<Beat>("Std_Log_Entry by a string", 0, {}, [](auto &of) { of.beat.Std_Log_Entry("SECOND"); }),
+        Row<Shown>("Localize_Dialog", 0, {}, Either, [](auto &of) { of.beat.Localize_Dialog(of.dialog); }),
+        // each item for itself keeps its reference
+        Row<Shown>("Localize_Menu", 0, {}, Partly, [](auto &of) { of.beat.Localize_Menu(of.menu); }),
+        Row<Telling>("MessageBoxA", 7, {},
+                     [](auto &of) { return of.beat.MessageBoxA(nullptr, "SECOND", "FIRST", 0); }),
     };
 }

@@ -1,11 +1,13 @@
 #pragma once
 // One row of the table of the library's operations that need memory.
 //
-//     Row("assignment", 0, {Throws_No_Memory}, [] { return std::make_shared<CSafeStr>("before"); },
-//         [](CSafeStr &string) { return string = Long_Text, 0L; },
-//         [](CSafeStr &string) { return std::string(static_cast<char *>(string)); })
+//     struct String {
+//         CSafeStr text{"before"};
+//         std::string State() { return static_cast<char *>(text); }
+//     };
+//     Row<String>("assignment", 0, {Thrown}, [](auto &of) { of.text = Long_Text.c_str(); })
 //
-// What operates must not allocate itself. Each preparation is a subject of its own.
+// What operates must not allocate itself. Each preparation is a subject of its own, made of nothing.
 
 #include <platform/errors.h>
 
@@ -19,10 +21,10 @@ struct Outcome {
     long value = 0;
     bool operator==(const Outcome &) const = default;
 };
-inline constexpr Outcome Throws_Minus_One = {Outcome::Thrown_Int, -1};
-inline constexpr Outcome Throws_No_Memory = {Outcome::Thrown_Long, E_OUTOFMEMORY};
-inline constexpr Outcome Gives_No_Memory = {Outcome::Given, E_OUTOFMEMORY};
-inline constexpr Outcome Gives_Nothing = {Outcome::Given, 0}; // null, false
+inline constexpr Outcome Minus_One = {Outcome::Thrown_Int, -1};
+inline constexpr Outcome Thrown = {Outcome::Thrown_Long, E_OUTOFMEMORY};
+inline constexpr Outcome No_Memory = {Outcome::Given, E_OUTOFMEMORY};
+inline constexpr Outcome Nothing = {Outcome::Given, 0}; // null, false
 constexpr Outcome Gives(long value) {
     return {Outcome::Given, value};
 }
@@ -33,6 +35,8 @@ enum class Leaves {
     Either, // the fault may stay untold, and then all is done or nothing
     Partly, // what was done up to the fault stays
 };
+
+using enum Leaves;
 
 struct Trial {
     std::function<long()> operate;
@@ -48,14 +52,29 @@ struct Operation {
 };
 using Operations = std::vector<Operation>;
 
-template <class Prepare, class Operate, class State>
-Operation Row(const char *name, long done, std::vector<Outcome> stated, Prepare prepare, Operate operate,
-              State state, Leaves leaves = Leaves::Before) {
-    return {name, done, std::move(stated), leaves, [=] {
-                auto subject = prepare();
-                return Trial{[=] { return static_cast<long>(operate(*subject)); },
-                             [=] { return std::string(state(*subject)); }};
+/// `operate` gives a number, or nothing, which is 0. A subject without State has none to lose.
+template <class Subject, class Operate>
+Operation Row(const char *name, long done, std::vector<Outcome> stated, Leaves leaves, Operate operate) {
+    return {name, done, std::move(stated), leaves, [operate] {
+                auto subject = std::make_shared<Subject>();
+                const auto give = [=]() -> long {
+                    if constexpr (std::is_void_v<decltype(operate(*subject))>)
+                        return operate(*subject), 0;
+                    else
+                        return static_cast<long>(operate(*subject));
+                };
+                return Trial{give, [=] {
+                                 if constexpr (requires { subject->State(); })
+                                     return std::string(subject->State());
+                                 else
+                                     return std::string();
+                             }};
             }};
+}
+
+template <class Subject, class Operate>
+Operation Row(const char *name, long done, std::vector<Outcome> stated, Operate operate) {
+    return Row<Subject>(name, done, std::move(stated), Leaves::Before, operate);
 }
 
 inline const std::string Long_Text(600, 'l'); // more than a string holds inside
@@ -70,3 +89,5 @@ Operations Registry_Operations();
 Operations Shared_State_Operations();
 Operations Suite_Operations();
 Operations Dialog_Operations();
+Operations Bound_Control_Operations();
+Operations Connectivity_Operations();

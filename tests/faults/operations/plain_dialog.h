@@ -7,9 +7,9 @@ class PlainDialog {
   public:
     ~PlainDialog() { DestroyWindow(window_); }
     operator HWND() const { return window_; }
-    HWND Add(const char *text) const {
-        return CreateWindowExA(0, "Static", text, WS_CHILD | WS_VISIBLE, 10, 10, 60, 30, window_, nullptr,
-                               nullptr, nullptr);
+    HWND Add(const char *text, const char *control_class = "Static", int id = 0, DWORD style = 0) const {
+        return CreateWindowExA(0, control_class, text, WS_CHILD | WS_VISIBLE | style, 10, 10, 60, 30, window_,
+                               reinterpret_cast<HMENU>(id), nullptr, nullptr);
     }
 
   private:

@@ -5,11 +5,14 @@
 #include <kelmara/suite/folders.h>
 #include <kelmara/suite/shell_items.h>
 #include <kelmara/suite/startup.h>
+#include <tests/faults/operations/fake_suite.h>
 #include <tests/modules/com_class.h>
 
 #include <platform/com.h>
 #include <platform/kernel.h>
 #include <platform/registry.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -22,6 +25,13 @@ long Register() {
 
 /// The class is registered, if only in part. It stays: making it takes its time on the disk.
 struct Class {
+    std::string State() const {
+        HKEY key;
+        if (RegOpenKeyA(HKEY_CLASSES_ROOT, "CLSID\\{5B0A3A10-77C1-4D0E-9122-3F5E016C2001}", &key) != 0)
+            return "none";
+        RegCloseKey(key);
+        return "registered";
+    }
     Class() {
         HKEY key;
         if (RegOpenKeyA(HKEY_LOCAL_MACHINE, Shown, &key) != 0) {
@@ -32,46 +42,68 @@ struct Class {
     }
 };
 
-std::string Class_State(Class &) {
-    HKEY key;
-    if (RegOpenKeyA(HKEY_CLASSES_ROOT, "CLSID\\{5B0A3A10-77C1-4D0E-9122-3F5E016C2001}", &key) != 0) return "";
-    RegCloseKey(key);
-    return "registered";
+struct Desktop : Class {
+    Desktop() { SHGetDesktopFolder(&folder); }
+    ~Desktop() {
+        CoTaskMemFree(list);
+        folder->Release();
+    }
+    IShellFolder *folder = nullptr;
+    _ITEMIDLIST *list = nullptr;
+};
+
+struct Name {
+    Name() {
+        record.uType = STRRET_WSTR;
+        record.pOleStr = static_cast<WCHAR *>(CoTaskMemAlloc(20));
+        std::copy_n(u"text", 5, record.pOleStr);
+    }
+    ~Name() { CoTaskMemFree(record.pOleStr); }
+    _STRRET record = {};
+    char text[20];
+};
+
+int Tell_Nobody(HWND, LPCSTR, LPCSTR, UINT) {
+    return 0;
 }
+[[noreturn]] void Throw_Instead(UINT) {
+    throw -2;
+}
+
+/// A machine on which a process that would end throws -2.
+struct Starting : FakeSuite {
+    ReplacedImport box{"libkelmara.so", "MessageBoxA", reinterpret_cast<void *>(Tell_Nobody)};
+    ReplacedImport exit{"libkelmara.so", "ExitProcess", reinterpret_cast<void *>(Throw_Instead)};
+};
 
 } // namespace
 
 Operations Suite_Operations() {
-    const auto prepare = [] { return std::make_shared<Class>(); };
-    const auto nothing = [](Class &) { return ""; };
     return {
-        Row(
-            "Get_Shell_Folder_ID_List", 1, {Gives_Nothing}, prepare,
-            [](Class &) {
-                _ITEMIDLIST *list = nullptr;
-                const bool found = Get_Shell_Folder_ID_List(&CLSID_TestCounter, &list);
-                CoTaskMemFree(list);
-                return found;
-            },
-            nothing),
-        Row(
-            "GetKelMaraFolderPath", 1, {Gives_Nothing}, prepare,
-            [](Class &) {
-                char path[260];
-                GetKelMaraFolderPath(4, path);
-                return path[0] != 0;
-            },
-            nothing),
-        Row(
-            "Is_Valid_Component_Name", 1, {}, prepare,
-            [](Class &) { return Is_Valid_Component_Name("name"); }, nothing),
+        Row<Desktop>("Get_Shell_Folder_ID_List", 1, {Nothing},
+                     [](auto &of) { return Get_Shell_Folder_ID_List(&CLSID_TestCounter, &of.list); }),
+        Row<Desktop>("Get_PIDL", 1, {Nothing},
+                     [](auto &of) { return Get_PIDL(of.folder, "My Computer", &of.list); }),
+        Row<Name>("DS_StrRetToStr", 0, {No_Memory},
+                  [](auto &of) { return DS_StrRetToStr(&of.record, of.text, sizeof of.text); }),
+        Row<Class>("GetKelMaraFolderPath", 1, {Nothing},
+                   [](auto &) {
+                       char path[260];
+                       GetKelMaraFolderPath(4, path);
+                       return path[0] != 0;
+                   }),
+        Row<Class>("Is_Valid_Component_Name", 1, {}, [](auto &) { return Is_Valid_Component_Name("name"); }),
+        // a drive whose room cannot be told is taken for a full one, and the process would end
+        Row<Starting>("Init_Kelmara", 0, {{Outcome::Thrown_Int, -2}}, [](auto &) { Init_Kelmara(); }),
+        Row<Starting>("Verify_Kelmara", 0, {Gives(Server_Not_Reached)},
+                      [](auto &) { return Verify_Kelmara(); }),
         // "writes or deletes as much as the machine lets it, ... and answers 0 whatever came of it"
-        Row(
-            "RegisterServer", 0, {}, prepare, [](Class &) { return Register(); }, Class_State,
-            Leaves::Partly),
-        Row(
-            "UnregisterServer", 0, {}, prepare,
-            [](Class &) { return UnregisterServer(CLSID_TestCounter, "Test.Counter", "Test.Counter.1"); },
-            Class_State, Leaves::Partly),
+        Row<Class>("RegisterServer", 0, {}, Partly, [](auto &) { return Register(); }),
+        Row<Class>(
+            "RegisterShellExtension", 0, {}, Partly,
+            [](auto &) { return RegisterShellExtension(nullptr, CLSID_TestCounter, "open ", "Open"); }),
+        Row<Class>(
+            "UnregisterServer", 0, {}, Partly,
+            [](auto &) { return UnregisterServer(CLSID_TestCounter, "Test.Counter", "Test.Counter.1"); }),
     };
 }

@@ -20,80 +20,70 @@ std::string Found(CHashTable &table, const char *key) {
     }
 }
 
-struct Table : CHashTable {
-    Table() { EXPECT_OK(Initialize(1)), Add("first", Value, 5); }
-    static void EXPECT_OK(long result) {
-        if (result != 0) throw std::string("no table");
+struct Table {
+    explicit Table(int size = 1) {
+        if (size > 0 && table.Initialize(size) == 0) table.Add("first", Value, 5);
     }
-};
-
-std::string Table_State(CHashTable &table) {
-    return Found(table, "first") + " " + Found(table, "second") + std::to_string(table.Get_Num_Entries());
-}
-
-std::shared_ptr<Table> New_Table() {
-    return std::make_shared<Table>();
-}
-
-struct Buffer : CSmartBuffer {
-    Buffer() { Initialize(8), Write("abcdefg"); }
+    ~Table() { table.Return_Iterator(walk); }
     std::string State() {
-        return std::string(CSmartBuffer::Buffer, static_cast<std::size_t>(End_Of_Data)) + "|" +
-               std::to_string(Offset);
+        return Found(table, "first") + " " + Found(table, "second") + std::to_string(table.Get_Num_Entries());
     }
-};
-
-template <class Operate>
-Operation On_Buffer(const char *name, std::vector<Outcome> stated, Operate operate,
-                    Leaves leaves = Leaves::Before) {
-    return Row(
-        name, 0, stated, [] { return std::make_shared<Buffer>(); }, operate,
-        [](Buffer &buffer) { return buffer.State(); }, leaves);
-}
-
-struct Walk {
-    Walk() { table.Initialize(2), table.Add("first", Value, 5); }
-    ~Walk() { table.Return_Iterator(walk); }
     CHashTable table;
     long walk = 0;
 };
 
+struct Empty : Table {
+    Empty() : Table(0) {}
+};
+
+struct Made {
+    std::string State() { return table ? "made" : "none"; }
+    std::optional<CHashTable> table;
+};
+
+struct Buffer : CSmartBuffer {
+    Buffer() { Initialize(8), Write("abcdefg"), other.Initialize(700), other.Write(Long_Text.c_str()); }
+    std::string State() {
+        return std::string(CSmartBuffer::Buffer, static_cast<std::size_t>(End_Of_Data)) + "|" +
+               std::to_string(Offset);
+    }
+    CSmartBuffer other;
+};
+
+const std::vector<Outcome> Throws = {Minus_One, Thrown};
+
 } // namespace
 
 Operations Table_Operations() {
+    static char kept[] = "another value";
+    static WCHAR wide[300];
+    std::fill(wide, wide + 299, 'w');
     return {
-        Row(
-            "hash table", 1, {Throws_Minus_One, Throws_No_Memory},
-            [] { return std::make_shared<std::optional<CHashTable>>(); },
-            [](std::optional<CHashTable> &table) { return table.emplace(), 1; },
-            [](std::optional<CHashTable> &table) { return table ? "made" : "none"; }),
-        Row(
-            "Initialize", 0, {Gives_No_Memory}, [] { return std::make_shared<CHashTable>(); },
-            [](CHashTable &table) { return table.Initialize(3); }, Table_State),
-        Row(
-            "Add", 0, {}, New_Table, [](Table &table) { return table.Add("second", Value, 5), 0; },
-            Table_State, Leaves::Either),
-        Row(
-            "Add_Volatile", 0, {}, New_Table,
-            [](Table &table) { return table.Add_Volatile("second", Value, 6), 0; }, Table_State,
-            Leaves::Either),
-        Row(
-            "Get_Entries_Iterator", 1, {Gives_Nothing}, [] { return std::make_shared<Walk>(); },
-            [](Walk &of) { return (of.walk = of.table.Get_Entries_Iterator()) != 0; },
-            [](Walk &of) { return Table_State(of.table); }),
-        On_Buffer("Write", {Gives_No_Memory}, [](Buffer &buffer) { return buffer.Write(Long_Text.c_str()); }),
-        On_Buffer(
-            "Insert", {Gives_No_Memory},
-            [](Buffer &buffer) { return buffer.Move_To(2L), buffer.Insert(Long_Text.c_str(), 600); },
-            Leaves::Partly), // the cursor was moved before
+        Row<Made>("hash table", 1, Throws, [](auto &of) { return of.table.emplace(), 1; }),
+        Row<Empty>("Initialize", 0, {No_Memory}, [](auto &of) { return of.table.Initialize(3); }),
+        Row<Table>("Add", 0, {}, Either, [](auto &of) { of.table.Add("second", Value, 5); }),
+        Row<Table>("Add by number", 0, {}, Either, [](auto &of) { of.table.Add(2L, Value, 5); }),
+        Row<Table>("Add_Volatile", 0, {}, Either,
+                   [](auto &of) { of.table.Add_Volatile("second", Value, 6); }),
+        Row<Table>("Add_Volatile by number", 0, {}, Either,
+                   [](auto &of) { of.table.Add_Volatile(2L, Value, 6); }),
+        Row<Table>(
+            "Replace_Data", 0, {},
+            [](auto &of) { return of.table.Replace_Data("first", kept, sizeof kept, nullptr, false); }),
+        Row<Table>("Get_Entries_Iterator", 1, {Nothing},
+                   [](auto &of) { return (of.walk = of.table.Get_Entries_Iterator()) != 0; }),
+        Row<Buffer>("Write", 0, {No_Memory}, [](auto &of) { return of.Write(Long_Text.c_str()); }),
+        Row<Buffer>("Write of a wide text", 0, {No_Memory}, [](auto &of) { return of.Write(wide); }),
+        Row<Buffer>("Write of a buffer", 0, {No_Memory}, [](auto &of) { return of.Write(&of.other); }),
+        // the cursor was moved before
+        Row<Buffer>("Insert", 0, {No_Memory}, Partly,
+                    [](auto &of) { return of.Move_To(2L), of.Insert(Long_Text.c_str(), 600); }),
+        Row<Buffer>("Insert of a buffer", 0, {No_Memory}, Partly,
+                    [](auto &of) { return of.Move_To(2L), of.Insert(&of.other); }),
         // "each `find` whose replacement does not fit into the block goes all the same"
-        On_Buffer(
-            "Search_And_Replace", {},
-            [](Buffer &buffer) { return buffer.Search_And_Replace("cd", Long_Text.c_str(), true); },
-            Leaves::Partly),
+        Row<Buffer>("Search_And_Replace", 0, {}, Partly,
+                    [](auto &of) { return of.Search_And_Replace("cd", Long_Text.c_str(), true); }),
         // "or 0x8007000E and no block"
-        On_Buffer(
-            "Initialize a buffer", {Gives_No_Memory}, [](Buffer &buffer) { return buffer.Initialize(9); },
-            Leaves::Partly),
+        Row<Buffer>("Initialize a buffer", 0, {No_Memory}, Partly, [](auto &of) { return of.Initialize(9); }),
     };
 }

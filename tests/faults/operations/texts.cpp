@@ -9,84 +9,103 @@
 
 namespace {
 
-using Made = std::optional<CSafeStr>;
-
-std::string Text_Of(CSafeStr &string) {
-    return static_cast<char *>(string);
+const unsigned char *Pascal_Text() {
+    static const std::string text = "\xFF" + Long_Text;
+    return reinterpret_cast<const unsigned char *>(text.data());
 }
 
-template <class Operate>
-Operation On_String(const char *name, Operate operate) {
-    const auto prepare = [] { return std::make_shared<CSafeStr>("a text before"); };
-    const auto done = [operate](CSafeStr &string) { return operate(string), 0L; };
-    return Row(name, 0, {Throws_No_Memory}, prepare, done, Text_Of);
-}
+struct String {
+    CSafeStr text{"a text before"};
+    std::string State() { return static_cast<char *>(text); }
+};
 
-template <class Operate>
-Operation Making(const char *name, Operate operate) {
-    const auto prepare = [] { return std::make_shared<Made>(); };
-    return Row(name, 1, {Throws_Minus_One}, prepare, operate,
-               [](Made &made) { return made ? Text_Of(*made) : "none"; });
-}
+struct Pair {
+    CSafeStr line{Long_Text.c_str()}, token{""};
+    std::string State() { return static_cast<char *>(line) + std::string("|") + static_cast<char *>(token); }
+};
+
+struct Made {
+    std::optional<CSafeStr> text;
+    std::string State() { return text ? static_cast<char *>(*text) : "none"; }
+};
 
 struct Block {
     ~Block() {
         if (place) ds_free(place);
     }
+    std::string State() { return place; }
     char *place = static_cast<char *>(ds_malloc_clear(8));
 };
 
+struct New {
+    ~New() {
+        if (place) ds_free(place);
+    }
+    void *place = nullptr;
+};
+
 struct Buffer {
-    char text[700] = "find it";
+    char text[1300] = "find it";
+    std::string State() { return text; }
 };
 
 } // namespace
 
 Operations Text_Operations() {
     static const CSafeStr long_string(Long_Text.c_str());
-    const auto buffer = [] { return std::make_shared<Buffer>(); };
-    const auto written = [](Buffer &subject) { return std::string(subject.text); };
+    static const WCHAR wide[] = {'f', 'i', 'n', 'd', 0};
     return {
-        Row(
-            "ds_realloc", 1, {Gives_Nothing}, [] { return std::make_shared<Block>(); },
-            [](Block &block) {
-                void *const grown = ds_realloc(block.place, 100);
-                if (grown) block.place = static_cast<char *>(grown);
-                return grown != nullptr;
-            },
-            [](Block &block) { return block.place; }),
-        Making("string", [](Made &made) { return made.emplace(Long_Text.c_str()), 1; }),
-        Making("copy of a string", [](Made &made) { return made.emplace(long_string), 1; }),
-        On_String("=", [](CSafeStr &string) { string = Long_Text.c_str(); }),
-        On_String("= string", [](CSafeStr &string) { string = long_string; }),
-        On_String("+=", [](CSafeStr &string) { string += Long_Text.c_str(); }),
-        On_String("+= itself and more", [](CSafeStr &string) { string += long_string; }),
-        On_String("Set_Data", [](CSafeStr &string) { string.Set_Data(Long_Text.c_str(), 600); }),
-        On_String("Shift_Chars", [](CSafeStr &string) { string.Shift_Chars(600); }),
-        On_String("Replace_String",
-                  [](CSafeStr &string) {
-                      string.Replace_String("text", static_cast<const CSafeStr &>(long_string));
-                  }),
-        Row(
-            "Check_Buffer", 0, {Gives_No_Memory}, [] { return std::make_shared<CSafeStr>("before"); },
-            [](CSafeStr &string) { return CStrAlloc().Check_Buffer(700, &string); }, Text_Of),
-        Row(
-            "Next_Token", 1, {Throws_No_Memory},
-            [] { return std::make_shared<std::pair<CSafeStr, CSafeStr>>(Long_Text.c_str(), ""); },
-            [](std::pair<CSafeStr, CSafeStr> &both) { return both.first.Next_Token(both.second, ','), 1; },
-            [](std::pair<CSafeStr, CSafeStr> &both) {
-                return Text_Of(both.first) + "|" + Text_Of(both.second);
-            }),
-        Row(
-            "strcmp_ncs", -1, {Gives_Nothing}, buffer,
-            [](Buffer &) { return strcmp_ncs(Long_Text.c_str(), (Long_Text.c_str() + 1)) != 0 ? -1 : 0; },
-            written),
-        Row(
-            "strstr_ncs", 1, {Gives_Nothing}, buffer,
-            [](Buffer &) { return strstr_ncs(Long_Text.c_str(), Long_Text.c_str() + 200) != nullptr; },
-            written),
-        Row(
-            "Replace_String of texts", 1, {Gives_Nothing}, buffer,
-            [](Buffer &subject) { return Replace_String(subject.text, "find", "replace"); }, written),
+        Row<New>("ds_malloc", 1, {Nothing}, [](auto &of) { return (of.place = ds_malloc(9)) != nullptr; }),
+        Row<New>("ds_malloc_clear", 1, {Nothing},
+                 [](auto &of) { return (of.place = ds_malloc_clear(9)) != nullptr; }),
+        Row<New>("ds_malloc_procptr", 1, {Nothing},
+                 [](auto &of) { return (of.place = ds_malloc_procptr(9)) != nullptr; }),
+        Row<New>("Allocate_Object", 1, {Nothing},
+                 [](auto &of) { return (of.place = Allocate_Object(9)) != nullptr; }),
+        Row<Block>("ds_realloc", 1, {Nothing},
+                   [](auto &of) {
+                       void *const grown = ds_realloc(of.place, 100);
+                       if (grown) of.place = static_cast<char *>(grown);
+                       return grown != nullptr;
+                   }),
+        Row<Made>("string", 1, {Minus_One}, [](auto &of) { return of.text.emplace(Long_Text.c_str()), 1; }),
+        Row<Made>("string of Pascal's", 1, {Minus_One},
+                  [](auto &of) { return of.text.emplace(Pascal_Text()), 1; }),
+        Row<Made>("copy of a string", 1, {Minus_One},
+                  [](auto &of) { return of.text.emplace(long_string), 1; }),
+        Row<String>("=", 0, {Thrown}, [](auto &of) { of.text = Long_Text.c_str(); }),
+        Row<String>("= string", 0, {Thrown}, [](auto &of) { of.text = long_string; }),
+        Row<String>("+=", 0, {Thrown}, [](auto &of) { of.text += Long_Text.c_str(); }),
+        Row<String>("+= string", 0, {Thrown}, [](auto &of) { of.text += long_string; }),
+        Row<String>("+= Pascal's, three times", 0, {Thrown}, Partly,
+                    [](auto &of) {
+                        for (int i = 0; i < 3; ++i) of.text += Pascal_Text();
+                    }),
+        Row<String>("+= number, often", 0, {Thrown}, Partly,
+                    [](auto &of) {
+                        for (int i = 0; i < 60; ++i) of.text += 1000000000;
+                    }),
+        Row<String>("Set_Data", 0, {Thrown}, [](auto &of) { of.text.Set_Data(Long_Text.c_str(), 600); }),
+        Row<String>("Shift_Chars", 0, {Thrown}, [](auto &of) { of.text.Shift_Chars(600); }),
+        Row<String>("Replace_String", 0, {Thrown},
+                    [](auto &of) { of.text.Replace_String("text", long_string); }),
+        Row<String>("Check_Buffer", 0, {No_Memory},
+                    [](auto &of) { return CStrAlloc().Check_Buffer(700, &of.text); }),
+        Row<Pair>("Quote_Wrap", 0, {Thrown}, [](auto &of) { of.line.Quote_Wrap(); }),
+        Row<Pair>("Next_Token", 1, {Thrown}, [](auto &of) { return of.line.Next_Token(of.token, ','), 1; }),
+        Row<Pair>("Get_Next_Insert_Token", 1, {Thrown},
+                  [](auto &of) { return of.line.Get_Next_Insert_Token(of.token, 0, 'l'); }),
+        Row<Buffer>("strcmp_ncs", -1, {Nothing},
+                    [](auto &) { return strcmp_ncs(Long_Text.c_str(), Long_Text.c_str() + 1) ? -1 : 0; }),
+        Row<Buffer>("strstr_ncs", 1, {Nothing},
+                    [](auto &) { return strstr_ncs(Long_Text.c_str(), Long_Text.c_str() + 200) != nullptr; }),
+        Row<Buffer>("Strip_String", 1, {Nothing}, [](auto &of) { return Strip_String(of.text, "it"); }),
+        Row<Buffer>("Replace_String of texts", 1, {Nothing},
+                    [](auto &of) { return Replace_String(of.text, "find", "replace"); }),
+        Row<Buffer>("Replace_String of wide texts", 0, {Nothing},
+                    [](auto &of) {
+                        return Replace_String(reinterpret_cast<WCHAR *>(of.text + 700), wide, wide + 1);
+                    }),
+        Row<Buffer>("Quote_String", 0, {}, Either, [](auto &of) { Quote_String(of.text); }),
     };
 }
