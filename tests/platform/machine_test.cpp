@@ -45,7 +45,6 @@ TEST_F(Machines, AreRemovedWithAllThatTheyHave) {
 
 TEST_F(Machines, StandAnEmptyNumberFromAPowerFailure) {
     const std::string number = "drive_c/inner/machine.id";
-    ASSERT_TRUE(Enter(machine.Path("drive_c/inner")));
     machine.Write(number, "");
     EXPECT_TRUE(Enter(machine.Path("drive_c/inner")));
     EXPECT_EQ(machine.Read(number).size(), 32u);
