@@ -29,6 +29,7 @@ class Modules : public MachineTest {
 
     void Go_To(const std::string &folder) const {
         fs::create_directories(machine.Path(folder));
+        fs::permissions(machine.Path(folder), fs::perms(0755));
         fs::current_path(machine.Path(folder));
     }
     void Put(const std::string &module, const std::string &relative) const {
