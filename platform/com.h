@@ -127,8 +127,9 @@ PLATFORM_API HRESULT CoCreateInstance(REFCLSID clsid, IUnknown *outer, DWORD con
 /// REGCLS_MULTIPLEUSE, otherwise E_INVALIDARG. Calls run on this thread, whichever its mode, when it looks
 /// for messages or waits for another server. Of several programs that offer a class the first one serves. The
 /// factory is held until CoRevokeClassObject by the same thread, the listing until that or the program's end;
-/// objects that were made live on. On failure `*cookie` is 0: CO_E_NOTINITIALIZED, E_OUTOFMEMORY, E_FAIL when
-/// the machine cannot list it.
+/// objects that were made live on. On failure `*cookie` is 0: CO_E_NOTINITIALIZED, E_OUTOFMEMORY,
+/// E_ACCESSDENIED when the machine or its list is refused as not this user's own, E_FAIL when it cannot list
+/// it.
 PLATFORM_API HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown *factory, DWORD context, DWORD flags,
                                            DWORD *cookie);
 /// CO_E_OBJNOTREG for what this thread has not registered.

@@ -86,6 +86,7 @@ inline constexpr long E_NOINTERFACE = static_cast<long>(0x80004002u);
 inline constexpr long E_POINTER = static_cast<long>(0x80004003u);
 inline constexpr long E_FAIL = static_cast<long>(0x80004005u);
 inline constexpr long E_UNEXPECTED = static_cast<long>(0x8000FFFFu);
+inline constexpr long E_ACCESSDENIED = static_cast<long>(0x80070005u);
 inline constexpr long E_OUTOFMEMORY = static_cast<long>(0x8007000Eu);
 inline constexpr long E_INVALIDARG = static_cast<long>(0x80070057u);
 

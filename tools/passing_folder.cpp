@@ -1,5 +1,7 @@
 #include <tools/passing_folder.h>
 
+#include <tools/own_folder.h>
+
 #include <platform/machine.h>
 
 #include <cerrno>
@@ -53,7 +55,9 @@ std::vector<std::string> Passing_Places() {
 }
 
 PassingFolder::PassingFolder(const std::string &place) : path_(place + "/" + std::string(Mark) + "XXXXXX") {
-    is_made_ = mkdtemp(path_.data()) != nullptr;
+    if (mkdtemp(path_.data()) == nullptr) return;
+    is_made_ = Give_To_Owner(path_);
+    if (!is_made_) rmdir(path_.c_str());
 }
 
 PassingFolder::~PassingFolder() {

@@ -29,7 +29,7 @@ class PassingFolder {
 
   private:
     std::string path_;
-    bool is_made_;
+    bool is_made_ = false;
     int lock_ = -1;
 };
 

@@ -47,10 +47,10 @@ HRESULT Apartment::Register(REFCLSID clsid, IUnknown *factory, DWORD &cookie) {
     const auto place =
         classes_.try_emplace(fresh, RegisteredClass{clsid, Reference<IUnknown>::Another(factory)}).first;
     const auto list = [&] {
-        const std::shared_ptr<ListedClass> listed = ListedClass::List(clsid);
-        if (!listed) return E_FAIL;
-        endpoint_->Listen(fresh, listed);
-        return S_OK;
+        std::shared_ptr<ListedClass> listed;
+        const HRESULT result = ListedClass::List(clsid, listed);
+        if (listed) endpoint_->Listen(fresh, listed);
+        return result;
     };
     const HRESULT result = Result_Within_Memory(list);
     if (result < 0) return classes_.erase(place), result;

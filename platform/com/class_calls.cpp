@@ -1,10 +1,12 @@
 #include <platform/com.h>
 
 #include <platform/com/class_keys.h>
+#include <platform/com/class_list.h>
 #include <platform/com/class_modules.h>
 #include <platform/com/com_thread.h>
 #include <platform/com/reference.h>
 #include <platform/com/remote_factory.h>
+#include <platform/kernel.h>
 
 namespace {
 
@@ -20,8 +22,10 @@ HRESULT Find_Class_Object(REFCLSID clsid, DWORD context, REFIID iid, void **out)
 }
 
 HRESULT Register_Class_Object(REFCLSID clsid, IUnknown *factory, DWORD &cookie) {
+    SetLastError(NO_ERROR); // says why there is no apartment
     const std::shared_ptr<Apartment> apartment = Own_Or_New_Apartment();
-    return apartment ? apartment->Register(clsid, factory, cookie) : E_FAIL;
+    return apartment ? apartment->Register(clsid, factory, cookie)
+                     : Refusal_To_List(static_cast<long>(GetLastError()));
 }
 
 } // namespace

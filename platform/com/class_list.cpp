@@ -28,9 +28,9 @@ std::string List_Folder() {
     return folder.empty() ? folder : folder + "/classes";
 }
 
-bool Make_List_Folder() {
-    return Make_Private_Folder(Shared_Memory_Folder_Path()) == ERROR_SUCCESS &&
-           Make_Private_Folder(List_Folder()) == ERROR_SUCCESS;
+long Make_List_Folder() {
+    const long error = Make_Private_Folder(Shared_Memory_Folder_Path());
+    return error == NO_ERROR ? Make_Private_Folder(List_Folder()) : error;
 }
 
 FileDescriptor New_Socket() {
@@ -148,25 +148,31 @@ bool Peer_Of(int socket, ucred &peer) {
 
 } // namespace
 
+HRESULT Refusal_To_List(long error) {
+    return error == ERROR_ACCESS_DENIED ? E_ACCESSDENIED : E_FAIL;
+}
+
 ListedClass::ListedClass(FileDescriptor socket, std::string folder, const std::string &name)
     : socket_(std::move(socket)), folder_(std::move(folder)), path_(folder_ + "/" + name) {}
 
-std::shared_ptr<ListedClass> ListedClass::List(REFCLSID clsid) {
+HRESULT ListedClass::List(REFCLSID clsid, std::shared_ptr<ListedClass> &result) {
     const std::string folder = List_Folder();
-    if (folder.empty()) return nullptr;
+    if (folder.empty()) return Refusal_To_List(Why_No_Machine(ERROR_PATH_NOT_FOUND));
     Remove_Names_Left_Aside();
     const std::string name = Text_Of(clsid) + Name_In_Order(), name_aside = Aside + name;
     auto aside = std::make_shared<ListedClass>(FileDescriptor(), folder, name_aside);
     auto listed = std::make_shared<ListedClass>(New_Socket(), folder, name);
-    for (int i = 0; i < Attempts && listed->socket_ && Make_List_Folder(); ++i) {
+    for (int i = 0; i < Attempts && listed->socket_; ++i) {
+        if (const long error = Make_List_Folder(); error != NO_ERROR) return Refusal_To_List(error);
         if (Address(folder, name_aside).Bind(listed->Socket()) &&
             listen(listed->Socket(), Waiting_Connections) == 0 &&
             rename(aside->path_.c_str(), listed->path_.c_str()) == 0) {
-            return listed;
+            result = std::move(listed);
+            return S_OK;
         }
         if (errno != ENOENT) break; // another program may have taken the empty folder away
     }
-    return nullptr;
+    return E_FAIL;
 }
 
 void ListedClass::Withdraw() {

@@ -12,11 +12,15 @@
 #include <memory>
 #include <string>
 
+/// What a class cannot be listed for: E_ACCESSDENIED of ERROR_ACCESS_DENIED, E_FAIL of all else.
+HRESULT Refusal_To_List(long error);
+
 /// A class in the list. Whoever has connected before it is withdrawn may still be accepted.
 class ListedClass {
   public:
-    /// Null when the machine's folder cannot be had or written. May throw std::bad_alloc.
-    static std::shared_ptr<ListedClass> List(REFCLSID clsid);
+    /// E_ACCESSDENIED, and null, when the machine or the list's folder is refused as not this user's own;
+    /// E_FAIL when they cannot be had or written. May throw std::bad_alloc.
+    static HRESULT List(REFCLSID clsid, std::shared_ptr<ListedClass> &result);
     ListedClass(FileDescriptor socket, std::string folder, const std::string &name);
     ~ListedClass() { Withdraw(); }
     ListedClass(const ListedClass &) = delete;

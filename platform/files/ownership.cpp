@@ -1,27 +1,34 @@
 #include <platform/files/ownership.h>
 
 #include <platform/errors.h>
+#include <platform/kernel/open_folder.h>
 
-#include <climits>
-#include <cstdio>
-#include <dlfcn.h>
 #include <fcntl.h>
 
 namespace {
 
 constexpr mode_t Owner_Reads_And_Writes = 0600;
+constexpr mode_t Owner_Alone = 0700;
+constexpr mode_t Writable_By_Group_Or_Others = 0022;
+// Nobody else can enter it, and to this user's other processes it is still one that others may write to.
+constexpr mode_t Shut_And_In_Question = 0702;
+constexpr unsigned Patience_For_Another_Taker = 2000; // milliseconds
+constexpr int Most_Attempts = 3;
+
+bool Is_Of_User(const struct stat &status, mode_t kind) {
+    return (status.st_mode & S_IFMT) == kind && status.st_uid == geteuid();
+}
 
 bool Is_Own_File(const struct stat &status, mode_t refused) {
-    return S_ISREG(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & refused) == 0;
+    return Is_Of_User(status, S_IFREG) && (status.st_mode & refused) == 0;
 }
 
 bool Is_Own_Folder(const struct stat &status) {
-    return S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
-           (status.st_mode & Writable_By_Group_Or_Others) == 0;
+    return Is_Of_User(status, S_IFDIR) && (status.st_mode & Writable_By_Group_Or_Others) == 0;
 }
 
-bool Close_To_Others(const std::string &folder) {
-    return fchmodat(AT_FDCWD, folder.c_str(), 0700, AT_SYMLINK_NOFOLLOW) == 0;
+bool Change_Mode(const std::string &path, mode_t mode) {
+    return fchmodat(AT_FDCWD, path.c_str(), mode, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 int Reason_At(const std::string &path, int reason, mode_t refused) {
@@ -36,48 +43,65 @@ bool Give_To_Owner(int descriptor, mode_t mode) {
            fchmod(descriptor, Owner_Reads_And_Writes) == 0;
 }
 
-uid_t Owner_Of(const char *path) {
+// Whoever made it under such a umask has not come to that yet, or was killed before. True when it is done.
+bool Give_To_Owner(const std::string &path) {
     struct stat status;
-    return path && stat(path, &status) == 0 ? status.st_uid : 0;
+    if (lstat(path.c_str(), &status) != 0 || !Is_Of_User(status, S_IFREG)) return false;
+    if ((status.st_mode & 0777) == 0) return Change_Mode(path, Owner_Reads_And_Writes);
+    return (status.st_mode & Owner_Reads_And_Writes) == Owner_Reads_And_Writes;
 }
 
-uid_t Owner_Of_This_Library() {
-    static const char inside = 0;
-    Dl_info info;
-    return Owner_Of(dladdr(&inside, &info) ? info.dli_fname : nullptr);
+FileDescriptor Open_File(const std::string &path, int flags) {
+    constexpr int Always = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+    const bool writes = (flags & O_ACCMODE) != O_RDONLY;
+    FileDescriptor file;
+    for (int attempt = 1; !file; ++attempt) {
+        file = FileDescriptor(open(path.c_str(), flags | Always, Owner_Reads_And_Writes));
+        if (file || errno != EACCES || !writes || attempt == Most_Attempts) break;
+        if (!Give_To_Owner(path)) {
+            errno = EACCES;
+            break;
+        }
+    }
+    return file;
 }
 
-bool Gives_Code(uid_t owner) {
-    if (owner == 0 || owner == geteuid()) return true;
-    static const uid_t program = Owner_Of("/proc/self/exe"), library = Owner_Of_This_Library();
-    return owner == program || owner == library;
+OpenFolder Open_Folder_Itself(const std::string &path) {
+    FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    OpenFolder opened(folder ? fdopendir(folder.Get()) : nullptr);
+    if (opened) folder.Give();
+    return opened;
 }
 
-bool May_Give_Code(const struct stat &status) {
-    const bool each_keeps_his_own = S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
-    return Gives_Code(status.st_uid) && ((status.st_mode & S_IWOTH) == 0 || each_keeps_his_own);
+// Looked at again once nobody else can put anything in.
+bool Close_While_Empty(DIR *folder, mode_t mode) {
+    if (!Is_Empty_Folder(folder) || fchmod(dirfd(folder), Shut_And_In_Question) != 0) return false;
+    const bool empty = Is_Empty_Folder(folder);
+    return fchmod(dirfd(folder), empty ? Owner_Alone : mode & 07777) == 0 && empty;
 }
 
-bool Is_In_Such_A_Folder(const std::string &path) {
+// One process at a time, so that none gives a folder back the mode that it had before another took it.
+bool Take_If_Empty(const std::string &path) {
+    const OpenFolder folder = Open_Folder_Itself(path);
+    if (!folder || Lock_File_In_Time(dirfd(folder.get()), LOCK_EX, Patience_For_Another_Taker) != 0)
+        return false;
     struct stat status;
-    const std::string folder = path.substr(0, path.rfind('/') + 1);
-    return stat(folder.empty() ? "." : folder.c_str(), &status) == 0 && May_Give_Code(status);
+    const bool taken = fstat(dirfd(folder.get()), &status) == 0 && Is_Of_User(status, S_IFDIR) &&
+                       (Is_Own_Folder(status) || Close_While_Empty(folder.get(), status.st_mode));
+    Unlock_File(dirfd(folder.get()));
+    return taken;
 }
 
-// Empty where the host does not tell.
-std::string Path_Of(int descriptor) {
-    char link[32], path[PATH_MAX];
-    std::snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
-    const ssize_t length = readlink(link, path, sizeof path);
-    return length > 0 && length < PATH_MAX ? std::string(path, static_cast<std::size_t>(length))
-                                           : std::string();
+bool Close_To_Others(const std::string &path, mode_t mode) {
+    const mode_t owners = mode & Owner_Alone; // none under a umask that takes from the owner, too
+    if ((mode & Open_To_Anybody_Else) == 0 && owners != 0) return true;
+    return Change_Mode(path, owners != 0 ? owners : Owner_Alone);
 }
 
 } // namespace
 
 FileDescriptor Open_Own_File(const std::string &path, int flags, mode_t refused) {
-    constexpr int Always = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
-    FileDescriptor file(open(path.c_str(), flags | Always, Owner_Reads_And_Writes));
+    FileDescriptor file = Open_File(path, flags);
     if (!file) {
         errno = Reason_At(path, errno, refused);
         return file;
@@ -97,26 +121,32 @@ bool Is_Own_Folder(const std::string &path) {
     return lstat(path.c_str(), &status) == 0 && Is_Own_Folder(status);
 }
 
-bool Make_Owners_Folder(const std::string &path) {
-    if (mkdir(path.c_str(), 0700) != 0) return false;
+long Refusal_Of_Folder(const std::string &path) {
     struct stat status;
-    return (lstat(path.c_str(), &status) == 0 && (status.st_mode & 0777) == 0700) || Close_To_Others(path);
+    if (lstat(path.c_str(), &status) != 0 || Is_Own_Folder(status)) return NO_ERROR;
+    const OpenFolder opened = Is_Of_User(status, S_IFDIR) ? Open_Folder_Itself(path) : OpenFolder();
+    return opened && Is_Empty_Folder(opened.get()) ? NO_ERROR : ERROR_ACCESS_DENIED;
+}
+
+bool Make_Owners_Folder(const std::string &path) {
+    if (mkdir(path.c_str(), Owner_Alone) != 0) return false;
+    struct stat status;
+    if (lstat(path.c_str(), &status) == 0 && (status.st_mode & 0777) == Owner_Alone) return true;
+    if (Change_Mode(path, Owner_Alone)) return true;
+    rmdir(path.c_str());
+    errno = EPERM;
+    return false;
 }
 
 long Make_Private_Folder(const std::string &path) {
     if (!Make_Owners_Folder(path) && errno != EEXIST) {
-        return errno == ENOSPC ? ERROR_DISK_FULL : ERROR_PATH_NOT_FOUND;
+        return errno == ENOSPC  ? ERROR_DISK_FULL
+               : errno == EPERM ? ERROR_ACCESS_DENIED
+                                : ERROR_PATH_NOT_FOUND;
     }
     struct stat status;
     if (lstat(path.c_str(), &status) != 0) return ERROR_PATH_NOT_FOUND;
-    if (!Is_Own_Folder(status)) return ERROR_ACCESS_DENIED;
-    const bool closed = (status.st_mode & Open_To_Anybody_Else) == 0 || Close_To_Others(path);
+    if (!Is_Of_User(status, S_IFDIR)) return ERROR_ACCESS_DENIED;
+    const bool closed = Is_Own_Folder(status) ? Close_To_Others(path, status.st_mode) : Take_If_Empty(path);
     return closed ? NO_ERROR : ERROR_ACCESS_DENIED;
-}
-
-bool May_Give_Code(int descriptor, const std::string &path) {
-    struct stat status;
-    if (fstat(descriptor, &status) != 0 || !May_Give_Code(status) || !Is_In_Such_A_Folder(path)) return false;
-    const std::string real = Path_Of(descriptor);
-    return !real.empty() && (real == path || Is_In_Such_A_Folder(real));
 }

@@ -1,12 +1,13 @@
 #pragma once
 // Who may touch what a machine consists of: its folder, the files in it that are the machine's own, its
-// shared memory; and whose code may be loaded.
+// shared memory.
 //
 // All of a machine belongs to the effective user, no other, root neither. Folders are 0700 and files 0600
-// whatever the umask. A folder that others may write to is refused, because it may hold anything by now; one
-// that they may only read is closed to them. A file is looked at after it is open, without waiting for
-// anybody, and no link is followed at its name. Files that programs keep on drives are not strict in any of
-// this.
+// whatever the umask. A folder that others may write to is refused, because it may hold anything by now,
+// unless it is empty; that one, and one that they may only read, are closed to them. A file is looked at
+// after it is open, without waiting for anybody, and no link is followed at its name. Its group's bits do not
+// count: it lies in a folder that no group enters. Files that programs keep on drives are not strict in any
+// of this.
 
 #include <platform/kernel/file_descriptor.h>
 
@@ -17,27 +18,24 @@
 inline constexpr int Not_This_Users_Own = ELOOP;
 
 /// Bits of a file's mode that make it somebody else's.
-inline constexpr mode_t Writable_By_Group_Or_Others = 0022;
+inline constexpr mode_t Writable_By_Others = 0002;
 inline constexpr mode_t Open_To_Anybody_Else = 0077;
 
 /// Opens a file of the machine's own, or makes it with O_CREAT; never waits. Empty with errno when it cannot
 /// be had: Not_This_Users_Own for a link, a pipe, a folder, another user's file, and one with a bit of
-/// `refused`.
-FileDescriptor Open_Own_File(const std::string &path, int flags,
-                             mode_t refused = Writable_By_Group_Or_Others);
+/// `refused`. What its maker has not given to its owner yet, or was killed before, is given to him if it is
+/// to be written.
+FileDescriptor Open_Own_File(const std::string &path, int flags, mode_t refused = Writable_By_Others);
 
 /// A folder itself, this user's, that nobody else may write to.
 bool Is_Own_Folder(const std::string &path);
 
-/// mkdir for the owner alone, whatever the umask; false with errno.
+/// ERROR_ACCESS_DENIED for what is there and Make_Private_Folder refuses, else NO_ERROR; changes nothing.
+long Refusal_Of_Folder(const std::string &path);
+
+/// mkdir for the owner alone, whatever the umask; false with errno and nothing made.
 bool Make_Owners_Folder(const std::string &path);
 
 /// Makes a folder for its owner alone, or sees to it that one that is there is. A code of errors.h:
-/// ERROR_ACCESS_DENIED, and nothing changed, for what is no such folder.
+/// ERROR_ACCESS_DENIED, and nothing changed, for what is no such folder and no empty one of the owner's.
 long Make_Private_Folder(const std::string &path);
-
-/// True when code may come from the file that is open, under that path: it and the folders that it is in and
-/// found in belong to root, this user, or whoever owns the program or this library, whose code runs here
-/// anyway; and not everybody may write to them. A folder like /tmp, in which everybody keeps his own, will
-/// do.
-bool May_Give_Code(int descriptor, const std::string &path);

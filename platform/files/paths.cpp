@@ -161,7 +161,7 @@ long Find_Start(std::string_view &path, Start &start) {
     }
     start.letter = drive_given ? letter : current.letter;
     start.root = Drive_Root(start.letter);
-    if (start.root.empty()) return ERROR_PATH_NOT_FOUND;
+    if (start.root.empty()) return Why_No_Machine(ERROR_PATH_NOT_FOUND);
     if (!rooted && (!drive_given || current.letter == letter)) {
         start.host_parts = Parts_Of(current.below, [](char c) { return c == '/'; });
     }

@@ -20,6 +20,8 @@
 
 namespace {
 
+constexpr char Not_Alone[] = ": not a folder of this user alone; it is left as it is";
+
 struct Machine {
     std::string folder;
     std::string shared_memory_folder;
@@ -59,9 +61,7 @@ void Make_Parents(const std::string &path) {
 // A folder that holds anything else is somebody's own.
 bool May_Become_A_Machine(const std::string &folder) {
     const OpenFolder opened = Open_Folder(folder);
-    int entries = 0;
-    while (opened && entries <= 2 && readdir(opened.get())) ++entries; // "." and ".." are always there
-    return entries <= 2 || access((folder + "/machine.id").c_str(), F_OK) == 0;
+    return !opened || Is_Empty_Folder(opened.get()) || access((folder + "/machine.id").c_str(), F_OK) == 0;
 }
 
 // Empty when the folder has no number, or the number cannot be read.
@@ -97,9 +97,7 @@ long Make_Machine_Folder(const std::string &folder) {
     }
     const long error = Make_Private_Folder(folder);
     if (error != NO_ERROR) {
-        Report_Machine_Trouble(folder + (error == ERROR_ACCESS_DENIED
-                                             ? ": not a folder of this user alone; it is left as it is"
-                                             : ": cannot be made"));
+        Report_Machine_Trouble(folder + (error == ERROR_ACCESS_DENIED ? Not_Alone : ": cannot be made"));
     }
     return error;
 }
@@ -118,6 +116,10 @@ long Prepare(const std::string &named, Machine &machine) {
         return ERROR_PATH_NOT_FOUND;
     }
     machine.folder = real;
+    if (!Is_Own_Folder(machine.folder)) { // another one by now
+        Report_Machine_Trouble(machine.folder + Not_Alone);
+        return ERROR_ACCESS_DENIED;
+    }
     const std::string number = Read_Or_Make_Machine_Number(machine.folder);
     const bool refused = number.empty() && errno == Not_This_Users_Own;
     machine.shared_memory_folder = Shared_Memory_Folder_Of(machine.folder, number);
@@ -135,9 +137,8 @@ bool Is_Whole_Machine(const std::string &folder) {
 
 // What Prepare would answer of a folder that is there, without a word.
 long Refusal_Of(const std::string &folder) {
-    struct stat status;
-    if (folder.empty() || lstat(folder.c_str(), &status) != 0) return NO_ERROR;
-    if (!Is_Own_Folder(folder)) return ERROR_ACCESS_DENIED;
+    if (folder.empty()) return NO_ERROR;
+    if (const long error = Refusal_Of_Folder(folder); error != NO_ERROR) return error;
     const bool refused = Read_Machine_Number(folder).empty() && errno == Not_This_Users_Own;
     return refused ? ERROR_ACCESS_DENIED : NO_ERROR;
 }

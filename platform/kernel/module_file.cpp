@@ -1,11 +1,11 @@
 #include <platform/kernel/module_file.h>
 
 #include <platform/errors.h>
-#include <platform/files/ownership.h>
 #include <platform/files/paths.h>
 #include <platform/files/search_order.h>
 #include <platform/kernel/code_page.h>
 #include <platform/kernel/file_descriptor.h>
+#include <platform/kernel/trusted_code.h>
 
 #include <cstring>
 #include <elf.h>

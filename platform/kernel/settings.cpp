@@ -142,7 +142,7 @@ Reading Reading_Of(const struct stat &status, unsigned machine) {
 
 // False for a passing lack of descriptors: what is known stays then.
 bool Read_File(State &state, const std::string &path, Settings &settings) {
-    const FileDescriptor file = Open_Own_File(path, O_RDONLY, S_IWOTH); // written with the user's own umask
+    const FileDescriptor file = Open_Own_File(path, O_RDONLY);
     if (!file && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) return false;
     std::string text;
     if (!file && errno == Not_This_Users_Own)

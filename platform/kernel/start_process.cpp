@@ -9,6 +9,7 @@
 #include <platform/kernel/program_file.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -66,6 +67,13 @@ std::vector<char *> Pointers(std::vector<std::string> &texts) {
     return pointers;
 }
 
+// The one in force; where none can be had, the child is to be refused the one that this process was.
+std::string Machine_For_Child() {
+    const std::string machine = Machine_Folder_Path();
+    const char *named = machine.empty() ? std::getenv("KELMARA_MACHINE") : nullptr;
+    return named ? named : machine;
+}
+
 std::vector<std::string> Environment_For(const char *block) {
     std::vector<std::string> environment;
     const auto Take = [&](std::string_view text) {
@@ -76,7 +84,7 @@ std::vector<std::string> Environment_For(const char *block) {
     } else {
         for (char **text = environ; text && *text; ++text) Take(*text);
     }
-    if (const std::string machine = Machine_Folder_Path(); !machine.empty()) {
+    if (const std::string machine = Machine_For_Child(); !machine.empty()) {
         environment.push_back(Machine_Variable + machine);
     }
     return environment;

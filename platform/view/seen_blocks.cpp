@@ -93,10 +93,17 @@ std::vector<std::uint32_t> LockHolders::Of(int descriptor) const {
     return processes;
 }
 
+long Find_Shared_Folder(std::string &folder, long without_machine) {
+    folder = Shared_Memory_Folder_Path();
+    return folder.empty() ? Why_No_Machine(without_machine) : Refusal_Of_Folder(folder);
+}
+
 SeenBlock::SeenBlock(SharedBlockKind kind, const std::string &name) {
-    const FileDescriptor file = Open_To_See(Shared_Memory_Folder_Path() + "/" + Block_File_Name(name));
+    std::string folder;
+    if (!Succeed_Or_Tell(Find_Shared_Folder(folder, ERROR_FILE_NOT_FOUND))) return;
+    const FileDescriptor file = Open_To_See(folder + "/" + Block_File_Name(name));
     if (!file || LockHolders().Of(file.Get()).empty()) {
-        SetLastError(ERROR_FILE_NOT_FOUND);
+        SetLastError(!file && errno == Not_This_Users_Own ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
         return;
     }
     SharedBlockHeader header = {};
@@ -123,9 +130,9 @@ extern "C" {
 
 BOOL Visit_Machine_Blocks(MachineBlockVisitor visit, void *context) {
     return Within_Memory(FALSE, [=] {
-        const std::string folder = Shared_Memory_Folder_Path();
-        if (folder.empty() || !visit)
-            return Succeed_Or_Tell(visit ? ERROR_PATH_NOT_FOUND : ERROR_INVALID_PARAMETER);
+        std::string folder;
+        const long error = visit ? Find_Shared_Folder(folder, ERROR_PATH_NOT_FOUND) : ERROR_INVALID_PARAMETER;
+        if (error != NO_ERROR) return Succeed_Or_Tell(error);
         const LockHolders holders;
         for (const std::string &file : Files_In(folder)) {
             if (!Visit_File(folder + "/" + file, holders, visit, context)) break;

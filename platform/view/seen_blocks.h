@@ -24,6 +24,10 @@ class LockHolders {
     std::multimap<File, std::uint32_t> holders_;
 };
 
+/// The folder that blocks and the list of classes lie in; it may not be there. ERROR_ACCESS_DENIED when it,
+/// or the machine itself, was refused, and `without_machine` when there is none.
+long Find_Shared_Folder(std::string &folder, long without_machine);
+
 /// The contents of a block that somebody has open, to be read only.
 class SeenBlock {
   public:

@@ -6,9 +6,9 @@
 
 #include <platform/errors.h>
 #include <platform/files/ownership.h>
-#include <platform/kernel/machine_state.h>
 #include <platform/kernel/open_folder.h>
 #include <platform/kernel/outcome.h>
+#include <platform/view/seen_blocks.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -42,6 +42,12 @@ bool Find_Sockets(const std::string &process, std::set<std::string> &names) {
 
 bool Is_There(DWORD process) {
     return process != 0 && (kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM);
+}
+
+long Find_List(std::string &list) {
+    if (const long error = Find_Shared_Folder(list, ERROR_PATH_NOT_FOUND); error != NO_ERROR) return error;
+    list += "/classes";
+    return Refusal_Of_Folder(list);
 }
 
 struct Entry {
@@ -105,24 +111,23 @@ extern "C" {
 
 BOOL Visit_Machine_Classes(MachineClassVisitor visit, void *context) {
     return Within_Memory(FALSE, [=] {
-        const std::string folder = Shared_Memory_Folder_Path();
-        if (folder.empty() || !visit)
-            return Succeed_Or_Tell(visit ? ERROR_PATH_NOT_FOUND : ERROR_INVALID_PARAMETER);
-        For_Each_Class(folder + "/classes",
-                       [=](const MachineClass &listed) { return visit(&listed, context); });
+        std::string list;
+        const long error = visit ? Find_List(list) : ERROR_INVALID_PARAMETER;
+        if (error != NO_ERROR) return Succeed_Or_Tell(error);
+        For_Each_Class(list, [=](const MachineClass &listed) { return visit(&listed, context); });
         return TRUE;
     });
 }
 
 BOOL Clear_Away_Ended_Classes() {
     return Within_Memory(FALSE, [] {
-        const std::string folder = Shared_Memory_Folder_Path();
-        if (folder.empty()) return Succeed_Or_Tell(ERROR_PATH_NOT_FOUND);
-        For_Each_Class(folder + "/classes", [](const MachineClass &listed) {
+        std::string list;
+        if (const long error = Find_List(list); error != NO_ERROR) return Succeed_Or_Tell(error);
+        For_Each_Class(list, [](const MachineClass &listed) {
             if (!listed.offered) unlink(listed.file);
             return true;
         });
-        rmdir((folder + "/classes").c_str()); // with the last one
+        if (Is_Own_Folder(list)) rmdir(list.c_str()); // with the last one
         return TRUE;
     });
 }

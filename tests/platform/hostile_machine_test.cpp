@@ -5,6 +5,7 @@
 #include <tests/support/handles.h>
 
 #include <platform/files.h>
+#include <platform/machine_contents.h>
 
 #include <fcntl.h>
 #include <fstream>
@@ -29,8 +30,12 @@ long Use(const std::string &what) {
     if (what == "mutex") return Error_Of(CreateMutexA(nullptr, FALSE, "m"));
     if (what == "folder") return Error_Of(CreateDirectoryA("c:\\new", nullptr));
     if (what == "setting") return Get_Machine_Setting("name", value, sizeof value) ? 0 : ERROR_ACCESS_DENIED;
-    return CoRegisterClassObject(CLSID_TestService, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
-                                 &cookie);
+    if (what == "blocks") return Error_Of(Visit_Machine_Blocks([](auto...) { return true; }, nullptr));
+    if (what == "windows") return Error_Of(Visit_Machine_Windows([](auto...) { return true; }, nullptr));
+    if (what == "classes") return Error_Of(Visit_Machine_Classes([](auto...) { return true; }, nullptr));
+    const HRESULT result =
+        CoRegisterClassObject(CLSID_TestService, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie);
+    return result == E_ACCESSDENIED ? ERROR_ACCESS_DENIED : result;
 }
 
 } // namespace
@@ -66,8 +71,8 @@ std::string State_Of(const fs::path &path) {
 }
 
 void Become(const fs::path &path, uid_t owner, unsigned mode) {
-    fs::permissions(path, fs::perms(mode));
-    EXPECT_EQ(chown(path.c_str(), owner, static_cast<gid_t>(-1)), 0) << path;
+    if (!fs::is_symlink(path)) fs::permissions(path, fs::perms(mode));
+    EXPECT_EQ(lchown(path.c_str(), owner, static_cast<gid_t>(-1)), 0) << path;
 }
 
 struct Disguise {
@@ -80,10 +85,9 @@ const Disguise Disguises[] = {
     {"pipe", [](auto &path, auto &) { EXPECT_EQ(mkfifo(path.c_str(), 0600), 0); }},
     {"other kind",
      [](auto &path, auto &true_one) {
-         if (fs::is_directory(true_one))
-             std::ofstream(path) << "text";
-         else
-             fs::create_directory(path);
+         if (!fs::is_directory(true_one)) return void(fs::create_directory(path));
+         std::ofstream(path) << "text";
+         Become(path, geteuid(), 0644);
      }},
     {"for all",
      [](auto &path, auto &true_one) {
@@ -107,18 +111,21 @@ class HostileMachine : public ComServers {
                << status.st_ino << "-" << machine.Read("machine.id");
         return folder.str();
     }
-    void Put_Block() const {
-        fs::create_directory(Shared_Folder());
-        fs::permissions(Shared_Folder(), fs::perms(0700));
-        std::ofstream(Shared_Folder() / "block-m") << "left by the killed";
-        fs::permissions(Shared_Folder() / "block-m", fs::perms(0600));
+    void Put_Shared() const {
+        fs::create_directories(Shared_Folder() / "classes");
+        for (const char *file : {"block-m", "classes/left"}) {
+            const fs::path path = Shared_Folder() / file;
+            std::ofstream(path) << "left by the killed";
+            fs::permissions(path, fs::perms(0600));
+            fs::permissions(path.parent_path(), fs::perms(0700));
+        }
     }
     void Expect_Refused(const fs::path &path, const char *use, const Disguise &disguise) const;
 };
 
 void HostileMachine::Expect_Refused(const fs::path &path, const char *use, const Disguise &disguise) const {
-    const bool is_block = path.parent_path() == Shared_Folder(); // where what nobody holds is thrown away
-    const fs::path true_one = (is_block ? Shared_Folder() : path).string() + ".true";
+    const bool is_shared = path.parent_path() == Shared_Folder(); // where what nobody holds is thrown away
+    const fs::path true_one = (is_shared ? Shared_Folder() : path).string() + ".true";
     fs::rename(path, true_one);
     disguise.put(path, true_one);
     const std::string before = State_Of(path) + State_Of(true_one);
@@ -137,6 +144,9 @@ TEST_F(HostileMachine, IsRefusedWithWhateverIsNotItsUsersOwn) {
     const std::pair<fs::path, const char *> things[] = {
         {machine.Folder(), "key"},
         {machine.Folder(), "mutex"},
+        {machine.Folder(), "folder"},
+        {machine.Folder(), "class"},
+        {machine.Folder(), "windows"},
         {machine.Path("machine.id"), "mutex"},
         {machine.Path("machine.conf"), "setting"},
         {machine.Path("names.lock"), "mutex"},
@@ -145,28 +155,36 @@ TEST_F(HostileMachine, IsRefusedWithWhateverIsNotItsUsersOwn) {
         {machine.Path("registry/registry.lock"), "key"},
         {machine.Path("registry/registry.log"), "key"},
         {Shared_Folder(), "mutex"},
+        {Shared_Folder(), "blocks"},
+        {Shared_Folder(), "windows"},
+        {Shared_Folder(), "class"},
         {Shared_Folder() / "block-m", "mutex"},
+        {Shared_Folder() / "classes", "class"},
+        {Shared_Folder() / "classes", "classes"},
     };
     for (const auto &[path, use] : things) {
         for (std::size_t i = 0; i < std::size(Disguises) - (geteuid() != 0); ++i) {
-            Put_Block();
+            Put_Shared();
             Expect_Refused(path, use, Disguises[i]);
         }
     }
 }
 
-// A machine made under any umask by somebody who is bound by it.
+// A machine made under any umask by somebody who is bound by it, where nothing or his empty folder is.
 TEST_F(HostileMachine, LetsNobodyInUnderAnyUmask) {
-    for (const char *mask : {"0", "777"}) {
-        std::string base = fs::temp_directory_path() / "kelmara-hostile-XXXXXX";
+    const uid_t owner = geteuid() == 0 ? Other : geteuid();
+    for (const char *mask : {"0", "2", "777"}) {
+        std::string base = "/tmp/kelmara-hostile-XXXXXX"; // where another user gets to
         ASSERT_NE(mkdtemp(base.data()), nullptr);
-        if (geteuid() == 0) Become(base, Other, 0700);
-        setenv("KELMARA_MACHINE", (base + "/deep/machine").c_str(), 1);
+        const std::string own_machine = base + (*mask == '2' ? "" : "/deep/machine");
+        Become(base, owner, *mask == '2' ? 0775 : 0700);
+        setenv("KELMARA_MACHINE", own_machine.c_str(), 1);
         SecondProcess user("user_of_a_machine", {mask, "key", "mutex", "folder", "class"});
         EXPECT_EQ(user.Hear(), "0 0 0 0") << mask;
         std::string number;
-        std::ifstream(base + "/deep/machine/machine.id") >> number;
+        std::ifstream(own_machine + "/machine.id") >> number;
         std::vector<fs::directory_entry> entries(fs::recursive_directory_iterator(base), {});
+        entries.emplace_back(base);
         for (const auto &shared : fs::directory_iterator("/dev/shm")) {
             if (number.empty() || !shared.path().string().ends_with(number)) continue;
             entries.push_back(shared);
@@ -221,10 +239,14 @@ TEST_F(HostileMachine, LoadsNoModuleThatOthersMayChange) {
         if (loaded) FreeLibrary(loaded);
         return error;
     };
-    fs::create_directories(folder);
-    fs::create_directories(elsewhere.parent_path());
+    for (const fs::path &each : {folder, elsewhere.parent_path()}) {
+        fs::create_directories(each);
+        Become(each, geteuid(), 0755);
+    }
     fs::copy_file(Test_Module("plain"), elsewhere);
-    fs::create_symlink(elsewhere, folder / "linked.dll");
+    const fs::path link = folder / "linked.dll", through = elsewhere.parent_path() / "through.dll";
+    fs::create_symlink("../elsewhere/through.dll", link);
+    fs::create_symlink(elsewhere, through);
     fs::copy_file(Test_Module("plain"), module);
     struct Case {
         fs::path changed;
@@ -237,7 +259,9 @@ TEST_F(HostileMachine, LoadsNoModuleThatOthersMayChange) {
                           {module, 0777, own, ERROR_ACCESS_DENIED, 0},
                           {module, 0755, Other, ERROR_ACCESS_DENIED, 0},
                           {folder, 0777, own, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED},
-                          {folder, 01777, own, 0, 0},
+                          {folder, 01777, own, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED},
+                          {link, 0777, Other, 0, ERROR_ACCESS_DENIED},
+                          {through, 0777, Other, 0, ERROR_ACCESS_DENIED},
                           {folder, 0755, Other, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED},
                           {elsewhere, 0777, own, 0, ERROR_ACCESS_DENIED},
                           {elsewhere.parent_path(), 0777, own, 0, ERROR_ACCESS_DENIED}};

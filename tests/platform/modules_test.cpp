@@ -29,11 +29,13 @@ class Modules : public MachineTest {
 
     void Go_To(const std::string &folder) const {
         fs::create_directories(machine.Path(folder));
+        fs::permissions(machine.Path(folder), fs::perms(0755));
         fs::current_path(machine.Path(folder));
     }
     void Put(const std::string &module, const std::string &relative) const {
         const fs::path path = machine.Path(relative);
         fs::create_directories(path.parent_path());
+        fs::permissions(path.parent_path(), fs::perms(0755)); // whatever the umask
         fs::copy_file(TEST_MODULE_FOLDER "/" + module + ".so", path);
     }
     static std::string File_Name(HMODULE module) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 TestMachine::TestMachine() {
@@ -19,8 +20,10 @@ TestMachine::~TestMachine() {
 }
 
 void TestMachine::Write(const std::string &relative, const std::string &content) const {
+    const mode_t before = umask(0022); // what others may write to is no machine's
     std::filesystem::create_directories(std::filesystem::path(Path(relative)).parent_path());
     std::ofstream(Path(relative), std::ios::binary) << content;
+    umask(before);
 }
 
 std::string TestMachine::Read(const std::string &relative) const {
@@ -31,4 +34,5 @@ std::string TestMachine::Read(const std::string &relative) const {
 
 void TestMachine::Set(const std::string &setting, const std::string &value) const {
     std::ofstream(Path("machine.conf"), std::ios::app) << setting << " = " << value << "\n";
+    std::filesystem::permissions(Path("machine.conf"), std::filesystem::perms(0600)); // whatever the umask
 }

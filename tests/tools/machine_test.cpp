@@ -17,6 +17,7 @@
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -109,6 +110,28 @@ TEST_F(MachineCommand, AFailedInitTakesBackWhatItMade) {
     EXPECT_TRUE(fs::is_empty(here));
     EXPECT_EQ(fs::status(here).permissions(), fs::perms::owner_all | fs::perms::group_read);
     EXPECT_EQ(Entries(), 1u);
+}
+
+// For somebody who is bound by modes.
+TEST_F(MachineCommand, MakesItsFoldersUnderAnyUmask) {
+    const uid_t owner = geteuid() == 0 ? 65534 : geteuid();
+    ASSERT_EQ(chown(outside.c_str(), owner, static_cast<gid_t>(-1)), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        umask(0777);
+        bool made = setresuid(owner, owner, owner) == 0;
+        for (const std::vector<std::string> &arguments : std::vector<std::vector<std::string>>{
+                 {"machine", "init", Outside("new/deep")},
+                 {"--machine", Outside("new/deep"), "machine", "clone", Outside("clone")},
+                 {"--machine", Outside("none"), "number", "parse", "+1 (206) 555-1212"}}) {
+            const int code = RunningCommand(arguments, "/dev/null", "/dev/null", "/dev/null").Wait();
+            made = made && (code == 0 || code == 127); // he may not get at the command
+        }
+        _exit(made ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(MachineCommand, CloneIsWholeAndTheMachinesOwn) {

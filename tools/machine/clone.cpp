@@ -5,6 +5,7 @@
 #include <tools/machine/tree_copy.h>
 #include <tools/machine_choice.h>
 #include <tools/output.h>
+#include <tools/own_folder.h>
 #include <tools/progress.h>
 #include <tools/tables/columns.h>
 
@@ -67,7 +68,7 @@ class MachineInMaking {
   public:
     MachineInMaking(std::string target, const std::string &source)
         : target_(std::move(target)), folder_(target_ + ".new" + std::to_string(getpid())) {
-        for (int left = Most_Names; mkdir(folder_.c_str(), 0700) != 0; folder_ += "-") {
+        for (int left = Most_Names; !Make_Own_Folder(folder_); folder_ += "-") {
             if (errno != EEXIST || --left == 0) Fail_On(folder_, errno);
         }
         const bool made = Enter_Machine(folder_.c_str());

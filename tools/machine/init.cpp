@@ -60,14 +60,14 @@ class Making {
             while (path.ends_with('/')) path.pop_back();
             new_folders_.push_back(path);
         }
-        before_ = Mode_Of(place_);
+        Remember_Mode();
     }
     ~Making() {
-        if (done_) return;
         try {
-            Take_Back();
+            if (!done_) Take_Back();
         } catch (...) { // no memory: what is left tells of itself
         }
+        if (before_ >= 0) close(before_);
     }
     Making(const Making &) = delete;
     Making &operator=(const Making &) = delete;
@@ -88,7 +88,7 @@ class Making {
     }
     void Make_Drive() {
         const std::string path = folder_ + "/drive_c";
-        if (mkdir(path.c_str(), 0700) == 0) own_drive_ = path;
+        if (!Status_Of(path)) own_drive_ = path;
         char drive[PATH_MAX];
         if (!Host_Path("c:\\", drive, sizeof drive)) throw Failure(Exit_Unusable, path + ": cannot be made");
     }
@@ -99,9 +99,22 @@ class Making {
         struct stat status;
         return lstat(path.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
     }
-    static std::optional<mode_t> Mode_Of(const std::string &path) {
+    // Of the folder itself, wherever its name leads by the time that it is given back; and no other user's.
+    void Remember_Mode() {
         struct stat status;
-        return stat(path.c_str(), &status) == 0 ? std::optional(status.st_mode) : std::nullopt;
+        before_ = open(place_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (before_ < 0) return;
+        if (fstat(before_, &status) == 0 && status.st_uid == geteuid()) {
+            mode_before_ = status.st_mode & 07777;
+            return;
+        }
+        close(before_);
+        before_ = -1;
+    }
+    void Give_Mode_Back() const {
+        struct stat status;
+        if (before_ >= 0 && fstat(before_, &status) == 0 && (status.st_mode & 07777) != mode_before_)
+            fchmod(before_, mode_before_);
     }
     bool Has_Only_Its_Number() const {
         std::error_code error;
@@ -116,13 +129,13 @@ class Making {
         if (!own_drive_.empty()) rmdir(own_drive_.c_str());
         if (!folder_.empty() && Has_Only_Its_Number()) unlink((folder_ + "/machine.id").c_str());
         for (const std::string &folder : new_folders_) rmdir(folder.c_str());
-        const auto now = before_ ? Mode_Of(place_) : std::nullopt;
-        if (now && S_ISDIR(*now) && *now != *before_) chmod(place_.c_str(), *before_ & 07777);
+        Give_Mode_Back();
     }
 
     const std::string place_;
     std::vector<std::string> new_folders_; // the innermost first
-    std::optional<mode_t> before_;
+    int before_ = -1;                      // the place, where it is a folder of this user's
+    mode_t mode_before_ = 0;
     std::string folder_, own_settings_, own_drive_; // empty: not made
     bool done_ = false;
 };

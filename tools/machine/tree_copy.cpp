@@ -2,6 +2,7 @@
 
 #include <tools/failure.h>
 #include <tools/interruption.h>
+#include <tools/own_folder.h>
 
 #include <cerrno>
 #include <climits>
@@ -117,7 +118,7 @@ void TreeCopy::Copy_Entry(const std::string &from, const std::string &to, const 
 }
 
 void TreeCopy::Copy_Folder(const std::string &from, const std::string &to, const struct stat &original) {
-    if (mkdir(to.c_str(), 0700) != 0) Fail_On(to);
+    if (!Make_Own_Folder(to)) Fail_On(to);
     folders_.push_back({to, original});
     std::error_code error;
     std::filesystem::directory_iterator entry(from, error);

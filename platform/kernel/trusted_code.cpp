@@ -1,0 +1,77 @@
+#include <platform/kernel/trusted_code.h>
+
+#include <climits>
+#include <dlfcn.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int Most_Links = 40; // as many as the host follows
+
+std::string Folder_Of(const std::string &path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == path.npos ? "." : path.substr(0, slash + 1);
+}
+
+// Root where the host does not tell.
+uid_t Owner_Of(const std::string &path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 ? status.st_uid : 0;
+}
+
+std::string Target_Of(const std::string &link) {
+    char target[PATH_MAX];
+    const ssize_t length = readlink(link.c_str(), target, sizeof target);
+    return length > 0 && length < PATH_MAX ? std::string(target, static_cast<std::size_t>(length))
+                                           : std::string();
+}
+
+// Empty where it is known by a name that counts from somewhere else.
+std::string Path_Of_This_Library() {
+    static const char inside = 0;
+    Dl_info info;
+    return dladdr(&inside, &info) && info.dli_fname && *info.dli_fname == '/' ? info.dli_fname
+                                                                              : std::string();
+}
+
+struct Owners {
+    uid_t file = 0, folder = 0;
+    explicit Owners(const std::string &path) {
+        if (path.empty()) return;
+        file = Owner_Of(path);
+        folder = Owner_Of(Folder_Of(path));
+    }
+    bool Has(uid_t owner) const { return owner == file || owner == folder; }
+};
+
+bool Gives_Code(uid_t owner) {
+    if (owner == 0 || owner == geteuid()) return true;
+    static const Owners program(Target_Of("/proc/self/exe")), library(Path_Of_This_Library());
+    return program.Has(owner) || library.Has(owner);
+}
+
+bool May_Give_Code(const struct stat &status) {
+    return Gives_Code(status.st_uid) && (status.st_mode & S_IWOTH) == 0;
+}
+
+bool Is_In_Such_A_Folder(const std::string &path) {
+    struct stat status;
+    return stat(Folder_Of(path).c_str(), &status) == 0 && May_Give_Code(status);
+}
+
+} // namespace
+
+bool May_Give_Code(int descriptor, const std::string &path) {
+    struct stat opened, status;
+    if (fstat(descriptor, &opened) != 0 || !May_Give_Code(opened)) return false;
+    std::string at = path;
+    for (int links = 0; links <= Most_Links && !at.empty(); ++links) {
+        if (lstat(at.c_str(), &status) != 0 || !Gives_Code(status.st_uid) || !Is_In_Such_A_Folder(at))
+            return false;
+        if (!S_ISLNK(status.st_mode)) return status.st_dev == opened.st_dev && status.st_ino == opened.st_ino;
+        const std::string target = Target_Of(at);
+        at = target.starts_with('/') || target.empty() ? target : Folder_Of(at) + "/" + target;
+    }
+    return false;
+}
