@@ -125,7 +125,9 @@ long Refusal_Of_Folder(const std::string &path) {
     struct stat status;
     if (lstat(path.c_str(), &status) != 0 || Is_Own_Folder(status)) return NO_ERROR;
     const OpenFolder opened = Is_Of_User(status, S_IFDIR) ? Open_Folder_Itself(path) : OpenFolder();
-    return opened && Is_Empty_Folder(opened.get()) ? NO_ERROR : ERROR_ACCESS_DENIED;
+    const bool is_or_will_be_own =
+        opened && (Is_Empty_Folder(opened.get()) || Is_Own_Folder(path)); // taken by another process by now
+    return is_or_will_be_own ? NO_ERROR : ERROR_ACCESS_DENIED;
 }
 
 bool Make_Owners_Folder(const std::string &path) {

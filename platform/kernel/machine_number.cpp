@@ -56,6 +56,13 @@ std::string Make_Number(const std::string &folder) {
 
 } // namespace
 
+bool Is_Machine_Number_Under_Way(const std::string &name) {
+    constexpr char Beginning[] = "machine.id.";
+    constexpr std::size_t Length = sizeof Beginning - 1;
+    return name.size() == Length + Number_Length && name.compare(0, Length, Beginning) == 0 &&
+           name.find_first_not_of("0123456789abcdef", Length) == name.npos;
+}
+
 std::string Read_Machine_Number(const std::string &folder) {
     return Read_Number(folder + "/machine.id");
 }

@@ -11,3 +11,7 @@ std::string Read_Machine_Number(const std::string &folder);
 /// The same, made where it is not there. Two that mend a folder at once would undo each other's work: one at
 /// a time.
 std::string Read_Or_Make_Machine_Number(const std::string &folder);
+
+/// Whether this is the name, in a machine's folder, of a number that is being made, or whose maker was
+/// killed.
+bool Is_Machine_Number_Under_Way(const std::string &name);

@@ -10,6 +10,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <list>
 #include <memory>
@@ -20,6 +21,7 @@
 
 namespace {
 
+constexpr char Not_Empty[] = ": neither a machine nor empty; it is left as it is";
 constexpr char Not_Alone[] = ": not a folder of this user alone; it is left as it is";
 
 struct Machine {
@@ -58,10 +60,16 @@ void Make_Parents(const std::string &path) {
     }
 }
 
-// A folder that holds anything else is somebody's own.
+// A folder that holds anything else is somebody's own. What another process makes of it at this moment, or
+// was killed in the middle of, is not.
 bool May_Become_A_Machine(const std::string &folder) {
     const OpenFolder opened = Open_Folder(folder);
-    return !opened || Is_Empty_Folder(opened.get()) || access((folder + "/machine.id").c_str(), F_OK) == 0;
+    while (const dirent *entry = opened ? readdir(opened.get()) : nullptr) {
+        const std::string name = entry->d_name;
+        if (name == "." || name == ".." || Is_Machine_Number_Under_Way(name)) continue;
+        return access((folder + "/machine.id").c_str(), F_OK) == 0;
+    }
+    return true;
 }
 
 // Empty when the folder has no number, or the number cannot be read.
@@ -92,14 +100,21 @@ long Whole_Path(const std::string &named, std::string &folder) {
 long Make_Machine_Folder(const std::string &folder) {
     Make_Parents(folder);
     if (!May_Become_A_Machine(folder)) {
-        Report_Machine_Trouble(folder + ": neither a machine nor empty; it is left as it is");
+        Report_Machine_Trouble(folder + Not_Empty);
         return ERROR_ACCESS_DENIED;
     }
+    struct stat before;
+    const bool there = lstat(folder.c_str(), &before) == 0;
     const long error = Make_Private_Folder(folder);
     if (error != NO_ERROR) {
         Report_Machine_Trouble(folder + (error == ERROR_ACCESS_DENIED ? Not_Alone : ": cannot be made"));
     }
-    return error;
+    if (error != NO_ERROR || May_Become_A_Machine(folder)) return error;
+    // It could not be looked into before.
+    const bool as_it_was =
+        !there || fchmodat(AT_FDCWD, folder.c_str(), before.st_mode & 07777, AT_SYMLINK_NOFOLLOW) == 0;
+    Report_Machine_Trouble(folder + (as_it_was ? Not_Empty : ": neither a machine nor empty"));
+    return ERROR_ACCESS_DENIED;
 }
 
 long Prepare(const std::string &named, Machine &machine) {

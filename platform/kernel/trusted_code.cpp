@@ -37,9 +37,9 @@ std::string Path_Of_This_Library() {
 
 struct Owners {
     uid_t file = 0, folder = 0;
-    explicit Owners(const std::string &path) {
+    Owners(const std::string &at, const std::string &path) {
         if (path.empty()) return;
-        file = Owner_Of(path);
+        file = Owner_Of(at);
         folder = Owner_Of(Folder_Of(path));
     }
     bool Has(uid_t owner) const { return owner == file || owner == folder; }
@@ -47,7 +47,9 @@ struct Owners {
 
 bool Gives_Code(uid_t owner) {
     if (owner == 0 || owner == geteuid()) return true;
-    static const Owners program(Target_Of("/proc/self/exe")), library(Path_Of_This_Library());
+    // Of the program itself, also where its name has gone to another file since.
+    static const Owners program("/proc/self/exe", Target_Of("/proc/self/exe")),
+        library(Path_Of_This_Library(), Path_Of_This_Library());
     return program.Has(owner) || library.Has(owner);
 }
 

@@ -182,11 +182,13 @@ TEST_F(HostileMachine, LetsNobodyInUnderAnyUmask) {
         SecondProcess user("user_of_a_machine", {mask, "key", "mutex", "folder", "class"});
         EXPECT_EQ(user.Hear(), "0 0 0 0") << mask;
         std::string number;
+        fs::path base_in_memory;
         std::ifstream(own_machine + "/machine.id") >> number;
         std::vector<fs::directory_entry> entries(fs::recursive_directory_iterator(base), {});
         entries.emplace_back(base);
         for (const auto &shared : fs::directory_iterator("/dev/shm")) {
             if (number.empty() || !shared.path().string().ends_with(number)) continue;
+            base_in_memory = shared.path();
             entries.push_back(shared);
             entries.insert(entries.end(), fs::recursive_directory_iterator(shared.path()), {});
         }
@@ -197,7 +199,23 @@ TEST_F(HostileMachine, LetsNobodyInUnderAnyUmask) {
         }
         EXPECT_EQ(user.Wait(), 0);
         fs::remove_all(base);
+        fs::remove_all(base_in_memory);
     }
+}
+
+TEST_F(HostileMachine, IsNotMadeOfAFolderThatItsOwnerHasShut) {
+    std::string base = "/tmp/kelmara-hostile-XXXXXX";
+    ASSERT_NE(mkdtemp(base.data()), nullptr);
+    std::ofstream(base + "/precious") << "own";
+    Become(base, geteuid() == 0 ? Other : geteuid(), 0);
+    setenv("KELMARA_MACHINE", base.c_str(), 1);
+    SecondProcess user("user_of_a_machine", {"22", "key"});
+    EXPECT_EQ(user.Hear(), std::to_string(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(user.Wait(), 0);
+    EXPECT_EQ(State_Of(base).substr(0, 6), "16384 ") << "a folder for nobody, as it was";
+    fs::permissions(base, fs::perms(0700));
+    EXPECT_TRUE(State_Of(base).ends_with(": 1")) << "nothing was put into it";
+    fs::remove_all(base);
 }
 
 // Of another user who can get at files as root can: 0 when the server lets go, 1 when it goes on.

@@ -53,6 +53,26 @@ TEST_F(Machines, StandAnEmptyNumberFromAPowerFailure) {
     Enter(machine.Folder());
 }
 
+TEST_F(Machines, AreMadeByAllThatStartTogether) {
+    for (int round = 0; round < 10; ++round) {
+        const std::string folder = machine.Path("drive_c/new" + std::to_string(round));
+        if (round == 0)
+            machine.Write("drive_c/new0/machine.id." + std::string(32, 'a'), "of one that was killed");
+        std::vector<pid_t> makers(4);
+        for (pid_t &maker : makers) {
+            maker = fork();
+            if (maker == 0) _exit(Enter(folder) ? 0 : 1);
+        }
+        for (const pid_t maker : makers) {
+            int status = -1;
+            EXPECT_EQ(waitpid(maker, &status, 0), maker);
+            EXPECT_EQ(status, 0) << round;
+        }
+        Enter(folder), Enter(machine.Folder());
+        EXPECT_TRUE(Remove_Machine(folder.c_str()));
+    }
+}
+
 SECOND_PROCESS(writer_without_descriptors) {
     const TestKey key("Key");
     MessageBoxA(nullptr, "nobody sees this", "Test", MB_OK);

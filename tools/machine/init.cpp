@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -111,10 +112,15 @@ class Making {
         close(before_);
         before_ = -1;
     }
+    // Not where another process has a machine in it by now.
     void Give_Mode_Back() const {
         struct stat status;
-        if (before_ >= 0 && fstat(before_, &status) == 0 && (status.st_mode & 07777) != mode_before_)
-            fchmod(before_, mode_before_);
+        if (before_ < 0 || fstat(before_, &status) != 0 || (status.st_mode & 07777) == mode_before_) return;
+        std::error_code error;
+        if (flock(before_, LOCK_EX | LOCK_NB) != 0) return;
+        const std::filesystem::path itself = "/proc/self/fd/" + std::to_string(before_);
+        if (std::filesystem::is_empty(itself, error) && !error) fchmod(before_, mode_before_);
+        flock(before_, LOCK_UN);
     }
     bool Has_Only_Its_Number() const {
         std::error_code error;
