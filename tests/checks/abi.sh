@@ -20,7 +20,7 @@ compile_headers() { # All types in the debug information, also those that nothin
         printf '#include <%s>\n' kelmara/kelmara.h platform/*.h
         echo 'extern "C" { int variable; void call() {} }' # without a symbol of each kind abidw reads nothing
     ) | g++ -m32 -msse2 -std=c++20 -g -femit-class-debug-always -fno-eliminate-unused-debug-types \
-        -shared -fPIC -nostdlib -I. -x c++ - -o "$folder/headers.so"
+        -shared -fPIC -nostdlib -I. "-ffile-prefix-map=$PWD=." -x c++ - -o "$folder/headers.so" # or places sort otherwise
 }
 
 laid_down() ( # SOURCE_FOLDER
