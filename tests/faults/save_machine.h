@@ -6,6 +6,8 @@
 #include <tests/faults/traced_run.h>
 #include <tests/support/test_machine.h>
 
+#include <platform/machine.h>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -44,8 +46,8 @@ class SaveMachine {
     ~SaveMachine() {
         const std::filesystem::path folder = machine_.Folder();
         for (const auto &entry : std::filesystem::directory_iterator(folder.parent_path())) {
-            if (entry.path().string().starts_with(folder.string() + Beside))
-                std::filesystem::remove_all(entry);
+            if (!entry.path().string().starts_with(folder.string() + Beside)) continue;
+            if (!Remove_Machine(entry.path().c_str())) std::filesystem::remove_all(entry);
         }
     }
     SaveMachine(const SaveMachine &) = delete;
