@@ -29,9 +29,9 @@ bool Is_Empty_File(const std::string &path) {
 std::string Make_Number(const std::string &folder) {
     const std::string path = folder + "/machine.id";
     for (int attempt = 0; attempt < 100; ++attempt) {
-        if (Is_Empty_File(path)) unlink(path.c_str()); // what a power failure left of it
+        const bool torn = Is_Empty_File(path); // by a power failure
         std::string existing = Read_Number(path);
-        if (!existing.empty() || errno != ENOENT) return existing;
+        if (!existing.empty() || (errno != ENOENT && !torn)) return existing;
         char number[Number_Length + 1] = {};
         unsigned char bytes[16];
         if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes) return {};
@@ -44,7 +44,9 @@ std::string Make_Number(const std::string &folder) {
             write(fresh.Get(), number, Number_Length) == static_cast<ssize_t>(Number_Length) &&
             fsync(fresh.Get()) == 0;
         fresh.Close();
-        if (written && link(aside.c_str(), path.c_str()) != 0 && errno != EEXIST) {
+        const bool placed = torn ? rename(aside.c_str(), path.c_str()) == 0 // there is one all the while
+                                 : link(aside.c_str(), path.c_str()) == 0 || errno == EEXIST;
+        if (written && !placed) {
             unlink(aside.c_str());
             return {};
         }
@@ -72,7 +74,10 @@ std::string Read_Or_Make_Machine_Number(const std::string &folder) {
     if (!number.empty()) return number;
     const FileDescriptor whole(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (whole) Lock_File_In_Time(whole.Get(), LOCK_EX, Patience_For_Another_Maker);
-    number = Make_Number(folder);
+    struct stat status;
+    const bool open_again = whole && fstat(whole.Get(), &status) == 0 && (status.st_mode & 0022) != 0;
+    number = open_again ? std::string() : Make_Number(folder);
+    if (open_again) errno = Not_This_Users_Own; // by one who could not make a machine of it
     if (whole) Unlock_File(whole.Get());
     return number;
 }

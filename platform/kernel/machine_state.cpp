@@ -61,15 +61,18 @@ void Make_Parents(const std::string &path) {
 }
 
 // A folder that holds anything else is somebody's own. What another process makes of it at this moment, or
-// was killed in the middle of, is not.
-bool May_Become_A_Machine(const std::string &folder) {
+// was killed in the middle of, is not. `unseen`: the answer for a folder that cannot be looked into.
+bool May_Become_A_Machine(const std::string &folder, bool unseen) {
+    const auto is_one = [&] { return access((folder + "/machine.id").c_str(), F_OK) == 0; };
     const OpenFolder opened = Open_Folder(folder);
-    while (const dirent *entry = opened ? readdir(opened.get()) : nullptr) {
+    if (!opened) return unseen || is_one();
+    for (;;) {
+        errno = 0;
+        const dirent *const entry = readdir(opened.get());
+        if (!entry) return errno == 0 || is_one();
         const std::string name = entry->d_name;
-        if (name == "." || name == ".." || Is_Machine_Number_Under_Way(name)) continue;
-        return access((folder + "/machine.id").c_str(), F_OK) == 0;
+        if (name != "." && name != ".." && !Is_Machine_Number_Under_Way(name)) return is_one();
     }
-    return true;
 }
 
 // Empty when the folder has no number, or the number cannot be read.
@@ -99,17 +102,17 @@ long Whole_Path(const std::string &named, std::string &folder) {
 
 long Make_Machine_Folder(const std::string &folder) {
     Make_Parents(folder);
-    if (!May_Become_A_Machine(folder)) {
+    struct stat before;
+    const bool there = lstat(folder.c_str(), &before) == 0;
+    if (!May_Become_A_Machine(folder, true)) {
         Report_Machine_Trouble(folder + Not_Empty);
         return ERROR_ACCESS_DENIED;
     }
-    struct stat before;
-    const bool there = lstat(folder.c_str(), &before) == 0;
     const long error = Make_Private_Folder(folder);
     if (error != NO_ERROR) {
         Report_Machine_Trouble(folder + (error == ERROR_ACCESS_DENIED ? Not_Alone : ": cannot be made"));
     }
-    if (error != NO_ERROR || May_Become_A_Machine(folder)) return error;
+    if (error != NO_ERROR || May_Become_A_Machine(folder, false)) return error;
     // It could not be looked into before.
     const bool as_it_was =
         !there || fchmodat(AT_FDCWD, folder.c_str(), before.st_mode & 07777, AT_SYMLINK_NOFOLLOW) == 0;

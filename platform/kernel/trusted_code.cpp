@@ -38,9 +38,12 @@ std::string Path_Of_This_Library() {
 struct Owners {
     uid_t file = 0, folder = 0;
     Owners(const std::string &at, const std::string &path) {
-        if (path.empty()) return;
-        file = Owner_Of(at);
-        folder = Owner_Of(Folder_Of(path));
+        struct stat itself, named;
+        if (path.empty() || stat(at.c_str(), &itself) != 0) return;
+        file = itself.st_uid;
+        const bool is_there = stat(path.c_str(), &named) == 0 && named.st_dev == itself.st_dev &&
+                              named.st_ino == itself.st_ino; // or the folder may be anybody's by now
+        folder = is_there ? Owner_Of(Folder_Of(path)) : file;
     }
     bool Has(uid_t owner) const { return owner == file || owner == folder; }
 };

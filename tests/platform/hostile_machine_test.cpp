@@ -204,18 +204,20 @@ TEST_F(HostileMachine, LetsNobodyInUnderAnyUmask) {
 }
 
 TEST_F(HostileMachine, IsNotMadeOfAFolderThatItsOwnerHasShut) {
-    std::string base = "/tmp/kelmara-hostile-XXXXXX";
-    ASSERT_NE(mkdtemp(base.data()), nullptr);
-    std::ofstream(base + "/precious") << "own";
-    Become(base, geteuid() == 0 ? Other : geteuid(), 0);
-    setenv("KELMARA_MACHINE", base.c_str(), 1);
-    SecondProcess user("user_of_a_machine", {"22", "key"});
-    EXPECT_EQ(user.Hear(), std::to_string(ERROR_ACCESS_DENIED));
-    EXPECT_EQ(user.Wait(), 0);
-    EXPECT_EQ(State_Of(base).substr(0, 6), "16384 ") << "a folder for nobody, as it was";
-    fs::permissions(base, fs::perms(0700));
-    EXPECT_TRUE(State_Of(base).ends_with(": 1")) << "nothing was put into it";
-    fs::remove_all(base);
+    for (const unsigned mode : {0u, 0300u}) {
+        std::string base = "/tmp/kelmara-hostile-XXXXXX";
+        ASSERT_NE(mkdtemp(base.data()), nullptr);
+        std::ofstream(base + "/precious") << "own";
+        Become(base, geteuid() == 0 ? Other : geteuid(), mode);
+        setenv("KELMARA_MACHINE", base.c_str(), 1);
+        SecondProcess user("user_of_a_machine", {"22", "key"});
+        EXPECT_EQ(user.Hear(), std::to_string(ERROR_ACCESS_DENIED));
+        EXPECT_EQ(user.Wait(), 0);
+        EXPECT_EQ(fs::status(base).permissions(), fs::perms(mode)) << "as it was";
+        fs::permissions(base, fs::perms(0700));
+        EXPECT_TRUE(State_Of(base).ends_with(": 1")) << "nothing was put into it";
+        fs::remove_all(base);
+    }
 }
 
 // Of another user who can get at files as root can: 0 when the server lets go, 1 when it goes on.
