@@ -93,9 +93,15 @@ void Require_Writable(const std::string &path, const std::string &name, struct s
     if (*there && access(path.c_str(), W_OK) != 0) Fail_On(name, errno);
 }
 
-/// A device or a pipe takes what is written to it, and stays what it is.
+/// A link that leads to what has no name: /dev/stdout where that is a pipe, or a file that was deleted.
+bool Leads_To_No_Name(const std::string &target) {
+    struct stat status;
+    return lstat(target.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+/// A device or a pipe takes what is written to it, and stays what it is; so does what has no name.
 void Write_Through(const std::string &path, const std::string &content, const std::string &name) {
-    const OpenFile file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    const OpenFile file(open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY));
     if (file.Descriptor() < 0) Fail_On(name, errno);
     Write_All(file.Descriptor(), content, name);
 }
@@ -169,7 +175,8 @@ void Replace_File(const std::string &name, const std::string &content) {
     struct stat before = {};
     bool there = false;
     Require_Writable(target, name, &before, &there);
-    if (there && !S_ISREG(before.st_mode)) return Write_Through(target, content, name);
+    if (there && (!S_ISREG(before.st_mode) || Leads_To_No_Name(target)))
+        return Write_Through(target, content, name);
     const std::string work = target + Working_Mark + std::to_string(getpid());
     Write_New_File(work, content, name);
     try {

@@ -77,6 +77,12 @@ TEST_F(CommandFrame, FilesAreReplacedWholeAndKeepTheirPermissionsAndLinks) {
     char through[8] = "";
     EXPECT_EQ(read(ends[0], through, sizeof through), 4) << "a pipe's link leads to no name";
     close(ends[0]), close(ends[1]);
+    const int nameless = open(machine.Folder().c_str(), O_TMPFILE | O_RDWR, 0600);
+    if (nameless >= 0) {
+        tools::Replace_File("/dev/fd/" + std::to_string(nameless), "four");
+        EXPECT_EQ(pread(nameless, through, sizeof through, 0), 4) << "a file that was deleted";
+        close(nameless);
+    }
     std::filesystem::create_symlink("b.txt", machine.Path("drive_c/texts/dangling"));
     std::filesystem::create_symlink(machine.Path("drive_c/texts/dangling"),
                                     machine.Path("drive_c/texts/far"));

@@ -141,6 +141,10 @@ TEST_F(MachineCommand, CloneIsWholeAndTheMachinesOwn) {
     fs::create_directories(Outside("shared/deep"));
     fs::create_symlink(fs::relative(Outside("shared"), machine.Path("")), machine.Path("drive_d"));
     fs::create_symlink("drive_c/folder", machine.Path("drive_e"));
+    fs::create_symlink(machine.Path("drive_e"), machine.Path("drive_f"));
+    fs::create_symlink("../" + fs::path(machine.Folder()).filename().string() + "/drive_c",
+                       machine.Path("drive_g"));
+    fs::create_symlink("drive_e/../folder", machine.Path("drive_h"));
     fs::permissions(machine.Path("drive_c/folder/a.txt"), fs::perms::owner_read);
     fs::permissions(machine.Path("drive_c/folder"), fs::perms::owner_read | fs::perms::owner_exec);
     SecondProcess writer("busy_writer");
@@ -155,6 +159,9 @@ TEST_F(MachineCommand, CloneIsWholeAndTheMachinesOwn) {
     EXPECT_TRUE(fs::is_symlink(clone + "/drive_c/folder/link"));
     EXPECT_EQ(fs::canonical(clone + "/drive_d"), Outside("shared"));
     EXPECT_EQ(fs::canonical(clone + "/drive_e"), clone + "/drive_c/folder");
+    EXPECT_EQ(fs::canonical(clone + "/drive_f"), clone + "/drive_c/folder");
+    EXPECT_EQ(fs::canonical(clone + "/drive_g"), clone + "/drive_c");
+    EXPECT_EQ(fs::read_symlink(clone + "/drive_h"), "drive_e/../folder") << "as it stands";
     EXPECT_EQ(fs::status(clone + "/drive_c/folder/a.txt").permissions(), fs::perms::owner_read);
     EXPECT_EQ(CommandRun({"--machine", clone, "machine", "check"}).output, "nothing is wrong\n");
     const Json info = Json::parse(CommandRun({"--machine", clone, "machine", "info", "--json"}).output);

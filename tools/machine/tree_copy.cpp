@@ -4,6 +4,7 @@
 #include <tools/interruption.h>
 #include <tools/own_folder.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -129,12 +130,27 @@ void TreeCopy::Copy_Folder(const std::string &from, const std::string &to, const
     if (error) throw Failure(Exit_Unusable, from + ": " + error.message());
 }
 
+// As its text has it, whatever the folders on the way are: such a link leads to the copy as it stands.
+bool TreeCopy::Stays_Within(const std::string &folder, const std::string &target) const {
+    if (target.starts_with('/')) return false;
+    long depth = std::count(folder.begin() + static_cast<long>(whole_.size()), folder.end(), '/') - 1;
+    for (const std::filesystem::path &step : std::filesystem::path(target)) {
+        if (step == "..") --depth;
+        if (step != ".." && step != "." && !step.empty()) ++depth;
+        if (depth < 0) return false;
+    }
+    return true;
+}
+
 std::string TreeCopy::Target_For_Copy(const std::string &link, const std::string &target) const {
-    if (target.starts_with('/')) return target;
     std::error_code error;
     const std::string folder = link.substr(0, link.rfind('/') + 1);
-    const std::string place = std::filesystem::weakly_canonical(folder + target, error);
-    if (error || !(place + "/").starts_with(whole_ + "/")) return error ? target : place;
+    const std::string named = target.starts_with('/') ? target : folder + target;
+    const std::string place = std::filesystem::weakly_canonical(named, error);
+    if (error) return target;
+    const bool leads_within = (place + "/").starts_with(whole_ + "/");
+    if (leads_within && Stays_Within(folder, target)) return target;
+    if (!leads_within) return target.starts_with('/') ? target : place;
     const std::string within =
         std::filesystem::relative(place, folder, error); // also for one that goes round
     return error || within.empty() ? target : within;

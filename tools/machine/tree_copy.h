@@ -20,7 +20,7 @@ std::size_t Entries_Below(const std::string &path);
 class TreeCopy {
   public:
     /// A relative link that leads out of `whole`, a folder of the host without links in its path, is written
-    /// as an absolute one.
+    /// as an absolute one, and one that leads into it by way of outside as a relative one.
     TreeCopy(std::string whole, Progress &progress) : whole_(std::move(whole)), progress_(progress) {}
 
     /// `to` must not be there. What is gone by its turn is left out. Fails, with 2, for what cannot be read
@@ -38,6 +38,7 @@ class TreeCopy {
     };
     void Copy_Entry(const std::string &from, const std::string &to, const struct stat &original);
     void Copy_Folder(const std::string &from, const std::string &to, const struct stat &original);
+    bool Stays_Within(const std::string &folder, const std::string &target) const;
     std::string Target_For_Copy(const std::string &link, const std::string &target) const;
     void Copy_Link(const std::string &from, const std::string &to);
     void Copy_File(const std::string &from, const std::string &to);
