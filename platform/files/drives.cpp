@@ -1,6 +1,7 @@
 #include <platform/files/drives.h>
 
 #include <platform/files.h>
+#include <platform/files/drive_places.h>
 #include <platform/files/give_text.h>
 #include <platform/files/paths.h>
 #include <platform/kernel/code_page.h>

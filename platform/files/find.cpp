@@ -1,5 +1,6 @@
 #include <platform/files.h>
 #include <platform/files/attributes.h>
+#include <platform/files/folder_entries.h>
 #include <platform/files/host_error.h>
 #include <platform/files/name_pattern.h>
 #include <platform/files/paths.h>

@@ -1,10 +1,7 @@
 #pragma once
 // Windows paths, and where they lie on the host.
 //
-// Drives a: to y: are the folders `drive_a` to `drive_y` of the machine. c: is always there; another one is
-// there when its folder is, or when machine.conf has a setting of the folder's name, and the folder is made
-// then. z: is the host's root. A folder that is a symbolic link is a drive like any other, and links inside a
-// drive are followed as the host does, after "." and ".." are taken out of the path.
+// Links inside a drive are followed as the host does, after "." and ".." are taken out of the path.
 //
 // Windows texts are in code page 1252, host paths in UTF-8. Calls return a code of errors.h and leave the
 // last error alone; they may be made from any thread, but the current directory is the whole process's.
@@ -38,14 +35,3 @@ long Find_Place(const char *windows_path, HostPlace &place);
 /// except where only the place they lead to lies on a drive of the machine. ERROR_PATH_NOT_FOUND for an empty
 /// path, and for a relative one when the current directory is gone.
 long Map_To_Windows(std::string_view host_path, std::string &windows_path);
-
-/// The host's folder of a drive; empty when the drive is not there. The letter's case does not matter.
-std::string Drive_Root(char letter);
-
-/// The entry of a host folder that a Windows name means, as a host path: the exact one, else the first in
-/// order of bytes that differs in letter case alone. Empty when there is none.
-std::string Find_In_Folder(const std::string &host_folder, std::string_view windows_name);
-
-/// What Windows calls an entry of a host folder. Characters that no Windows name can have become '?', and so
-/// do a dot or space at the end: such an entry is seen, but not found by that name.
-std::string Windows_Name_Of(std::string_view host_name);

@@ -1,6 +1,7 @@
 #include <platform/files/search_order.h>
 
 #include <platform/errors.h>
+#include <platform/files/folder_entries.h>
 #include <platform/files/paths.h>
 #include <platform/files/system_folders.h>
 

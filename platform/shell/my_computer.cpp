@@ -3,6 +3,7 @@
 #include <platform/com/class_keys.h>
 #include <platform/com/reference.h>
 #include <platform/files.h>
+#include <platform/files/drive_places.h>
 #include <platform/files/drives.h>
 #include <platform/registry.h>
 
