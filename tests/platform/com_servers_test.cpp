@@ -5,13 +5,11 @@
 #include <platform/kernel.h>
 #include <platform/user.h>
 
-#include <fcntl.h>
-#include <filesystem>
 #include <memory>
-#include <sys/socket.h>
-#include <sys/un.h>
+#include <poll.h>
+#include <sys/fsuid.h>
+#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
@@ -144,17 +142,10 @@ TEST_F(ComServers, TakeBackWhatClientsLeaveAndTakeNoRubbish) {
     const std::string magic("CKM1", 4), iid(16, '\0'), zero(4, '\0');
     const std::string too_large = magic + std::string("\3\0\0\0", 4) + iid + zero + zero + "\xFF\xFF\xFF\x7F";
     const std::string out_of_turn = magic + std::string("\3\0\0\0", 4) + iid + zero + zero + zero;
-    const std::string address = Class_Socket();
     std::vector<int> sockets;
     for (const std::string &rubbish : {std::string(100, 'r'), too_large, out_of_turn, magic}) {
-        sockaddr_un name = {};
-        name.sun_family = AF_UNIX;
-        const int folder = open(std::filesystem::path(address).parent_path().c_str(), O_PATH | O_DIRECTORY);
-        std::snprintf(name.sun_path, sizeof name.sun_path, "/proc/self/fd/%d/%s", folder,
-                      std::filesystem::path(address).filename().c_str());
-        const int client = socket(AF_UNIX, SOCK_STREAM, 0);
-        ASSERT_EQ(connect(client, reinterpret_cast<sockaddr *>(&name), sizeof name), 0);
-        close(folder);
+        const int client = Connect_To(Class_Socket());
+        ASSERT_GE(client, 0);
         EXPECT_EQ(send(client, rubbish.data(), rubbish.size(), 0), static_cast<ssize_t>(rubbish.size()));
         sockets.push_back(client);
     }
@@ -163,6 +154,33 @@ TEST_F(ComServers, TakeBackWhatClientsLeaveAndTakeNoRubbish) {
     EXPECT_EQ(Ask(service, "living"), "1") << "while one of them hangs";
     for (const int each : sockets) close(each);
     EXPECT_EQ(service->Release(), 0u);
+}
+
+constexpr uid_t Other = 65534;
+
+// Of another user who can get at files as root can: 0 when the server lets go, 1 when it goes on.
+int Wait_As_Another(int (*connect)(const std::filesystem::path &), const std::filesystem::path &path) {
+    if (setresuid(0, Other, 0) != 0 || setfsuid(0) != static_cast<int>(Other)) return 2;
+    pollfd end = {connect(path), POLLIN, 0};
+    if (end.fd < 0) return 3;
+    char byte;
+    return poll(&end, 1, 5000) == 1 && read(end.fd, &byte, 1) <= 0 ? 0 : 1;
+}
+
+TEST_F(ComServers, HaveNoConnectionsWithOtherUsers) {
+    if (geteuid() != 0) return; // only root can be another user
+    SecondProcess server("service");
+    ASSERT_NE(server.Hear(), "");
+    const std::filesystem::path listed = Class_Socket();
+    const pid_t another = fork();
+    if (another == 0) _exit(Wait_As_Another(Connect_To, listed));
+    int status = -1;
+    waitpid(another, &status, 0);
+    EXPECT_EQ(status, 0);
+    ITestService *service = nullptr;
+    ASSERT_EQ(Create(IID_ITestService, service), S_OK) << "the server itself goes on";
+    EXPECT_EQ(service->Release(), 0u);
+    EXPECT_EQ(server.Wait(), 0);
 }
 
 TEST_F(ComServers, AreReachedFromTheirOwnProcessAndWhileTheyCallOut) {
