@@ -14,7 +14,7 @@ void *Number(long number) {
 }
 
 HWND New_Window() {
-    return CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    return TestWindow::Make(WS_POPUP, nullptr, "Static");
 }
 
 long Word_Of(HWND window) {

@@ -20,6 +20,12 @@ inline DWORD Register(REFCLSID clsid = CLSID_TestService) {
     return cookie;
 }
 
+/// Serves the test's service, from when it is made.
+struct Server : SecondProcess {
+    Server() : SecondProcess("service"), thread(Hear()) { EXPECT_NE(thread, ""); }
+    const std::string thread; // that serves
+};
+
 class ComServers : public MachineTest {
   protected:
     void SetUp() override {
@@ -45,6 +51,12 @@ class ComServers : public MachineTest {
             CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, iid, reinterpret_cast<void **>(&made));
         EXPECT_EQ(result == S_OK, made != nullptr);
         return result;
+    }
+    /// An object of the class; without one the test ends.
+    static ITestService *Made(REFCLSID clsid = CLSID_TestService) {
+        ITestService *made = nullptr;
+        if (const HRESULT result = Create(IID_ITestService, made, clsid); result != S_OK) throw result;
+        return made;
     }
     static std::string Ask(ITestService *service, const char *word) {
         static char answer[1 << 20];

@@ -1,6 +1,7 @@
 // Files, processes and modules, what programs share, the registry, and the machine seen from outside.
 
 #include <tests/platform/out_of_memory.h>
+#include <tests/platform/started.h>
 #include <tests/support/built_modules.h>
 #include <tests/support/failing_new.h>
 #include <tests/support/handles.h>
@@ -54,11 +55,8 @@ bool Tells_Groups() {
 
 bool Starts_A_Process() {
     char command[] = "z:\\bin\\true";
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
     PROCESS_INFORMATION started;
-    if (!CreateProcessA(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started))
-        return false;
+    if (!Start(started, command)) return false;
     WaitForSingleObject(started.hProcess, INFINITE);
     return CloseHandle(started.hProcess) && CloseHandle(started.hThread);
 }
