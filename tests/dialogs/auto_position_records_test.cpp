@@ -1,6 +1,7 @@
 // Registering and releasing, and layouts out of the common run.
 
 #include <tests/dialogs/layout_verbs.h>
+#include <tests/support/library_heap.h>
 #include <tests/support/test_memory.h>
 
 #include <climits>
@@ -49,6 +50,27 @@ TEST_F(AutoPosition, What_Cannot_Be_Registered_Is_Refused) {
         EXPECT_EQ(group->m_Members.Entries(0), members_taken);
         layout.m_GroupBoxes.Add(group, 0);
     }
+}
+
+TEST_F(AutoPosition, Without_Memory_Nothing_Is_Registered) {
+    const NoLeak no_leak;
+    const Dialog dialog;
+    const Child control(dialog, {10, 20, 60, 40});
+    const HWND members[] = {control, nullptr};
+    Layout layout(dialog);
+    {
+        const FailingMemory failing(1, true);
+        EXPECT_EQ(layout.Manage(control, 0), E_OUTOFMEMORY);
+        EXPECT_EQ(layout.Manage_GroupBox(control, 0, members, nullptr), E_OUTOFMEMORY);
+    }
+    LibraryHeap heap; // where the lists' items are
+    heap.Fail(1, true);
+    long result = 0;
+    while (result == 0) result = layout.Manage_GroupBox(control, 0, members, nullptr);
+    EXPECT_EQ(result, E_OUTOFMEMORY);
+    for (result = 0; result == 0;) result = layout.Manage(control, 0);
+    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(layout.Update_Controls(), 0);
 }
 
 TEST_F(AutoPosition, Long_Chains_Settle_And_What_Never_Settles_Ends) {

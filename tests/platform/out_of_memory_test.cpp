@@ -180,7 +180,6 @@ TEST_F(OutOfMemoryTest, Is_A_Code_And_Leaves_No_Handle) {
         {"registry", [] { return With_Code(Key_Comes_And_Goes()); }},
         {"setting", [&] { return Get_Machine_Setting("windows", text, sizeof text); }},
         {"blocks seen", [&] { return Visit_Machine_Blocks(go_on, nullptr) != 0; }},
-        {"windows seen", [&] { return Visit_Machine_Windows(go_on, nullptr) != 0; }},
         {"mapping seen", [&] { return Copy_Machine_Mapping("Seen", text, sizeof text) > 0; }},
         {"registry seen",
          [] {

@@ -17,12 +17,13 @@ namespace {
 
 constexpr char Long_Text[] = "A text that is long enough to need memory of its own, twice over";
 
-/// What is worked on, made and destroyed with memory enough.
+/// What is worked on, with a child, made and destroyed with memory enough.
 class Dialog {
   public:
     Dialog() {
         const EnoughMemory enough;
         dialog_.emplace();
+        dialog_->Add("", "Button", 0, BS_GROUPBOX);
     }
     ~Dialog() {
         const EnoughMemory enough;
@@ -70,9 +71,15 @@ bool Posts() {
 
 bool Enumerates() {
     const Dialog dialog;
-    dialog.Add("Static");
     return EnumChildWindows(
         dialog, [](HWND, LPARAM) { return TRUE; }, 0);
+}
+
+bool Sees_Windows() {
+    const Dialog dialog;
+    int seen = 0;
+    const auto count = [](const MachineTopWindow *, void *of) { return ++*static_cast<int *>(of), true; };
+    return Visit_Machine_Windows(count, &seen) && seen == 1;
 }
 
 bool Makes_Controls() {
@@ -102,7 +109,8 @@ bool Fills_An_Edit() {
 
 bool Clicks() {
     const Dialog dialog;
-    return Click_Window(dialog.Add("Button", BS_AUTORADIOBUTTON | WS_TABSTOP));
+    const HWND radio = dialog.Add("Button", BS_AUTORADIOBUTTON | WS_TABSTOP);
+    return Click_Window(radio) && SendMessageA(radio, BM_GETCHECK, 0, 0) == BST_CHECKED;
 }
 
 bool Draws() {
@@ -221,6 +229,7 @@ TEST_F(OutOfMemoryTest, Is_A_Code_Of_Windows_And_Objects_Too) {
         {"text", Texts_Go_To_And_Fro},
         {"message", Posts},
         {"enumeration", Enumerates},
+        {"windows seen", Sees_Windows},
         {"controls", Makes_Controls},
         {"lines", Fills_A_Combo_Box},
         {"edit", Fills_An_Edit},
@@ -237,6 +246,7 @@ TEST_F(OutOfMemoryTest, Is_A_Code_Of_Windows_And_Objects_Too) {
         {"shell", Shows_My_Computer},
     });
     CoUninitialize();
+    EXPECT_EQ(server.Wait(), 0) << "nothing was left in it";
 }
 
 } // namespace
