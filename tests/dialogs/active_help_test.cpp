@@ -146,14 +146,7 @@ TEST_F(ActiveHelp, The_Manager_May_Go_In_A_Message) {
     DeleteWindowUserData(shared);
 }
 
-TEST_F(ActiveHelp, Nothing_Is_Added_Without_Memory_Or_A_Window_Or_Twice) {
-    for (long nth = 1; nth <= 2; ++nth) {
-        const FailingMemory failing(nth);
-        help->AddControl(a, "a");
-        EXPECT_EQ(failing.Refused(), 1);
-        EXPECT_EQ(Procedure_Of(a), old_procedure);
-        EXPECT_EQ(GetWindowUserData(a, 1), -1);
-    }
+TEST_F(ActiveHelp, Nothing_Is_Added_Without_A_Window_Or_Twice) {
     help->AddControl(nullptr, "none");
     help->AddControl(a, "first");
     help->AddControl(a, "second");

@@ -78,6 +78,7 @@ TEST_F(BoundRadioGroup, Checks_The_Button_Of_The_Value_And_Writes_That_Of_The_Bu
         for (const HWND button : buttons) Tell(button, BM_SETCHECK, 1);
         EXPECT_EQ(client.Written(), "[one]") << "buttons and values keep in step";
     }
+    cache.ReturnRadioGroupControl(nullptr);
     cache.ReturnRadioGroupControl(group);
 }
 

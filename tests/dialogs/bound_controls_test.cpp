@@ -249,16 +249,6 @@ TEST_F(BoundControls, Without_A_Record_Or_A_Window_Hear_Nothing) {
     }
 }
 
-TEST_F(BoundControls, Are_Null_Without_Memory_And_Null_Is_No_Control) {
-    const FailingMemory failing(1, true);
-    cache.ReturnTextControl(cache.GetTextControl());
-    cache.ReturnCheckboxControl(cache.GetCheckboxControl());
-    cache.ReturnListboxControl(cache.GetListboxControl());
-    cache.ReturnComboboxControl(cache.GetComboboxControl());
-    cache.ReturnRadioGroupControl(cache.GetRadioGroupControl(nullptr, nullptr));
-    EXPECT_EQ(failing.Refused(), 5);
-}
-
 TEST_F(BoundControls, Have_The_References_Of_Their_Interfaces) {
     using N = CBoundControlNotifier;
     const GUID unknown = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};

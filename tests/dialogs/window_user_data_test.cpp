@@ -14,7 +14,7 @@ void *Number(long number) {
 }
 
 HWND New_Window() {
-    return CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    return TestWindow::Make(WS_POPUP, nullptr, "Static");
 }
 
 long Word_Of(HWND window) {
@@ -96,7 +96,8 @@ TEST_F(UserData, Windows_May_Go_First_And_Their_Handles_Come_Again) {
     void *const record = InsertWindowUserData(first, 0, Number(1));
     DestroyWindow(first);
     EXPECT_EQ(Slots(first), nothing);
-    EXPECT_EQ(InsertWindowUserData(first, 0, Number(2)), nullptr);
+    for (const HWND none : {first, HWND{}, reinterpret_cast<HWND>(0x7FFFFFF0)})
+        EXPECT_EQ(InsertWindowUserData(none, 0, Number(2)), nullptr);
 
     // As if a window had come with the handle: the old record goes without a look at its word.
     auto *const stale = static_cast<WindowUserData *>(record);
@@ -107,16 +108,6 @@ TEST_F(UserData, Windows_May_Go_First_And_Their_Handles_Come_Again) {
     EXPECT_EQ(GetWindowUserData(window, 0), 3);
     DeleteWindowUserData(fresh);
     EXPECT_EQ(Word_Of(window), 0);
-}
-
-TEST_F(UserData, Nothing_Changes_Without_Memory_Or_A_Window) {
-    {
-        const FailingMemory failing(1);
-        EXPECT_EQ(InsertWindowUserData(window, 0, Number(1)), nullptr);
-    }
-    EXPECT_EQ(Word_Of(window), 0);
-    EXPECT_EQ(InsertWindowUserData(nullptr, 0, Number(1)), nullptr);
-    EXPECT_EQ(InsertWindowUserData(reinterpret_cast<HWND>(0x7FFFFFF0), 0, Number(1)), nullptr);
 }
 
 TEST_F(UserData, Threads_Keep_Records_Of_Their_Own_Windows_Side_By_Side) {

@@ -17,7 +17,9 @@
 #include <tests/support/window_verbs.h>
 
 #include <kelmara/containers/list.h>
+#include <kelmara/localization/string_table.h>
 #include <kelmara/shared_state/instances.h>
+#include <kelmara/system/file.h>
 #include <platform/com.h>
 #include <reference_suite/installer/icon_file.h>
 
@@ -115,17 +117,14 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
         CoUninitialize();
         FileTest::TearDown();
     }
-    void Write_Table() const {
-        const auto entry = [](std::string name, const std::string &text) {
-            name.resize(200);
-            std::string bytes(4, '\0');
-            bytes[0] = static_cast<char>((text.size() + 207) & 255);
-            bytes[1] = static_cast<char>((text.size() + 207) >> 8);
-            bytes += {static_cast<char>(text.size() & 255), static_cast<char>(text.size() >> 8)};
-            return bytes + name.substr(0, 198) + text + std::string(3, '\0');
-        };
-        machine.Write("drive_c/strings.ltx", std::string("\x14\0\0\0\1\0\0\0\2\0\0\0\0\0\0\0\0\0\0\0", 20) +
-                                                 entry("FIRST", "first") + entry("SECOND", Long_Text));
+    static void Write_Table() {
+        CStringTable table(true);
+        table.New_Table();
+        table.Import_String("first\tFIRST\t0\t ");
+        table.Import_String((Long_Text + "\tSECOND\t0\t ").c_str());
+        CKMFile file;
+        file.Open("c:\\strings.ltx", true, true);
+        table.Save_Changes(&file);
     }
 
     bool Try(const Operation &operation, unsigned long at, bool for_ever) {

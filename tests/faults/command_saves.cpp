@@ -155,7 +155,7 @@ std::string Look_At_Clone() {
 std::vector<SavePath> Command_Save_Paths() {
     using enum SaveWay;
     return {
-        {"ltx compile", "old", [] { Prepare<Compile>(), Put(Target, "old"), Put(Before, "old"); }, Compile,
+        {"ltx compile", "old", [] { Prepare<Compile>(), Put(Target, "old"), Put(Former, "old"); }, Compile,
          Look_At_Target},
         {"ltx set", "old", Prepare<Set>, Set, Look_At_Target},
         {"ltx merge", "old", Prepare<Merge>, Merge, Look_At_Target},

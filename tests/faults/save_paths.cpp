@@ -21,13 +21,8 @@ constexpr char Backup[] = "c:\\backup";
 constexpr char Key_Path[] = "Faults\\Saved";
 
 bool Set_And_Flush(const char *text) {
-    HKEY key;
-    if (RegCreateKeyExA(HKEY_CURRENT_USER, Key_Path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr))
-        return false;
-    const bool done = RegSetValueExA(key, "value", 0, REG_SZ, reinterpret_cast<const BYTE *>(text), 4) == 0 &&
-                      RegFlushKey(key) == 0;
-    RegCloseKey(key);
-    return done;
+    const TestKey key(Key_Path);
+    return key.error == 0 && key.Set("value", {text, 4}) == 0 && RegFlushKey(key) == 0;
 }
 
 void Prepare_Registry() {
@@ -97,7 +92,7 @@ long Write_Changed(CStringTable &table, CKMFile &file) {
 }
 
 void Prepare_Table() {
-    for (const char *path : {Target, Before, Expected}) {
+    for (const char *path : {Target, Former, Expected}) {
         CStringTable table(true);
         CKMFile file;
         Fill_Table(table);
@@ -167,14 +162,14 @@ bool Put(const char *path, const std::string &content) {
 std::string Look_At_Target() {
     const std::string expected = Content_Of(Expected), target = Content_Of(Target);
     if (target == expected) return "new";
-    if (target == Content_Of(Before)) return "old";
-    if (target == "none" && Content_Of(Backup) == Content_Of(Before)) return "old aside";
+    if (target == Content_Of(Former)) return "old";
+    if (target == "none" && Content_Of(Backup) == Content_Of(Former)) return "old aside";
     return target == "none" ? target : "damaged: " + std::to_string(target.size());
 }
 
 void Begin_With(const std::string &content, const std::string &expected) {
     Put(Target, content);
-    Put(Before, content);
+    Put(Former, content);
     Put(Expected, expected);
 }
 
@@ -183,7 +178,7 @@ std::vector<SavePath> Library_Save_Paths() {
         {"registry", "old", Prepare_Registry, [] { return Set_And_Flush("new"); }, Look_In_Registry},
         {"registry rewritten", "old", Prepare_Compaction, Set_And_Compact, Look_In_Registry},
         {"file", "old", [] { Begin_With("old content", New_Content); }, Save_File, Look_At_Target},
-        {"file that was not there", "none", [] { Put(Expected, New_Content), Put(Before, "x"); }, Save_File,
+        {"file that was not there", "none", [] { Put(Expected, New_Content), Put(Former, "x"); }, Save_File,
          Look_At_Target},
         {"string table", "old", Prepare_Table, Save_Table, Look_At_Target},
         {"section file", "old", [] { Begin_With(Sections_Of("1"), Sections_Of("22")); }, Save_Sections,

@@ -26,7 +26,7 @@ std::vector<SavePath> Command_Save_Paths();
 
 // --- what the rows share: the file that is saved ----------------------------------------------------------
 
-inline constexpr char Target[] = "c:\\target", Before[] = "c:\\before", Expected[] = "c:\\expected";
+inline constexpr char Target[] = "c:\\target", Former[] = "c:\\before", Expected[] = "c:\\expected";
 inline constexpr char Beside[] = ".beside"; // behind the machine's folder, for what is saved beside it
 
 /// "none" for what is not there.

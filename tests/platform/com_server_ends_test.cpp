@@ -60,10 +60,8 @@ struct ComServerEnds : ComServers {
 };
 
 void ComServerEnds::Use_A_Server_That_Is_Killed() {
-    SecondProcess server("service");
-    server.Hear();
-    ITestService *shared = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, shared), S_OK);
+    Server server;
+    ITestService *const shared = Made();
     std::thread other([shared] {
         HRESULT result;
         while ((result = Result(shared, "much")) >= 0) {
@@ -86,10 +84,8 @@ TEST_F(ComServerEnds, AreToldAtOnceAtAnyMomentAndServersComeAgain) {
     for (const DWORD begin = GetTickCount(); GetTickCount() - begin < 1000;) Use_A_Server_That_Is_Killed();
     EXPECT_EQ(Open_Descriptors(), descriptors);
 
-    SecondProcess server("service");
-    server.Hear();
-    ITestService *service = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
+    Server server;
+    ITestService *const service = Made();
     for (const DWORD begin = GetTickCount(); GetTickCount() - begin < 500;) {
         SecondProcess client("busy_client");
         EXPECT_EQ(client.Hear(), "going");
@@ -103,10 +99,8 @@ TEST_F(ComServerEnds, AreToldAtOnceAtAnyMomentAndServersComeAgain) {
 }
 
 TEST_F(ComServerEnds, ComeWithTheEndOfTheThreadThatServes) {
-    SecondProcess first_thread("service");
-    first_thread.Hear();
-    ITestService *service = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
+    Server first_thread;
+    ITestService *service = Made();
     EXPECT_EQ(Result(service, "leave"), HRESULT_CALL_FAILED);
     EXPECT_EQ(service->Release(), 0u);
     EXPECT_EQ(Create(IID_ITestService, service), REGDB_E_CLASSNOTREG);
@@ -121,7 +115,7 @@ TEST_F(ComServerEnds, ComeWithTheEndOfTheThreadThatServes) {
         GetMessageA(&message, nullptr, 0, 0);
     });
     registered.get_future().wait();
-    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
+    service = Made();
     EXPECT_EQ(Result(service, "leave"), HRESULT_CALL_FAILED);
     own.join();
     EXPECT_EQ(service->Release(), 0u);
@@ -130,12 +124,10 @@ TEST_F(ComServerEnds, ComeWithTheEndOfTheThreadThatServes) {
 }
 
 TEST_F(ComServerEnds, AreNoConcernOfAForkedChild) {
-    SecondProcess server("service");
-    server.Hear();
-    ITestService *service = nullptr, *another = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
+    Server server;
+    ITestService *service = Made();
     const pid_t child = std::stoi(Ask(service, "fork"));
-    ASSERT_EQ(Create(IID_ITestService, another), S_OK) << "it is still listed";
+    ITestService *const another = Made(); // it is still listed
     const pid_t heir = fork();
     if (heir == 0) _exit(Result(service, "living") == HRESULT_SERVER_UNAVAILABLE ? 0 : 1);
     int status = -1;
@@ -167,8 +159,7 @@ TEST_F(ComServerEnds, OfAClassLeadToWhoServesInItsPlace) {
     connected.get_future().wait();
     Sleep(50); // it is accepted
     EXPECT_EQ(CoRevokeClassObject(cookie), S_OK);
-    SecondProcess server("service");
-    server.Hear();
+    Server server;
     revoked.set_value();
     MSG message;
     while (made.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
@@ -178,11 +169,9 @@ TEST_F(ComServerEnds, OfAClassLeadToWhoServesInItsPlace) {
 
 // The other thread's call has the connection until this thread has answered the server's own.
 TEST_F(ComServerEnds, NeverComeOfThreeThatWaitForEachOther) {
-    SecondProcess server("service");
-    server.Hear();
+    Server server;
     Register(CLSID_TestProxy);
-    ITestService *shared = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, shared), S_OK);
+    ITestService *const shared = Made();
     std::thread other([shared] { EXPECT_EQ(Result(shared, "back"), 17); });
     Sleep(50);
     const DWORD begin = GetTickCount();

@@ -8,14 +8,23 @@
 #include <tests/support/registry_verbs.h>
 #include <tests/support/second_process.h>
 
+#include <fcntl.h>
 #include <filesystem>
-#include <sys/stat.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 inline DWORD Register(REFCLSID clsid = CLSID_TestService) {
     DWORD cookie = 0;
     EXPECT_EQ(CoRegisterClassObject(clsid, &factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie), S_OK);
     return cookie;
 }
+
+/// Serves the test's service, from when it is made.
+struct Server : SecondProcess {
+    Server() : SecondProcess("service"), thread(Hear()) { EXPECT_NE(thread, ""); }
+    const std::string thread; // that serves
+};
 
 class ComServers : public MachineTest {
   protected:
@@ -43,6 +52,12 @@ class ComServers : public MachineTest {
         EXPECT_EQ(result == S_OK, made != nullptr);
         return result;
     }
+    /// An object of the class; without one the test ends.
+    static ITestService *Made(REFCLSID clsid = CLSID_TestService) {
+        ITestService *made = nullptr;
+        if (const HRESULT result = Create(IID_ITestService, made, clsid); result != S_OK) throw result;
+        return made;
+    }
     static std::string Ask(ITestService *service, const char *word) {
         static char answer[1 << 20];
         answer[0] = 0;
@@ -59,13 +74,17 @@ class ComServers : public MachineTest {
         EXPECT_EQ(Ask(service, "living"), count);
     }
     std::filesystem::path Class_Socket() const {
-        char folder[128];
-        struct stat status;
-        EXPECT_EQ(stat(machine.Folder().c_str(), &status), 0);
-        std::snprintf(folder, sizeof folder, "/dev/shm/kelmara-%u-%llx-%llx-%s/classes",
-                      static_cast<unsigned>(geteuid()), static_cast<unsigned long long>(status.st_dev),
-                      static_cast<unsigned long long>(status.st_ino),
-                      machine.Read("machine.id").substr(0, 32).c_str());
-        return std::filesystem::directory_iterator(folder)->path();
+        return std::filesystem::directory_iterator(machine.Shared_Folder() + "/classes")->path();
+    }
+    /// A connection with whoever serves there; -1.
+    static int Connect_To(const std::filesystem::path &path) {
+        const int folder = open(path.parent_path().c_str(), O_PATH | O_DIRECTORY);
+        sockaddr_un address = {AF_UNIX, {}};
+        std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s", folder,
+                      path.filename().c_str());
+        const int client = socket(AF_UNIX, SOCK_STREAM, 0);
+        const int failed = connect(client, reinterpret_cast<const sockaddr *>(&address), sizeof address);
+        close(folder);
+        return failed ? -1 : client;
     }
 };

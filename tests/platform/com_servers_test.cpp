@@ -5,13 +5,11 @@
 #include <platform/kernel.h>
 #include <platform/user.h>
 
-#include <fcntl.h>
-#include <filesystem>
 #include <memory>
-#include <sys/socket.h>
-#include <sys/un.h>
+#include <poll.h>
+#include <sys/fsuid.h>
+#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
@@ -57,13 +55,11 @@ SECOND_PROCESS(forgetful_client) {
 namespace {
 
 TEST_F(ComServers, AnswerOnTheirThreadAndKeepAnObjectsIdentity) {
-    SecondProcess server("service");
-    const std::string thread = server.Hear();
-    ITestService *service = nullptr;
+    Server server;
+    ITestService *service = Made();
     ITestNumber *number = nullptr, *number_again = nullptr;
     IUnknown *identity = nullptr, *other_identity = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
-    EXPECT_EQ(Ask(service, "thread"), thread);
+    EXPECT_EQ(Ask(service, "thread"), server.thread);
     EXPECT_EQ(Ask(service, "much"), std::string(900000, 'm'));
     ASSERT_EQ(service->QueryInterface(IID_ITestNumber, reinterpret_cast<void **>(&number)), S_OK);
     EXPECT_EQ(number->Number(), 17);
@@ -73,8 +69,7 @@ TEST_F(ComServers, AnswerOnTheirThreadAndKeepAnObjectsIdentity) {
     EXPECT_EQ(number->QueryInterface(IID_IUnknown, reinterpret_cast<void **>(&other_identity)), S_OK);
     EXPECT_EQ(identity, other_identity);
     EXPECT_EQ(Ask(service, "living"), "1");
-    ITestService *second = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, second), S_OK);
+    ITestService *second = Made();
     EXPECT_EQ(Ask(service, "living"), "2");
     EXPECT_EQ(second->Release(), 0u);
     Expect_Living(service, "1");
@@ -99,12 +94,9 @@ TEST_F(ComServers, AnswerOnTheirThreadAndKeepAnObjectsIdentity) {
 }
 
 TEST_F(ComServers, EndWithAnErrorAtOnceWhereverTheyAreKilled) {
-    auto server = std::make_unique<SecondProcess>("service");
-    server->Hear();
-    ITestService *held = nullptr, *idle = nullptr, *fresh = nullptr;
+    auto server = std::make_unique<Server>();
+    ITestService *const held = Made(), *const idle = Made(), *fresh = nullptr;
     IClassFactory *remote = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, held), S_OK);
-    ASSERT_EQ(Create(IID_ITestService, idle), S_OK);
     ASSERT_EQ(CoGetClassObject(CLSID_TestService, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory,
                                reinterpret_cast<void **>(&remote)),
               S_OK);
@@ -119,8 +111,7 @@ TEST_F(ComServers, EndWithAnErrorAtOnceWhereverTheyAreKilled) {
     EXPECT_EQ(remote->CreateInstance(nullptr, IID_ITestService, &out), HRESULT_SERVER_UNAVAILABLE);
     EXPECT_EQ(Create(IID_ITestService, fresh), REGDB_E_CLASSNOTREG);
 
-    SecondProcess again("service");
-    again.Hear();
+    Server again;
     EXPECT_EQ(Result(idle, "living"), HRESULT_SERVER_UNAVAILABLE) << "it is another object's server";
     ASSERT_EQ(remote->CreateInstance(nullptr, IID_ITestService, reinterpret_cast<void **>(&fresh)), S_OK);
     EXPECT_EQ(Ask(fresh, "living"), "1");
@@ -129,10 +120,8 @@ TEST_F(ComServers, EndWithAnErrorAtOnceWhereverTheyAreKilled) {
 }
 
 TEST_F(ComServers, TakeBackWhatClientsLeaveAndTakeNoRubbish) {
-    SecondProcess server("service");
-    server.Hear();
-    ITestService *service = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, service), S_OK);
+    Server server;
+    ITestService *const service = Made();
     SecondProcess forgetful("forgetful_client"), killed("forgetful_client");
     EXPECT_EQ(forgetful.Hear() + killed.Hear(), "holdsholds");
     EXPECT_EQ(Ask(service, "living"), "3");
@@ -144,17 +133,10 @@ TEST_F(ComServers, TakeBackWhatClientsLeaveAndTakeNoRubbish) {
     const std::string magic("CKM1", 4), iid(16, '\0'), zero(4, '\0');
     const std::string too_large = magic + std::string("\3\0\0\0", 4) + iid + zero + zero + "\xFF\xFF\xFF\x7F";
     const std::string out_of_turn = magic + std::string("\3\0\0\0", 4) + iid + zero + zero + zero;
-    const std::string address = Class_Socket();
     std::vector<int> sockets;
     for (const std::string &rubbish : {std::string(100, 'r'), too_large, out_of_turn, magic}) {
-        sockaddr_un name = {};
-        name.sun_family = AF_UNIX;
-        const int folder = open(std::filesystem::path(address).parent_path().c_str(), O_PATH | O_DIRECTORY);
-        std::snprintf(name.sun_path, sizeof name.sun_path, "/proc/self/fd/%d/%s", folder,
-                      std::filesystem::path(address).filename().c_str());
-        const int client = socket(AF_UNIX, SOCK_STREAM, 0);
-        ASSERT_EQ(connect(client, reinterpret_cast<sockaddr *>(&name), sizeof name), 0);
-        close(folder);
+        const int client = Connect_To(Class_Socket());
+        ASSERT_GE(client, 0);
         EXPECT_EQ(send(client, rubbish.data(), rubbish.size(), 0), static_cast<ssize_t>(rubbish.size()));
         sockets.push_back(client);
     }
@@ -165,20 +147,42 @@ TEST_F(ComServers, TakeBackWhatClientsLeaveAndTakeNoRubbish) {
     EXPECT_EQ(service->Release(), 0u);
 }
 
+constexpr uid_t Other = 65534;
+
+// Of another user who can get at files as root can: 0 when the server lets go, 1 when it goes on.
+int Wait_As_Another(int (*connect)(const std::filesystem::path &), const std::filesystem::path &path) {
+    if (setresuid(0, Other, 0) != 0 || setfsuid(0) != static_cast<int>(Other)) return 2;
+    pollfd end = {connect(path), POLLIN, 0};
+    if (end.fd < 0) return 3;
+    char byte;
+    return poll(&end, 1, 5000) == 1 && read(end.fd, &byte, 1) <= 0 ? 0 : 1;
+}
+
+TEST_F(ComServers, HaveNoConnectionsWithOtherUsers) {
+    if (geteuid() != 0) return; // only root can be another user
+    Server server;
+    const std::filesystem::path listed = Class_Socket();
+    const pid_t another = fork();
+    if (another == 0) _exit(Wait_As_Another(Connect_To, listed));
+    int status = -1;
+    waitpid(another, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(Made()->Release(), 0u) << "the server itself goes on";
+    EXPECT_EQ(server.Wait(), 0);
+}
+
 TEST_F(ComServers, AreReachedFromTheirOwnProcessAndWhileTheyCallOut) {
     const DWORD cookie = Register();
     EXPECT_EQ(factory.count, 2u);
-    ITestService *direct = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, direct), S_OK);
+    ITestService *direct = Made();
     EXPECT_EQ(Ask(direct, "thread"), std::to_string(gettid()));
     EXPECT_EQ(direct->Release(), 0u) << "no proxy lies between";
 
     // Another thread's calls are made by this one, which waits for another server meanwhile.
-    SecondProcess server("service");
-    server.Hear();
+    Server server;
     Register(CLSID_TestProxy);
     EXPECT_EQ(CoRevokeClassObject(cookie), S_OK);
-    ASSERT_EQ(Create(IID_ITestService, busy_elsewhere), S_OK);
+    busy_elsewhere = Made();
     const std::string own = std::to_string(gettid());
     const DWORD begin = GetTickCount();
     std::thread client([&] {

@@ -7,14 +7,9 @@
 #include <platform/files.h>
 #include <platform/machine_contents.h>
 
-#include <fcntl.h>
 #include <fstream>
-#include <poll.h>
 #include <sstream>
-#include <sys/fsuid.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <sys/wait.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -103,14 +98,7 @@ const Disguise Disguises[] = {
 
 class HostileMachine : public ComServers {
   protected:
-    fs::path Shared_Folder() const {
-        struct stat status = {};
-        stat(machine.Folder().c_str(), &status);
-        std::ostringstream folder;
-        folder << "/dev/shm/kelmara-" << status.st_uid << "-" << std::hex << status.st_dev << "-"
-               << status.st_ino << "-" << machine.Read("machine.id");
-        return folder.str();
-    }
+    fs::path Shared_Folder() const { return machine.Shared_Folder(); }
     void Put_Shared() const {
         fs::create_directories(Shared_Folder() / "classes");
         for (const char *file : {"block-m", "classes/left"}) {
@@ -218,36 +206,6 @@ TEST_F(HostileMachine, IsNotMadeOfAFolderThatItsOwnerHasShut) {
         EXPECT_TRUE(State_Of(base).ends_with(": 1")) << "nothing was put into it";
         fs::remove_all(base);
     }
-}
-
-// Of another user who can get at files as root can: 0 when the server lets go, 1 when it goes on.
-int Connect_As_Another(const fs::path &path) {
-    const int folder = open(path.parent_path().c_str(), O_PATH | O_DIRECTORY);
-    sockaddr_un address = {AF_UNIX, {}};
-    std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s", folder,
-                  path.filename().c_str());
-    const int connected = socket(AF_UNIX, SOCK_STREAM, 0);
-    if (setresuid(0, Other, 0) != 0 || setfsuid(0) != static_cast<int>(Other)) return 2;
-    if (connect(connected, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) return 3;
-    pollfd end = {connected, POLLIN, 0};
-    char byte;
-    return poll(&end, 1, 5000) == 1 && read(connected, &byte, 1) <= 0 ? 0 : 1;
-}
-
-TEST_F(HostileMachine, HasNoConnectionsWithOtherUsers) {
-    if (geteuid() != 0) return; // only root can be another user
-    SecondProcess server("service");
-    ASSERT_NE(server.Hear(), "");
-    const fs::path listed = Class_Socket();
-    const pid_t another = fork();
-    if (another == 0) _exit(Connect_As_Another(listed));
-    int status = -1;
-    waitpid(another, &status, 0);
-    EXPECT_EQ(status, 0);
-    ITestService *service = nullptr;
-    ASSERT_EQ(Create(IID_ITestService, service), S_OK) << "the server itself goes on";
-    EXPECT_EQ(service->Release(), 0u);
-    EXPECT_EQ(server.Wait(), 0);
 }
 
 TEST_F(HostileMachine, LoadsNoModuleThatOthersMayChange) {

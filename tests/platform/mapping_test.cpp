@@ -32,13 +32,10 @@ class Mappings : public MachineTest {
     /// program of these tests loads.
     std::vector<fs::path> Files() const {
         std::vector<fs::path> files;
-        for (const auto &folder : fs::directory_iterator("/dev/shm")) {
-            if (folder.path().string().find(machine.Read("machine.id")) == std::string::npos) continue;
-            for (const auto &file : fs::directory_iterator(folder)) {
-                const std::string name = file.path().filename();
-                if (name != "block-INSTANCESHARE" && name != "block-InstanceMasterMutex")
-                    files.push_back(file);
-            }
+        std::error_code none;
+        for (const auto &file : fs::directory_iterator(machine.Shared_Folder(), none)) {
+            const std::string name = file.path().filename();
+            if (name != "block-INSTANCESHARE" && name != "block-InstanceMasterMutex") files.push_back(file);
         }
         return files;
     }

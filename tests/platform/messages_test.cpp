@@ -153,9 +153,7 @@ TEST_F(WindowTest, A_Table_That_Somebody_Keeps_Locked_Refuses_After_A_While) {
     ASSERT_NE(lock, nullptr);
     ASSERT_EQ(pthread_mutex_lock(lock), 0);
     std::thread([] {
-        EXPECT_EQ(Error_Of(CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr,
-                                           nullptr, nullptr)),
-                  ERROR_NOT_ENOUGH_QUOTA);
+        EXPECT_EQ(Error_Of(TestWindow::Make()), ERROR_NOT_ENOUGH_QUOTA);
         // It has got no queue.
         EXPECT_EQ(Error_Of(PostThreadMessageA(static_cast<DWORD>(gettid()), WM_USER, 0, 0)),
                   ERROR_INVALID_THREAD_ID);
@@ -170,8 +168,7 @@ TEST_F(WindowTest, A_Sender_Does_Not_Wait_For_A_Thread_That_Ends) {
     std::atomic<bool> sending{false};
     std::atomic<HWND> made{nullptr};
     std::thread ends([&] {
-        made = CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr,
-                               nullptr);
+        made = TestWindow::Make();
         while (!sending) std::this_thread::yield();
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     });

@@ -1,5 +1,6 @@
 #include <platform/user.h>
 
+#include <tests/platform/started.h>
 #include <tests/support/file_verbs.h>
 #include <tests/support/second_process.h>
 
@@ -45,11 +46,9 @@ class Processes : public FileTest {
     // 0, or the last error. Null texts are allowed.
     static long Start(Program &program, const char *path, const char *line, const char *directory = nullptr,
                       void *environment = nullptr) {
-        STARTUPINFOA startup = {};
-        startup.cb = sizeof startup;
         std::string writable = line ? line : "";
-        return Error_Of(CreateProcessA(path, line ? writable.data() : nullptr, nullptr, nullptr, FALSE, 0,
-                                       environment, directory, &startup, &program.information));
+        return Error_Of(
+            ::Start(program.information, line ? writable.data() : nullptr, path, directory, environment));
     }
     static long Start_Line(const std::string &line) {
         Program program;
@@ -176,12 +175,9 @@ TEST_F(Processes, ThatCannotBeStartedAreNot) {
     EXPECT_EQ(Start(program, nullptr, "true", "c:\\none"), ERROR_DIRECTORY);
     EXPECT_EQ(Start(program, nullptr, nullptr), ERROR_INVALID_PARAMETER);
     char line[] = "true";
-    STARTUPINFOA startup = {};
     PROCESS_INFORMATION information = {};
-    for (const DWORD flags : {0x10u, 0x4u}) {
-        EXPECT_FALSE(CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, flags, nullptr, nullptr, &startup,
-                                    &information));
-    }
+    for (const DWORD flags : {0x10u, 0x4u})
+        EXPECT_FALSE(::Start(information, line, nullptr, nullptr, nullptr, flags));
     EXPECT_FALSE(information.hProcess || program.information.hProcess);
     EXPECT_EQ(Open_Handle_Count(), before);
 }
@@ -285,12 +281,8 @@ SECOND_PROCESS(careless) {
     signal(SIGCHLD, SIG_IGN);
     for (int i = 0; i < 20; ++i) {
         char line[] = "true";
-        STARTUPINFOA startup = {};
         PROCESS_INFORMATION information;
-        if (!CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                            &information)) {
-            return 2;
-        }
+        if (!Start(information, line)) return 2;
         DWORD code = 0;
         if (WaitForSingleObject(information.hProcess, Patience) != WAIT_OBJECT_0) return 3;
         if (!GetExitCodeProcess(information.hProcess, &code) || (code != 0xC0000001 && code != 0)) return 4;

@@ -1,6 +1,6 @@
-#include <platform/kernel.h>
 #include <platform/security.h>
 
+#include <tests/support/handles.h>
 #include <tests/support/test_machine.h>
 
 #include <cstring>
@@ -10,41 +10,34 @@ namespace {
 using Tokens = MachineTest;
 using Versions = MachineTest;
 
-std::string Last_Error() {
-    return std::to_string(GetLastError());
-}
-
 TEST_F(Tokens, AreRefusedToWhatHasNone) {
     HANDLE token = nullptr;
     DWORD needed = 0;
-    EXPECT_FALSE(OpenThreadToken(nullptr, TOKEN_QUERY, FALSE, &token));
-    EXPECT_EQ(Last_Error(), "6");
-    EXPECT_FALSE(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, FALSE, &token));
-    EXPECT_EQ(Last_Error(), std::to_string(ERROR_NO_TOKEN));
+    EXPECT_EQ(Error_Of(OpenThreadToken(nullptr, TOKEN_QUERY, FALSE, &token)), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(Error_Of(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, FALSE, &token)), ERROR_NO_TOKEN);
     const HANDLE mutex = CreateMutexA(nullptr, FALSE, nullptr);
-    EXPECT_FALSE(OpenProcessToken(mutex, TOKEN_QUERY, &token));
-    EXPECT_EQ(Last_Error(), "6");
+    EXPECT_EQ(Error_Of(OpenProcessToken(mutex, TOKEN_QUERY, &token)), ERROR_INVALID_HANDLE);
     EXPECT_TRUE(CloseHandle(mutex));
 
     const HANDLE process = OpenProcess(PROCESS_ALL_ACCESS, FALSE, GetCurrentProcessId());
     ASSERT_TRUE(OpenProcessToken(process, 0, &token));
-    EXPECT_FALSE(GetTokenInformation(token, TokenGroups, nullptr, 0, &needed));
-    EXPECT_EQ(Last_Error(), "5") << "not opened for that";
-    EXPECT_FALSE(GetTokenInformation(token, static_cast<TOKEN_INFORMATION_CLASS>(1), nullptr, 0, &needed));
-    EXPECT_EQ(Last_Error(), "87");
+    EXPECT_EQ(Error_Of(GetTokenInformation(token, TokenGroups, nullptr, 0, &needed)), ERROR_ACCESS_DENIED)
+        << "not opened for that";
+    EXPECT_EQ(
+        Error_Of(GetTokenInformation(token, static_cast<TOKEN_INFORMATION_CLASS>(1), nullptr, 0, &needed)),
+        ERROR_INVALID_PARAMETER);
     EXPECT_EQ(WaitForSingleObject(token, 0), WAIT_FAILED);
     CloseHandle(token);
     ASSERT_TRUE(OpenProcessToken(process, TOKEN_QUERY, &token));
-    EXPECT_FALSE(GetTokenInformation(token, TokenGroups, nullptr, 0, &needed));
-    EXPECT_EQ(Last_Error(), std::to_string(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_EQ(Error_Of(GetTokenInformation(token, TokenGroups, nullptr, 0, &needed)),
+              ERROR_INSUFFICIENT_BUFFER);
     std::vector<DWORD> block(needed / 4 + 1, 0xDDDDDDDD);
     EXPECT_FALSE(GetTokenInformation(token, TokenGroups, block.data(), needed - 1, &needed));
     EXPECT_TRUE(GetTokenInformation(token, TokenGroups, block.data(), needed, &needed));
     EXPECT_EQ(block.back(), 0xDDDDDDDDu);
     CloseHandle(token);
     machine.Set("windows", "me");
-    EXPECT_FALSE(OpenProcessToken(process, TOKEN_QUERY, &token));
-    EXPECT_EQ(Last_Error(), std::to_string(ERROR_CALL_NOT_IMPLEMENTED));
+    EXPECT_EQ(Error_Of(OpenProcessToken(process, TOKEN_QUERY, &token)), ERROR_CALL_NOT_IMPLEMENTED);
     CloseHandle(process);
 }
 
@@ -61,8 +54,8 @@ TEST(Identifiers, AreMadeAndCompared) {
     EXPECT_TRUE(EqualSid(one, same));
     EXPECT_FALSE(EqualSid(one, other) || EqualSid(one, longer) || EqualSid(one, nullptr));
     PSID none = nullptr;
-    EXPECT_FALSE(AllocateAndInitializeSid(&SECURITY_NT_AUTHORITY, 9, 1, 2, 3, 4, 5, 6, 7, 8, &none));
-    EXPECT_EQ(Last_Error(), std::to_string(ERROR_INVALID_SID));
+    EXPECT_EQ(Error_Of(AllocateAndInitializeSid(&SECURITY_NT_AUTHORITY, 9, 1, 2, 3, 4, 5, 6, 7, 8, &none)),
+              ERROR_INVALID_SID);
     EXPECT_FALSE(none);
     for (const PSID sid : {one, same, other, longer, none}) EXPECT_EQ(FreeSid(sid), nullptr);
 }
@@ -102,8 +95,7 @@ TEST_F(Versions, AreThoseOfTheSettings) {
     OSVERSIONINFOA information = {};
     for (const DWORD size : {147u, 149u}) {
         information.dwOSVersionInfoSize = size;
-        EXPECT_FALSE(GetVersionExA(&information));
-        EXPECT_EQ(Last_Error(), "122");
+        EXPECT_EQ(Error_Of(GetVersionExA(&information)), ERROR_INSUFFICIENT_BUFFER);
     }
     EXPECT_EQ(information.dwMajorVersion, 0u);
     EXPECT_FALSE(GetVersionExA(nullptr));

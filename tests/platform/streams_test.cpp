@@ -1,3 +1,4 @@
+#include <tests/platform/started.h>
 #include <tests/support/file_verbs.h>
 #include <tests/support/second_process.h>
 
@@ -138,14 +139,10 @@ TEST_F(Streams, AndTheMakingOfNamesFailInTimeWhereALockIsHeld) {
 TEST_F(Renaming, SucceedsRightAfterClosingWhateverIsStarted) {
     std::atomic<bool> enough{false};
     std::thread starting([&] {
-        STARTUPINFOA startup = {};
-        startup.cb = sizeof startup;
         while (!enough) {
             PROCESS_INFORMATION started = {};
             char line[] = "z:\\bin\\true";
-            if (!CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                                &started))
-                break;
+            if (!Start(started, line)) break;
             CloseHandle(started.hThread);
             CloseHandle(started.hProcess);
         }

@@ -135,8 +135,7 @@ const LOGFONTA Some_Font = {};
 // In a forked child: true when it has windows of its own and leaves its parent's alone.
 bool Works_On_Its_Own(HWND parent_s) {
     if (Window_Count() != 0 || DestroyWindow(parent_s) || !IsWindow(parent_s)) return false;
-    const HWND own =
-        CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    const HWND own = TestWindow::Make();
     DWORD process_id = 0;
     GetWindowThreadProcessId(own, &process_id);
     const HMENU menu = CreateMenu();
@@ -228,15 +227,11 @@ TEST_F(WindowTest, Killed_Writers_Leave_A_Table_That_Works) {
 
 TEST_F(WindowTest, The_Table_Has_Room_For_512_And_Uses_It_Again) {
     std::vector<HWND> windows;
-    const auto make = [] {
-        return CreateWindowExA(0, TestWindow::Class(), "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr,
-                               nullptr);
-    };
-    while (const HWND window = make()) windows.push_back(window);
+    while (const HWND window = TestWindow::Make()) windows.push_back(window);
     EXPECT_EQ(windows.size(), 512u);
-    EXPECT_EQ(Error_Of(make()), ERROR_NOT_ENOUGH_QUOTA);
+    EXPECT_EQ(Error_Of(TestWindow::Make()), ERROR_NOT_ENOUGH_QUOTA);
     for (const HWND window : windows) EXPECT_TRUE(DestroyWindow(window));
-    const HWND again = make();
+    const HWND again = TestWindow::Make();
     EXPECT_TRUE(IsWindow(again));
     EXPECT_EQ(std::count(windows.begin(), windows.end(), again), 0);
     DestroyWindow(again);

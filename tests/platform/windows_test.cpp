@@ -23,8 +23,7 @@ TEST_F(WindowTest, Classes_Are_Known_By_Their_Name_In_Any_Case) {
                              nullptr, nullptr,        nullptr, nullptr, "Plain One"};
     ASSERT_TRUE(RegisterClassA(&plain));
     EXPECT_EQ(Error_Of(RegisterClassA(&plain)), ERROR_CLASS_ALREADY_EXISTS);
-    const HWND window =
-        CreateWindowExA(0, "plain one", "Text", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    const HWND window = TestWindow::Make(WS_POPUP, nullptr, "plain one");
     EXPECT_EQ(Class_Of(window), "Plain One");
     char cut[6];
     EXPECT_EQ(GetClassNameA(window, cut, sizeof cut), 5);
@@ -37,13 +36,10 @@ TEST_F(WindowTest, Classes_Are_Known_By_Their_Name_In_Any_Case) {
 
 TEST_F(WindowTest, What_Is_No_Window_Is_Refused_With_Its_Code) {
     TestWindow dialog(Dialog, Somewhere);
-    const auto make = [](const char *name, DWORD style, HWND parent) {
-        return Error_Of(CreateWindowExA(0, name, "", style, 0, 0, 1, 1, parent, nullptr, nullptr, nullptr));
-    };
     const HWND none = reinterpret_cast<HWND>(0x7FFFFFF0);
-    EXPECT_EQ(make("No Such Class", WS_POPUP, nullptr), ERROR_CANNOT_FIND_WND_CLASS);
-    EXPECT_EQ(make(TestWindow::Class(), WS_CHILD, nullptr), ERROR_TLW_WITH_WSCHILD);
-    EXPECT_EQ(make(TestWindow::Class(), WS_CHILD, none), ERROR_INVALID_WINDOW_HANDLE);
+    EXPECT_EQ(Error_Of(TestWindow::Make(WS_POPUP, nullptr, "No Such Class")), ERROR_CANNOT_FIND_WND_CLASS);
+    EXPECT_EQ(Error_Of(TestWindow::Make(WS_CHILD)), ERROR_TLW_WITH_WSCHILD);
+    EXPECT_EQ(Error_Of(TestWindow::Make(WS_CHILD, none)), ERROR_INVALID_WINDOW_HANDLE);
     for (const HWND bad : {none, HWND(nullptr)}) {
         RECT r;
         EXPECT_EQ(Error_Of(IsWindow(bad)), ERROR_INVALID_WINDOW_HANDLE);
@@ -68,8 +64,7 @@ TEST_F(WindowTest, A_Procedure_May_Refuse_Its_Window) {
     EXPECT_EQ(late.Heard(), "WM_NCCREATE WM_CREATE WM_DESTROY WM_NCDESTROY");
     const auto throws = [](HWND window, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
         if (message != WM_CREATE) return std::nullopt;
-        CreateWindowExA(0, "ComboBox", "", WS_CHILD | CBS_DROPDOWN, 0, 0, 9, 9, window, nullptr, nullptr,
-                        nullptr); // its list goes with it
+        TestWindow::Make(WS_CHILD | CBS_DROPDOWN, window, "ComboBox"); // its list goes with it
         throw std::runtime_error("no");
     };
     EXPECT_THROW(TestWindow(WS_POPUP, Somewhere, nullptr, 0, throws), std::runtime_error);
@@ -133,11 +128,8 @@ TEST_F(WindowTest, What_Is_Being_Destroyed_Is_Told_Once_And_Gets_No_Further_Fami
     TestWindow child(WS_CHILD, Somewhere, main, 1, [&told](HWND window, UINT message, WPARAM, LPARAM) {
         if (message != WM_DESTROY) return std::optional<LRESULT>();
         ++told;
-        for (const DWORD style : {WS_CHILD, WS_POPUP}) {
-            EXPECT_EQ(Error_Of(CreateWindowExA(0, TestWindow::Class(), "", style, 0, 0, 1, 1, window, nullptr,
-                                               nullptr, nullptr)),
-                      ERROR_INVALID_WINDOW_HANDLE);
-        }
+        for (const DWORD style : {WS_CHILD, WS_POPUP})
+            EXPECT_EQ(Error_Of(TestWindow::Make(style, window)), ERROR_INVALID_WINDOW_HANDLE);
         DestroyWindow(window);
         return std::optional<LRESULT>();
     });
@@ -241,8 +233,7 @@ TEST_F(WindowTest, What_Stands_Behind_Comes_Forward_And_Nobody_Steals_The_Foregr
     EXPECT_EQ(GetWindow(second, GW_HWNDNEXT), nullptr);
     EXPECT_TRUE(SetWindowPos(second, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE));
     EXPECT_EQ(GetWindow(second, GW_HWNDPREV), nullptr);
-    const HWND combo = CreateWindowExA(0, "ComboBox", "", WS_CHILD | WS_VISIBLE | CBS_DROPDOWN, 0, 0, 9, 9,
-                                       second, nullptr, nullptr, nullptr);
+    const HWND combo = TestWindow::Make(WS_CHILD | WS_VISIBLE | CBS_DROPDOWN, second, "ComboBox");
     SendMessageA(combo, CB_SHOWDROPDOWN, TRUE, 0); // the list stands on the desktop
     ShowWindow(second, SW_HIDE);
     EXPECT_EQ(GetForegroundWindow(), first);
@@ -265,8 +256,7 @@ TEST_F(WindowTest, What_Stands_Behind_Comes_Forward_And_Nobody_Steals_The_Foregr
 }
 
 TEST_F(WindowTest, A_Dialog_Keeps_Its_Font_And_Its_Focus_And_Closes_By_Cancel) {
-    const HWND dialog = CreateWindowExA(0, "#32770", "", Dialog | WS_VISIBLE, 0, 0, 90, 90, nullptr, nullptr,
-                                        nullptr, nullptr);
+    const HWND dialog = TestWindow::Make(Dialog | WS_VISIBLE, nullptr, "#32770");
     EXPECT_EQ(GetFocus(), dialog);
     EXPECT_EQ(SendMessageA(dialog, WM_GETFONT, 0, 0), 0);
     SendMessageA(dialog, WM_SETFONT, 48, 0);

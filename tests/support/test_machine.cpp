@@ -19,6 +19,15 @@ TestMachine::~TestMachine() {
     Remove_Machine(folder_.c_str());
 }
 
+std::string TestMachine::Shared_Folder() const {
+    struct stat status = {};
+    stat(folder_.c_str(), &status);
+    std::ostringstream folder;
+    folder << "/dev/shm/kelmara-" << status.st_uid << "-" << std::hex << status.st_dev << "-" << status.st_ino
+           << "-" << Read("machine.id");
+    return folder.str();
+}
+
 void TestMachine::Write(const std::string &relative, const std::string &content) const {
     const mode_t before = umask(0022); // what others may write to is no machine's
     std::filesystem::create_directories(std::filesystem::path(Path(relative)).parent_path());

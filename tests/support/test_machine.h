@@ -18,6 +18,8 @@ class TestMachine {
     const std::string &Folder() const { return folder_; }
     /// `relative` below the folder, as a host path.
     std::string Path(const std::string &relative) const { return folder_ + "/" + relative; }
+    /// Where the host's shared memory has what the machine shares; it need not be there.
+    std::string Shared_Folder() const;
     /// Writes a file below the folder, with the folders that lead to it.
     void Write(const std::string &relative, const std::string &content) const;
     std::string Read(const std::string &relative) const;

@@ -58,6 +58,10 @@ const char *TestWindow::Class() {
     return test_class.lpszClassName;
 }
 
+HWND TestWindow::Make(DWORD style, HWND parent, const char *of_class) {
+    return CreateWindowExA(0, of_class, "", style, 0, 0, 1, 1, parent, nullptr, nullptr, nullptr);
+}
+
 TestWindow::TestWindow(DWORD style, RECT place, HWND parent, int id, TestProcedure procedure,
                        const char *text)
     : procedure_(std::move(procedure)) {

@@ -29,6 +29,8 @@ class TestWindow {
     /// The names of the messages since the last call, with a blank between them.
     std::string Heard();
 
+    /// One that is not told anything, of a pixel; null with the last error.
+    static HWND Make(DWORD style = WS_POPUP, HWND parent = nullptr, const char *of_class = Class());
     /// The class of all of them, registered at first need.
     static const char *Class();
 

@@ -1,6 +1,6 @@
 #include <tests/faults/operations/fake_suite.h>
 #include <tests/faults/operations/operation.h>
-#include <tests/faults/operations/plain_dialog.h>
+#include <tests/support/plain_dialog.h>
 #include <tests/support/registry_verbs.h>
 
 #include <kelmara/connectivity/connection_kind.h>

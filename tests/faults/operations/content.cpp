@@ -6,7 +6,6 @@
 #include <kelmara/content/tokenizer.h>
 
 #include <cstring>
-#include <optional>
 
 namespace {
 
@@ -17,12 +16,6 @@ char Name[] = "name", Value[] =
 struct Section {
     std::string State() { return std::to_string(section.Get_Item_Count()); }
     CSectionEntry section{"s"};
-};
-
-template <class Thing>
-struct Made {
-    std::string State() { return thing ? "made" : "none"; }
-    std::optional<Thing> thing;
 };
 
 struct Sections {
@@ -61,7 +54,6 @@ struct Expanding {
 };
 
 const std::vector<Outcome> No_Memory_Or_File = {No_Memory, Gives(2)};
-const std::vector<Outcome> Throws = {Minus_One, Thrown};
 
 } // namespace
 

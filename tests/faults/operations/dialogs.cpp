@@ -1,7 +1,7 @@
 #include <tests/faults/operations/operation.h>
 
 #include <kelmara/kelmara.h>
-#include <tests/faults/operations/plain_dialog.h>
+#include <tests/support/plain_dialog.h>
 
 namespace {
 

@@ -1,4 +1,5 @@
 #include <tests/faults/operations/operation.h>
+#include <tests/faults/save_paths.h>
 
 #include <kelmara/containers/smart_buffer.h>
 #include <kelmara/system/directories.h>
@@ -10,20 +11,6 @@
 
 namespace {
 
-std::string Content_Of(const char *path) {
-    CKMFile file;
-    if (file.Open(path, false, false) != 0) return "none";
-    std::string content(static_cast<std::size_t>(file.GetLength()), ' ');
-    file.Read(content.data(), file.GetLength());
-    return content;
-}
-
-void Put(const char *path, const char *text) {
-    CKMFile file;
-    file.Open(path, true, true);
-    file.Write(text, static_cast<long>(std::char_traits<char>::length(text)), false);
-}
-
 std::string Working_Files() {
     WIN32_FIND_DATAA found;
     const HANDLE search = FindFirstFileA("c:\\*-*", &found);
@@ -31,29 +18,27 @@ std::string Working_Files() {
     return search != INVALID_HANDLE_VALUE ? " and one in work" : "";
 }
 
-struct Target {
-    Target() { Put("c:\\target", "before"); }
-    ~Target() {
+struct Saved {
+    Saved() { Put(Target, "before"); }
+    ~Saved() {
         file.Rollback();
-        DeleteFileA("c:\\target");
+        DeleteFileA(Target);
         DeleteFileA("c:\\copy");
     }
-    std::string State() const {
-        return Content_Of("c:\\target") + "|" + Content_Of("c:\\copy") + Working_Files();
-    }
+    std::string State() const { return Content_Of(Target) + "|" + Content_Of("c:\\copy") + Working_Files(); }
     CKMFile file;
 };
 
 /// With something written that has no name yet.
-struct Pending : Target {
+struct Pending : Saved {
     Pending() {
         file.Open_With_Rollback("c:\\copy");
         file.Write("new", 3, true);
     }
 };
 
-struct Reading : Target {
-    Reading() { file.Open("c:\\target", false, false); }
+struct Reading : Saved {
+    Reading() { file.Open(Target, false, false); }
 };
 
 struct Buffer : Reading {
@@ -87,16 +72,16 @@ struct Machine {
 
 Operations File_Operations() {
     return {
-        Row<Target>("Open", 0, {Gives(2)}, [](auto &of) { return of.file.Open("c:\\target", false, false); }),
-        Row<Target>("Open to write", 0, {Gives(2)},
-                    [](auto &of) { return of.file.Open("c:\\target", true, false); }),
+        Row<Saved>("Open", 0, {Gives(2)}, [](auto &of) { return of.file.Open(Target, false, false); }),
+        Row<Saved>("Open to write", 0, {Gives(2)},
+                   [](auto &of) { return of.file.Open(Target, true, false); }),
         // "or 2 and no file is open; a file that was cut stays cut"
-        Row<Target>("Open anew", 0, {Gives(2)}, Partly,
-                    [](auto &of) { return of.file.Open("c:\\copy", true, true); }),
-        Row<Target>("Open_Append", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Append("c:\\target"); }),
-        Row<Target>("Open_With_Rollback", 0, {Gives(2)},
-                    [](auto &of) { return of.file.Open_With_Rollback("c:\\target"); }),
-        Row<Target>("Open_Temp_File", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Temp_File(); }),
+        Row<Saved>("Open anew", 0, {Gives(2)}, Partly,
+                   [](auto &of) { return of.file.Open("c:\\copy", true, true); }),
+        Row<Saved>("Open_Append", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Append(Target); }),
+        Row<Saved>("Open_With_Rollback", 0, {Gives(2)},
+                   [](auto &of) { return of.file.Open_With_Rollback(Target); }),
+        Row<Saved>("Open_Temp_File", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Temp_File(); }),
         // "52 when a pending file cannot have its name ...: what was written is deleted"
         Row<Pending>("Close", 0, {Gives(52)}, Partly, [](auto &of) { return of.file.Close(); }),
         Row<Pending>("Rollback", 0, {}, [](auto &of) { return of.file.Rollback(); }),

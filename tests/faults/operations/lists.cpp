@@ -5,8 +5,6 @@
 
 #include <kelmara/foundation/memory.h>
 
-#include <optional>
-
 namespace {
 
 char Text[] = "\4text";
@@ -35,19 +33,13 @@ struct Value {
     CDSList list;
 };
 
-struct Made {
-    std::string State() { return list ? "made" : "none"; }
-    std::optional<CDSList> list;
-};
-
-const std::vector<Outcome> Throws = {Minus_One, Thrown};
 const std::vector<Outcome> Throws_Or_Nothing = {Minus_One, Thrown, Nothing};
 
 } // namespace
 
 Operations List_Operations() {
     return {
-        Row<Made>("list", 1, Throws, [](auto &of) { return of.list.emplace(), 1; }),
+        Row<Made<CDSList>>("list", 1, Throws, [](auto &of) { return of.thing.emplace(), 1; }),
         Row<Value>("Add", 1, Throws, [](auto &of) { return of.list.Add(2, 0); }),
         Row<Value>("Push", 1, Throws, [](auto &of) { return of.list.Push(2, 0); }),
         Row<Value>("Insert", 1, Throws, [](auto &of) { return of.list.Insert(&of.list, 0, 0); }),

@@ -3,7 +3,7 @@
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/localization/world_beat.h>
 #include <kelmara/system/file.h>
-#include <tests/faults/operations/plain_dialog.h>
+#include <tests/support/plain_dialog.h>
 #include <tests/support/replaced_import.h>
 
 #include <platform/menus.h>

@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@ inline constexpr Outcome Minus_One = {Outcome::Thrown_Int, -1};
 inline constexpr Outcome Thrown = {Outcome::Thrown_Long, E_OUTOFMEMORY};
 inline constexpr Outcome No_Memory = {Outcome::Given, E_OUTOFMEMORY};
 inline constexpr Outcome Nothing = {Outcome::Given, 0}; // null, false
+inline const std::vector<Outcome> Throws = {Minus_One, Thrown};
 constexpr Outcome Gives(long value) {
     return {Outcome::Given, value};
 }
@@ -76,6 +78,13 @@ template <class Subject, class Operate>
 Operation Row(const char *name, long done, std::vector<Outcome> stated, Operate operate) {
     return Row<Subject>(name, done, std::move(stated), Leaves::Before, operate);
 }
+
+/// What a constructor makes, to be emplaced by its row.
+template <class Thing>
+struct Made {
+    std::string State() { return thing ? "made" : "none"; }
+    std::optional<Thing> thing;
+};
 
 inline const std::string Long_Text(600, 'l'); // more than a string holds inside
 

@@ -5,8 +5,8 @@
 #include <kelmara/shared_state/log.h>
 #include <kelmara/shared_state/mutex_holder.h>
 #include <kelmara/shared_state/wait_window.h>
-#include <tests/faults/operations/plain_dialog.h>
 #include <tests/support/built_modules.h>
+#include <tests/support/plain_dialog.h>
 #include <tests/support/registry_verbs.h>
 
 #include <platform/errors.h>

@@ -7,6 +7,7 @@
 #include <kelmara/suite/startup.h>
 #include <tests/faults/operations/fake_suite.h>
 #include <tests/modules/com_class.h>
+#include <tests/support/registry_verbs.h>
 
 #include <platform/com.h>
 #include <platform/kernel.h>
@@ -33,12 +34,7 @@ struct Class {
         return "registered";
     }
     Class() {
-        HKEY key;
-        if (RegOpenKeyA(HKEY_LOCAL_MACHINE, Shown, &key) != 0) {
-            RegCreateKeyExA(HKEY_LOCAL_MACHINE, Shown, 0, nullptr, 0, KEY_READ, nullptr, &key, nullptr);
-            Register();
-        }
-        RegCloseKey(key);
+        if (TestKey(Shown, HKEY_LOCAL_MACHINE).disposition == REG_CREATED_NEW_KEY) Register();
     }
 };
 

@@ -5,8 +5,6 @@
 #include <kelmara/foundation/memory.h>
 #include <kelmara/system/file.h>
 
-#include <optional>
-
 namespace {
 
 char Value[] = "value";
@@ -36,11 +34,6 @@ struct Empty : Table {
     Empty() : Table(0) {}
 };
 
-struct Made {
-    std::string State() { return table ? "made" : "none"; }
-    std::optional<CHashTable> table;
-};
-
 struct Buffer : CSmartBuffer {
     Buffer() { Initialize(8), Write("abcdefg"), other.Initialize(700), other.Write(Long_Text.c_str()); }
     std::string State() {
@@ -50,8 +43,6 @@ struct Buffer : CSmartBuffer {
     CSmartBuffer other;
 };
 
-const std::vector<Outcome> Throws = {Minus_One, Thrown};
-
 } // namespace
 
 Operations Table_Operations() {
@@ -59,7 +50,7 @@ Operations Table_Operations() {
     static WCHAR wide[300];
     std::fill(wide, wide + 299, 'w');
     return {
-        Row<Made>("hash table", 1, Throws, [](auto &of) { return of.table.emplace(), 1; }),
+        Row<Made<CHashTable>>("hash table", 1, Throws, [](auto &of) { return of.thing.emplace(), 1; }),
         Row<Empty>("Initialize", 0, {No_Memory}, [](auto &of) { return of.table.Initialize(3); }),
         Row<Table>("Add", 0, {}, Either, [](auto &of) { of.table.Add("second", Value, 5); }),
         Row<Table>("Add by number", 0, {}, Either, [](auto &of) { of.table.Add(2L, Value, 5); }),

@@ -24,7 +24,7 @@ struct Pair {
     std::string State() { return static_cast<char *>(line) + std::string("|") + static_cast<char *>(token); }
 };
 
-struct Made {
+struct Text {
     std::optional<CSafeStr> text;
     std::string State() { return text ? static_cast<char *>(*text) : "none"; }
 };
@@ -68,10 +68,10 @@ Operations Text_Operations() {
                        if (grown) of.place = static_cast<char *>(grown);
                        return grown != nullptr;
                    }),
-        Row<Made>("string", 1, {Minus_One}, [](auto &of) { return of.text.emplace(Long_Text.c_str()), 1; }),
-        Row<Made>("string of Pascal's", 1, {Minus_One},
+        Row<Text>("string", 1, {Minus_One}, [](auto &of) { return of.text.emplace(Long_Text.c_str()), 1; }),
+        Row<Text>("string of Pascal's", 1, {Minus_One},
                   [](auto &of) { return of.text.emplace(Pascal_Text()), 1; }),
-        Row<Made>("copy of a string", 1, {Minus_One},
+        Row<Text>("copy of a string", 1, {Minus_One},
                   [](auto &of) { return of.text.emplace(long_string), 1; }),
         Row<String>("=", 0, {Thrown}, [](auto &of) { of.text = Long_Text.c_str(); }),
         Row<String>("= string", 0, {Thrown}, [](auto &of) { of.text = long_string; }),
