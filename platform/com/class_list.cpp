@@ -162,15 +162,18 @@ HRESULT ListedClass::List(REFCLSID clsid, std::shared_ptr<ListedClass> &result) 
     const std::string name = Text_Of(clsid) + Name_In_Order(), name_aside = Aside + name;
     auto aside = std::make_shared<ListedClass>(FileDescriptor(), folder, name_aside);
     auto listed = std::make_shared<ListedClass>(New_Socket(), folder, name);
+    // Another program may take the folder away each time, as it withdraws its last class.
     for (int i = 0; i < Attempts && listed->socket_; ++i) {
-        if (const long error = Make_List_Folder(); error != NO_ERROR) return Refusal_To_List(error);
+        const long error = Make_List_Folder();
+        if (error == ERROR_PATH_NOT_FOUND) continue;
+        if (error != NO_ERROR) return Refusal_To_List(error);
         if (Address(folder, name_aside).Bind(listed->Socket()) &&
             listen(listed->Socket(), Waiting_Connections) == 0 &&
             rename(aside->path_.c_str(), listed->path_.c_str()) == 0) {
             result = std::move(listed);
             return S_OK;
         }
-        if (errno != ENOENT) break; // another program may have taken the empty folder away
+        if (errno != ENOENT) break;
     }
     return E_FAIL;
 }

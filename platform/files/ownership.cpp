@@ -98,6 +98,21 @@ bool Close_To_Others(const std::string &path, mode_t mode) {
     return Change_Mode(path, owners != 0 ? owners : Owner_Alone);
 }
 
+// ERROR_PATH_NOT_FOUND also for a folder that another process takes away meanwhile.
+long Make_Or_Close(const std::string &path) {
+    if (!Make_Owners_Folder(path) && errno != EEXIST) {
+        return errno == ENOSPC  ? ERROR_DISK_FULL
+               : errno == EPERM ? ERROR_ACCESS_DENIED
+                                : ERROR_PATH_NOT_FOUND;
+    }
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0) return ERROR_PATH_NOT_FOUND;
+    if (!Is_Of_User(status, S_IFDIR)) return ERROR_ACCESS_DENIED;
+    const bool closed = Is_Own_Folder(status) ? Close_To_Others(path, status.st_mode) : Take_If_Empty(path);
+    if (closed) return NO_ERROR;
+    return lstat(path.c_str(), &status) != 0 ? ERROR_PATH_NOT_FOUND : ERROR_ACCESS_DENIED;
+}
+
 } // namespace
 
 FileDescriptor Open_Own_File(const std::string &path, int flags, mode_t refused) {
@@ -135,20 +150,15 @@ bool Make_Owners_Folder(const std::string &path) {
     struct stat status;
     if (lstat(path.c_str(), &status) == 0 && (status.st_mode & 0777) == Owner_Alone) return true;
     if (Change_Mode(path, Owner_Alone)) return true;
+    if (errno == ENOENT) return false;
     rmdir(path.c_str());
     errno = EPERM;
     return false;
 }
 
 long Make_Private_Folder(const std::string &path) {
-    if (!Make_Owners_Folder(path) && errno != EEXIST) {
-        return errno == ENOSPC  ? ERROR_DISK_FULL
-               : errno == EPERM ? ERROR_ACCESS_DENIED
-                                : ERROR_PATH_NOT_FOUND;
-    }
-    struct stat status;
-    if (lstat(path.c_str(), &status) != 0) return ERROR_PATH_NOT_FOUND;
-    if (!Is_Of_User(status, S_IFDIR)) return ERROR_ACCESS_DENIED;
-    const bool closed = Is_Own_Folder(status) ? Close_To_Others(path, status.st_mode) : Take_If_Empty(path);
-    return closed ? NO_ERROR : ERROR_ACCESS_DENIED;
+    long error = ERROR_PATH_NOT_FOUND;
+    for (int attempt = 0; error == ERROR_PATH_NOT_FOUND && attempt < Most_Attempts; ++attempt)
+        error = Make_Or_Close(path);
+    return error;
 }

@@ -33,9 +33,11 @@ bool Is_Own_Folder(const std::string &path);
 /// ERROR_ACCESS_DENIED for what is there and Make_Private_Folder refuses, else NO_ERROR; changes nothing.
 long Refusal_Of_Folder(const std::string &path);
 
-/// mkdir for the owner alone, whatever the umask; false with errno and nothing made.
+/// mkdir for the owner alone, whatever the umask; false with errno and nothing made, ENOENT also when another
+/// process has taken the folder away again.
 bool Make_Owners_Folder(const std::string &path);
 
 /// Makes a folder for its owner alone, or sees to it that one that is there is. A code of errors.h:
-/// ERROR_ACCESS_DENIED, and nothing changed, for what is no such folder and no empty one of the owner's.
+/// ERROR_ACCESS_DENIED, and nothing changed, for what is no such folder and no empty one of the owner's;
+/// ERROR_PATH_NOT_FOUND when it cannot be made, or other processes take it away each time.
 long Make_Private_Folder(const std::string &path);
