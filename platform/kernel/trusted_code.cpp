@@ -1,7 +1,10 @@
 #include <platform/kernel/trusted_code.h>
 
 #include <climits>
-#include <dlfcn.h>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,12 +30,20 @@ std::string Target_Of(const std::string &link) {
                                            : std::string();
 }
 
-// Empty where it is known by a name that counts from somewhere else.
+// By the word of the host, which tells it of what is loaded here, not of what has its name by now. Empty
+// where that file has no name any more.
 std::string Path_Of_This_Library() {
+    constexpr std::string_view Gone = " (deleted)";
     static const char inside = 0;
-    Dl_info info;
-    return dladdr(&inside, &info) && info.dli_fname && *info.dli_fname == '/' ? info.dli_fname
-                                                                              : std::string();
+    const auto here = reinterpret_cast<std::uintptr_t>(&inside);
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        unsigned long start = 0, end = 0;
+        if (std::sscanf(line.c_str(), "%lx-%lx", &start, &end) != 2 || here < start || here >= end) continue;
+        const std::size_t path = line.find('/');
+        return path == line.npos || line.ends_with(Gone) ? std::string() : line.substr(path);
+    }
+    return {};
 }
 
 struct Owners {
@@ -48,11 +59,18 @@ struct Owners {
     bool Has(uid_t owner) const { return owner == file || owner == folder; }
 };
 
+// None when it has lost its name while they were looked for.
+Owners Owners_Of_This_Library() {
+    const std::string path = Path_Of_This_Library();
+    const Owners owners(path, path);
+    return Path_Of_This_Library() == path ? owners : Owners({}, {});
+}
+
 bool Gives_Code(uid_t owner) {
     if (owner == 0 || owner == geteuid()) return true;
     // Of the program itself, also where its name has gone to another file since.
     static const Owners program("/proc/self/exe", Target_Of("/proc/self/exe")),
-        library(Path_Of_This_Library(), Path_Of_This_Library());
+        library = Owners_Of_This_Library();
     return program.Has(owner) || library.Has(owner);
 }
 

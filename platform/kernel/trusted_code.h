@@ -1,6 +1,7 @@
 #pragma once
 // Whose code may be loaded into this process: root's, this user's, and that of whoever owns the program, this
-// library or a folder that one of them lies in, whose code runs here anyway.
+// library or a folder that one of them lies in, whose code runs here anyway. A library whose file has been
+// deleted, or replaced, gives nobody that right.
 //
 // The host's loader goes the path again, because a module bears the name under which it was sought. Nobody
 // else can have changed what is looked at here by then; who may rename the folders on the way to it can.
