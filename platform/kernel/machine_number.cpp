@@ -26,12 +26,18 @@ bool Is_Empty_File(const std::string &path) {
     return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
 }
 
-std::string Make_Number(const std::string &folder) {
+// One that was torn by a power failure is replaced by whoever holds the folder's lock: two would leave some
+// processes with the first one's number.
+std::string Make_Number(const std::string &folder, bool locked) {
     const std::string path = folder + "/machine.id";
     for (int attempt = 0; attempt < 100; ++attempt) {
-        const bool torn = Is_Empty_File(path); // by a power failure
+        const bool torn = Is_Empty_File(path);
         std::string existing = Read_Number(path);
         if (!existing.empty() || (errno != ENOENT && !torn)) return existing;
+        if (torn && !locked) {
+            errno = EWOULDBLOCK;
+            return {};
+        }
         char number[Number_Length + 1] = {};
         unsigned char bytes[16];
         if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes) return {};
@@ -73,10 +79,10 @@ std::string Read_Or_Make_Machine_Number(const std::string &folder) {
     std::string number = Read_Machine_Number(folder);
     if (!number.empty()) return number;
     const FileDescriptor whole(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (whole) Lock_File_In_Time(whole.Get(), LOCK_EX, Patience_For_Another_Maker);
+    const bool locked = whole && Lock_File_In_Time(whole.Get(), LOCK_EX, Patience_For_Another_Maker) == 0;
     struct stat status;
     const bool open_again = whole && fstat(whole.Get(), &status) == 0 && (status.st_mode & 0022) != 0;
-    number = open_again ? std::string() : Make_Number(folder);
+    number = open_again ? std::string() : Make_Number(folder, locked);
     if (open_again) errno = Not_This_Users_Own; // by one who could not make a machine of it
     if (whole) Unlock_File(whole.Get());
     return number;
