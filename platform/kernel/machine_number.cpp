@@ -33,7 +33,7 @@ std::string Make_Number(const std::string &folder, bool locked) {
     for (int attempt = 0; attempt < 100; ++attempt) {
         const bool torn = Is_Empty_File(path);
         std::string existing = Read_Number(path);
-        if (!existing.empty() || (errno != ENOENT && !torn)) return existing;
+        if (!existing.empty() || errno == Not_This_Users_Own || (errno != ENOENT && !torn)) return existing;
         if (torn && !locked) {
             errno = EWOULDBLOCK;
             return {};
