@@ -8,6 +8,7 @@
 #include <platform/kernel/code_page.h>
 
 #include <cstdio>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
@@ -44,7 +45,7 @@ std::string As_Spelled(const HostPlace &place) {
 // What is missing may be either.
 long Error_Of_Failure(const std::string &from, const std::string &to) {
     const int reason = errno;
-    return Error_At(access(from.c_str(), F_OK) == 0 ? to : from, reason);
+    return Error_At(faccessat(AT_FDCWD, from.c_str(), F_OK, AT_EACCESS) == 0 ? to : from, reason);
 }
 
 long Check_Source(const HostPlace &from, bool &folder) {

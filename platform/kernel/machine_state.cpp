@@ -63,7 +63,9 @@ void Make_Parents(const std::string &path) {
 // A folder that holds anything else is somebody's own. What another process makes of it at this moment, or
 // was killed in the middle of, is not. `unseen`: the answer for a folder that cannot be looked into.
 bool May_Become_A_Machine(const std::string &folder, bool unseen) {
-    const auto is_one = [&] { return access((folder + "/machine.id").c_str(), F_OK) == 0; };
+    const auto is_one = [&] {
+        return faccessat(AT_FDCWD, (folder + "/machine.id").c_str(), F_OK, AT_EACCESS) == 0;
+    };
     const OpenFolder opened = Open_Folder(folder);
     if (!opened) return unseen || is_one();
     for (;;) {

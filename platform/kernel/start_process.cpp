@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <new>
 #include <spawn.h>
@@ -96,14 +97,14 @@ long Find_Folder(LPCSTR directory, std::string &folder) {
     struct stat status;
     if (Find_Place(directory, place) != NO_ERROR) return ERROR_DIRECTORY;
     folder = place.host_path;
-    const bool enterable =
-        stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && access(folder.c_str(), X_OK) == 0;
+    const bool enterable = stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+                           faccessat(AT_FDCWD, folder.c_str(), X_OK, AT_EACCESS) == 0;
     return enterable ? NO_ERROR : ERROR_DIRECTORY;
 }
 
 // The host says ENOENT also of what a program needs to be loaded.
 long Error_Of_Spawn(const Start &start, int number) {
-    const bool there = access(start.program.c_str(), F_OK) == 0;
+    const bool there = faccessat(AT_FDCWD, start.program.c_str(), F_OK, AT_EACCESS) == 0;
     return number == ENOENT && there ? ERROR_BAD_EXE_FORMAT : Error_At(start.program, number);
 }
 
