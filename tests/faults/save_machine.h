@@ -75,6 +75,9 @@ class SaveMachine {
             if (!fs::exists(kept_ / "drive_c" / name) && name != "target" && name != "backup")
                 left += name + " ";
         }
+        for (const auto &entry : fs::directory_iterator(folder / "registry", none)) {
+            if (entry.path().extension() == ".new") left += entry.path().filename().string() + " ";
+        }
         const std::string beside = folder.filename().string() + Beside;
         for (const auto &entry : fs::directory_iterator(folder.parent_path())) {
             const std::string name = entry.path().filename();
