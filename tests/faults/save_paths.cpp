@@ -7,6 +7,7 @@
 #include <kelmara/system/reg_master.h>
 #include <platform/files.h>
 #include <platform/machine.h>
+#include <platform/machine_contents.h>
 #include <platform/runtime.h>
 #include <tests/support/registry_verbs.h>
 
@@ -36,19 +37,20 @@ std::string Look_In_Registry() {
     return kept == "kept" ? key.Get("value").c_str() : "lost: " + kept;
 }
 
-// A megabyte of which nearly nothing lives, so that the next change rewrites the file.
+constexpr DWORD Rewritten_From = 1 << 20, Step = 50000; // bytes
+
+// Nearly nothing of it lives, and with one more step it is rewritten.
 void Prepare_Compaction() {
     Prepare_Registry();
     const TestKey key(Key_Path);
-    const std::string large(50000, 'x');
-    for (int i = 0; i < 20; ++i) key.Set("large", large);
-    key.Set("large", std::string(70000, 'y'));
+    MachineRegistry registry = {};
+    while (Look_At_Registry(&registry) == ERROR_SUCCESS && registry.file_size + Step < Rewritten_From)
+        key.Set("large", std::string(Step / 2, 'x'));
 }
 
 bool Set_And_Compact() {
     const TestKey key(Key_Path);
-    return key.Set("large", std::string(8000, 'z')) == 0 && key.Set("large", "z") == 0 &&
-           Set_And_Flush("new");
+    return key.Set("large", std::string(Step, 'z')) == 0 && Set_And_Flush("new");
 }
 
 // --- files ------------------------------------------------------------------------------------------------
@@ -175,7 +177,8 @@ void Begin_With(const std::string &content, const std::string &expected) {
 
 std::vector<SavePath> Library_Save_Paths() {
     return {
-        {"registry", "old", Prepare_Registry, [] { return Set_And_Flush("new"); }, Look_In_Registry},
+        {"registry", "old", Prepare_Registry, [] { return Set_And_Flush("new"); }, Look_In_Registry,
+         SaveWay::Appended},
         {"registry rewritten", "old", Prepare_Compaction, Set_And_Compact, Look_In_Registry},
         {"file", "old", [] { Begin_With("old content", New_Content); }, Save_File, Look_At_Target},
         {"file that was not there", "none", [] { Put(Expected, New_Content), Put(Former, "x"); }, Save_File,

@@ -5,9 +5,10 @@
 #include <string>
 #include <vector>
 
-/// What a save that is cut short may leave: old or new, all of it; with changes not taken back when it was
-/// killed or nothing can be done any more; or what it came to.
-enum class SaveWay { Whole, Takes_Back, In_Steps };
+/// What a save that is cut short may leave: old or new, all of it, as a file that takes its name last or
+/// behind what was there; behind it with changes not taken back when it was killed or nothing can be done any
+/// more; or what it came to.
+enum class SaveWay { Whole, Appended, Takes_Back, In_Steps };
 
 struct SavePath {
     const char *name, *before; // "old", or "none" for what is not there yet
