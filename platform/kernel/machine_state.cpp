@@ -56,7 +56,7 @@ std::string Default_Folder() {
 void Make_Parents(const std::string &path) {
     for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
          slash = path.find('/', slash + 1)) {
-        Make_Owners_Folder(path.substr(0, slash));
+        Make_Owners_Parent(path.substr(0, slash));
     }
 }
 
