@@ -58,7 +58,7 @@ extern "C" [[gnu::visibility("default")]] dirent *readdir(DIR *folder) {
     return entry;
 }
 
-// On the machine of its argument, for which nobody has asked yet.
+// On the machines of their argument, for which they have not asked yet.
 SECOND_PROCESS(user_without_descriptors) {
     setenv("KELMARA_MACHINE", process.Arguments()[0].c_str(), 1);
     const auto folder = [] { return Machine_Folder() ? "there " : "none "; };
@@ -74,6 +74,7 @@ SECOND_PROCESS(user_without_descriptors) {
 }
 
 SECOND_PROCESS(user_in_two_persons) {
+    setenv("KELMARA_MACHINE", process.Arguments()[0].c_str(), 1);
     if (setresuid(Other, 0, 0) != 0) return 1;
     process.Tell(Machine_Folder() ? "there" : "none");
     return 0;
@@ -131,7 +132,8 @@ TEST_F(HostileNames, CanBeHadAgainOnceThereAreDescriptors) {
 
 TEST_F(HostileNames, AreJudgedByTheEffectiveUser) {
     if (geteuid() != 0) GTEST_SKIP() << "only root can be two users";
-    EXPECT_EQ(SecondProcess("user_in_two_persons").Hear(), "there");
+    setenv("KELMARA_MACHINE", machine.Path("drive_c/none").c_str(), 1);
+    EXPECT_EQ(SecondProcess("user_in_two_persons", {machine.Folder()}).Hear(), "there");
 }
 
 TEST_F(HostileNames, TornNumberIsReplacedByItsOwnerAloneAndOneAtATime) {
