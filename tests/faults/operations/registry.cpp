@@ -17,6 +17,13 @@ void Fill(const char *root) {
     registry.SetRegEntry("too", "kept");
 }
 
+std::string Open_In(CRegMaster &registry) {
+    char path[100] = "none";
+    DWORD size = sizeof path;
+    if (registry.GetKey()) Registry_Key_Path(registry.GetKey(), path, &size);
+    return path;
+}
+
 /// A key with a subkey, open.
 struct Key {
     Key() {
@@ -35,12 +42,7 @@ struct Key {
         return target.CreateKey(HKEY_CURRENT_USER, "Faults copy") &&
                registry.CopyKey(registry.GetKey(), target.GetKey());
     }
-    std::string State() {
-        char path[100] = "none";
-        DWORD size = sizeof path;
-        if (registry.GetKey()) Registry_Key_Path(registry.GetKey(), path, &size);
-        return std::string("open=") + path + "|" + All_Below(TestKey(""));
-    }
+    std::string State() { return "open=" + Open_In(registry) + "|" + All_Below(TestKey("")); }
     CRegMaster registry;
     char text[260];
     unsigned long number = sizeof text;
@@ -61,19 +63,21 @@ struct Renaming : Key {
     bool renamed = false;
 };
 
-/// A copy of it, and one that it becomes.
+/// What becomes a copy of it, with a way back up.
 struct Copied : Key {
-    Copied() { registry.OpenSubkey("sub"), other.OpenKey(HKEY_CURRENT_USER, "Faults"); }
-    std::string State() { return Key::State() + std::to_string(other.GetKey() != nullptr) + "|"; }
-    CRegMaster other;
+    Copied() { registry.OpenSubkey("sub"), copy.OpenKey(HKEY_CURRENT_USER, "Faults"); }
+    std::string State() {
+        CRegMaster up(copy);
+        up.CloseSubkey();
+        return Key::State() + "copy=" + Open_In(copy) + " below " + Open_In(up) + "|";
+    }
+    bool Copy_Twice() {
+        CRegMaster other(registry);
+        copy = registry;
+        return other.GetKey() && copy.GetKey();
+    }
+    CRegMaster copy;
 };
-
-// "where that fails it has no key open"
-bool Copies(Copied &of) {
-    CRegMaster copy(of.registry);
-    of.other = of.registry;
-    return copy.CloseSubkey() && copy.GetKey() && of.other.CloseSubkey() && of.other.GetKey();
-}
 
 const Leaves None_Open = Or(Before, {"open=none"});
 
@@ -113,8 +117,9 @@ Operations Registry_Operations() {
             "CloseSubkey", 1, [](auto &of) { return of.CloseSubkey(); }, Once(None_Open)),
         // "One that cannot be is passed over, with the result still true"
         Row<Key>("CopyKey", 1, {Nothing}, Partly_Untold, [](auto &of) { return of.Copy(); }),
-        Row<Copied>("copies of a registry object", 1, {Minus_One, Thrown, Nothing}, Or(Before, {"0"}),
-                    Copies),
+        Row<Copied>("copies of a registry object", 1, {Minus_One, Thrown, Nothing},
+                    Or(Before, {"copy=none below none"}),
+                    [](auto &of) { return of.Copy_Twice(); }), // "where that fails it has no key open"
         // "for which the first list of a process may find no memory"
         Row<Made<CRegMaster>>("registry object", 0, Throws, [](auto &of) { of.thing.emplace(); }),
         On_Key(
