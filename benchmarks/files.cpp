@@ -2,11 +2,10 @@
 // directories and clearing it.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>
-
-#include <platform/machine.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -76,13 +75,10 @@ void Measure_Directories(const std::string &drive) {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    const std::string drive = folder + "/drive_c";
-    fs::create_directories(drive);
+    const measure::OwnMachine machine;
+    const std::string drive = machine.Folder() + "/drive_c";
     measure::Use_Plain_Memory();
     Measure_Files(drive);
     Measure_Directories(drive);
-    Remove_Machine(folder.c_str());
     return 0;
 }

@@ -1,11 +1,11 @@
 // What the start of a program costs with a full table of instances, all of which live.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/kelmara.h>
 
 #include <platform/kernel.h>
-#include <platform/machine.h>
 #include <platform/user.h>
 
 #include <cstdint>
@@ -98,9 +98,7 @@ void Measure(HWND window, HWND last_window) {
 
 int main(int argc, char **argv) {
     if (argc == 2 && std::strcmp(argv[1], "fill") == 0) return Fill_The_Table();
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    setenv("KELMARA_MACHINE", folder.c_str(), 1);
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     const HANDLE other = OpenProcess(PROCESS_ALL_ACCESS, FALSE, static_cast<DWORD>(Start_The_Other()));
     std::uintptr_t last = 0;
@@ -109,6 +107,5 @@ int main(int argc, char **argv) {
     Measure(New_Window("The new one"), reinterpret_cast<HWND>(last));
     TerminateProcess(other, 0);
     WaitForSingleObject(other, INFINITE);
-    Remove_Machine(folder.c_str());
     return 0;
 }

@@ -2,8 +2,8 @@
 // that finds them all as they should be, and their deletion.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/own_machine.h>
 
-#include <platform/machine.h>
 #include <tools/reg/export.h>
 #include <tools/reg/plan.h>
 
@@ -43,9 +43,7 @@ void Measure(const char *what, Before before, Work work) {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    setenv("KELMARA_MACHINE", folder.c_str(), 1);
+    const measure::OwnMachine machine;
     measure::Heading("registry text", "none: 500 ms are allowed");
     const std::string text = Text_Of_All();
     const auto nothing = [] {};
@@ -56,5 +54,4 @@ int main() {
     Measure("export 10,000 values", nothing,
             [] { measure::Keep(Export_Key(Key_Path_Of("HKCU\\Measured"))); });
     Measure("delete 10,000 values", import_all, delete_all);
-    Remove_Machine(folder.c_str());
 }

@@ -3,8 +3,7 @@
 // command makes one for its own time, and removes it.
 
 #include <benchmarks/measure.h>
-
-#include <platform/machine.h>
+#include <benchmarks/own_machine.h>
 
 #include <fcntl.h>
 #include <filesystem>
@@ -25,7 +24,6 @@ constexpr int Line_Count = 5000;
 class Folder {
   public:
     Folder() {
-        if (mkdtemp(path_.data()) == nullptr) std::abort();
         std::mt19937 random(1);
         std::ofstream text(File("texts.txt")), peer(File("texts.po"));
         peer << "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=ASCII\\n\"\n\n";
@@ -46,7 +44,7 @@ class Folder {
     std::string File(const char *name) const { return path_ + "/" + name; }
 
   private:
-    std::string path_ = "/tmp/kelmara-benchmark-XXXXXX";
+    const std::string path_ = measure::New_Folder();
 };
 
 void Run(std::initializer_list<std::string> arguments) {
