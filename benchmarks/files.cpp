@@ -1,5 +1,5 @@
-// Files and directories beside the host's own calls: opening, writing and reading a file, and making a way of
-// directories and clearing it.
+// Files beside the host's own calls: opening, writing and reading one, as it grows as well; and clearing
+// directories.
 
 #include <benchmarks/growth.h>
 #include <benchmarks/own_machine.h>
@@ -55,6 +55,28 @@ void Measure_Files(const std::string &drive) {
         1.5);
 }
 
+void Measure_Sizes() {
+    measure::Growth_Heading("files");
+    measure::Growth write("make a file of n bytes, close it", 1.1),
+        read("open a file of n bytes, read it", 1.1);
+    measure::Growth copy("copy a file of n bytes", 1.1);
+    for (const long size : measure::Sizes(10000000)) {
+        std::vector<char> block(static_cast<std::size_t>(size), 'x');
+        write.At(size, [&] {
+            CKMFile file;
+            Must(file.Open("c:\\sized", true, true) == 0 && file.Write(block.data(), size, false) == 0);
+        });
+        read.At(size, [&] {
+            CKMFile file;
+            Must(file.Open("c:\\sized", false, false) == 0 && file.Read(block.data(), size) == 0);
+        });
+        copy.At(size, [&] {
+            CKMFile file;
+            Must(file.Open("c:\\sized", false, false) == 0 && file.Duplicate("c:\\copy") == 0);
+        });
+    }
+}
+
 void Fill(const std::string &folder, long count) {
     fs::create_directories(folder);
     for (long i = 0; i < count; ++i) std::ofstream(folder + "/file" + std::to_string(i));
@@ -79,6 +101,7 @@ int main() {
     const std::string drive = machine.Folder() + "/drive_c";
     measure::Use_Plain_Memory();
     Measure_Files(drive);
+    Measure_Sizes();
     Measure_Directories(drive);
     return 0;
 }
