@@ -165,4 +165,9 @@ def main():
         sys.exit("not every program found what it looks for: see above" + ("; nothing is kept" if wanted.keep else ""))
 
 
-main()
+for ending in (signal.SIGTERM, signal.SIGHUP):  # and the program that is being measured ends with this one
+    signal.signal(ending, lambda number, _: sys.exit(128 + number))
+try:
+    main()
+except KeyboardInterrupt:
+    sys.exit(130)
