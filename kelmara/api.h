@@ -14,6 +14,9 @@
 
 // Stands before the definition, in a header, of an exported function that callers compile into themselves.
 // They never emit it: the one source of the library that defines this as nothing does, and exports it.
-#if !defined(KELMARA_INLINE)
+// A caller that is not optimised calls that one.
+#if !defined(KELMARA_INLINE) && defined(__OPTIMIZE__)
 #define KELMARA_INLINE [[gnu::gnu_inline, gnu::always_inline]] inline
+#elif !defined(KELMARA_INLINE)
+#define KELMARA_INLINE [[gnu::gnu_inline]] inline
 #endif

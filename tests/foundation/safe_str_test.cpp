@@ -12,7 +12,7 @@ std::string Text_Of(const CSafeStr &string) {
 }
 
 bool Is_Inline(const CSafeStr &string) {
-    return static_cast<char *>(string) == reinterpret_cast<const char *>(&string) + 12;
+    return static_cast<long>(string) == reinterpret_cast<long>(&string) + 12;
 }
 
 // In an order that shows where a piece is missing or doubled.
@@ -30,11 +30,14 @@ TEST(SafeStr, CopiesTextsOfEveryLengthAndGrowsToWhatIsNeeded) {
         SCOPED_TRACE(length);
         const std::string text = Letters(length);
         const GuardedText guarded(text);
-        const CSafeStr made(guarded), copied(made), from_middle(text.c_str());
-        for (const CSafeStr *string : {&made, &copied, &from_middle}) {
+        const CSafeStr made(guarded), copied(made),
+            unsigned_too(reinterpret_cast<const unsigned char *>(text.c_str()));
+        for (const CSafeStr *string : {&made, &copied, &unsigned_too}) {
             EXPECT_EQ(Text_Of(*string), text);
             EXPECT_EQ(Is_Inline(*string), length <= 511);
             EXPECT_EQ(string->Length(), length);
+            EXPECT_EQ((*string)[length], '\0');
+            EXPECT_EQ(static_cast<void *>(*string), static_cast<char *>(*string));
             EXPECT_EQ(reinterpret_cast<const unsigned long *>(string)[1], 0xCAFEBABE);
         }
     }
@@ -142,7 +145,7 @@ TEST(SafeStr, ComparesBytesAsUnsignedValuesInThreeWays) {
         EXPECT_EQ(string != static_cast<unsigned char *>(other), order); // a buffer
         EXPECT_EQ(string != other, order);
         EXPECT_EQ(string == b, order == 0);
-        EXPECT_EQ(string == static_cast<char *>(other), order == 0);
+        EXPECT_EQ(string == static_cast<unsigned char *>(other), order == 0);
         EXPECT_EQ(string == other, order == 0);
     }
     EXPECT_EQ(CSafeStr("5") == 5, 1);
@@ -152,7 +155,7 @@ TEST(SafeStr, ComparesBytesAsUnsignedValuesInThreeWays) {
 
 TEST(SafeStr, ChangesItsTextInPlace) {
     const CSafeStr constant("a");
-    constant = "b";
+    constant = reinterpret_cast<const unsigned char *>("b");
     constant += "c";
     constant += CSafeStr("d");
     constant += 5;
