@@ -14,50 +14,6 @@
 
 namespace {
 
-TEST_F(Lists, ServeAsListStackAndQueue) {
-    CDSList list;
-    Add_Numbers(list, 2, 4);
-    EXPECT_TRUE(list.Push(1, 0));
-    EXPECT_EQ(Content(list), "1234");
-    EXPECT_EQ(list.Pop(0), Value(1));
-    EXPECT_TRUE(list.Add(5, 0)) << "behind an item that Pop left as the head";
-    EXPECT_EQ(list.Contains(Value(4), 0), 2);
-    EXPECT_EQ(list.Contains(Value(1), 0), -1);
-    EXPECT_EQ(list.GetEntry(3, 0), Value(5));
-    for (long index : {-1L, 4L}) EXPECT_EQ(list.GetEntry(index, 0), nullptr) << index;
-    for (long value : {2L, 3L, 4L, 5L, 0L}) EXPECT_EQ(list.Pop(0), Value(value));
-    EXPECT_TRUE(list.Push(7, 0)) << "an emptied list starts anew at both ends";
-    EXPECT_TRUE(list.Add(8, 0));
-    EXPECT_EQ(Content(list), "78");
-}
-
-TEST_F(Lists, InsertAndRemoveByIndexAndByValue) {
-    const std::pair<long, std::string> rows[] = {{-7, "9123"}, {-1, "9123"}, {0, "1923"},
-                                                 {1, "1293"},  {2, "1239"},  {99, "1239"}};
-    for (const auto &[index, content] : rows) {
-        CDSList inserted, empty;
-        Add_Numbers(inserted, 1, 3);
-        EXPECT_TRUE(inserted.Insert(Value(9), index, 0) && empty.Insert(Value(9), index, 0));
-        EXPECT_EQ(Content(inserted), content) << index;
-        EXPECT_EQ(Content(empty), "9");
-        CIterator walk; // and back, over the other links
-        walk.Iterate(&inserted, static_cast<short>(4));
-        for (auto at = content.rbegin(); at != content.rend(); ++at)
-            EXPECT_EQ(walk.Previous(), Value(*at - '0'));
-    }
-    CDSList list;
-    for (int number : {5, 0, 6, 5, 7}) list.Add(number, 0);
-    EXPECT_EQ(list.RemoveAt(3), Value(5));
-    EXPECT_EQ(Content(list), "0657") << "the first of the same value goes";
-    EXPECT_EQ(list.RemoveAt(99), nullptr);
-    EXPECT_EQ(Content(list), "657") << "no value is a null value: the first entry of that went";
-    for (long index : {-1L, 4L}) EXPECT_EQ(list.RemoveAt(index), nullptr);
-    EXPECT_EQ(list.Entries(0), 3);
-    EXPECT_EQ(list.Remove(Value(7), 0), Value(7));
-    list.Add(8, 0);
-    EXPECT_EQ(Content(list), "658") << "the tail moved with what was removed";
-}
-
 TEST_F(Lists, RefuseEveryOtherKey) {
     CDSList list;
     list.Add(1, 0);
@@ -233,13 +189,6 @@ TEST_F(Lists, CloneAllOrNothing) {
     for (CDSList *made : {clone, shallow, static_cast<CDSList *>(nullptr)}) Delete_List(made);
 
     EXPECT_EQ(list.Clone(-1), nullptr);
-    for (long nth = 1; nth <= 3; ++nth) {
-        const NoLeak no_leak;
-        const FailingMemory failing(nth);
-        EXPECT_EQ(list.Clone(6), nullptr) << nth;
-        const FailingMemory failing_again(1);
-        EXPECT_EQ(list.ShallowClone(), nullptr);
-    }
     list.DeleteAllEntriesAsPointers(0);
 }
 
@@ -279,29 +228,6 @@ TEST_F(Lists, CountReferences) {
         EXPECT_EQ(list->Release(), left) << "0: gone, with what it owned";
 }
 
-// A pointer to a virtual operation holds 1 plus the slot's offset.
-template <class Operation>
-long Slot(Operation operation) {
-    long word;
-    std::memcpy(&word, &operation, sizeof word);
-    return (word - 1) / 4;
-}
-
-TEST_F(Lists, HaveTheSlotsOfTheirInterface) {
-    using I = IListInterface;
-    CListItem *(OddList::*between)(void *, CListItem *, CListItem *, long) = &OddList::CreateNewItem;
-    CListItem *(OddList::*behind)(void *, CListItem *, long) = &OddList::CreateNewItem;
-    long expected = 0;
-    for (long slot :
-         {Slot(&I::QueryInterface), Slot(&I::AddRef), Slot(&I::Release), Slot(&I::Add), Slot(&I::AddVolatile),
-          Slot(&I::Push), Slot(&I::Insert), Slot(&I::Pop), Slot(&I::Remove), Slot(&I::RemoveAt),
-          Slot(&I::Contains), Slot(&I::AddCString), Slot(&I::Clear), Slot(&I::GetEntry), Slot(&I::Entries),
-          Slot(&CDSList::DeleteAllEntriesAsPointers), Slot(between), Slot(behind),
-          Slot(&OddList::DeleteItem)}) {
-        EXPECT_EQ(slot, expected++);
-    }
-}
-
 TEST_F(Lists, AreEmptyHandedWithoutItemsOrMemory) {
     OddList list, empty;
     Add_Numbers(list, 1, 2);
@@ -316,15 +242,6 @@ TEST_F(Lists, AreEmptyHandedWithoutItemsOrMemory) {
         EXPECT_EQ(Outcome(Additions[Push_Volatile], empty), "refused");
     }
     list.making = OddList::From_Pool;
-    {
-        const NoLeak no_leak;
-        const FailingMemory failing(1, true);
-        for (std::size_t i = First_Copying; i < std::size(Additions); ++i) {
-            EXPECT_EQ(Outcome(Additions[i], list), "refused") << i;
-        }
-        EXPECT_EQ(failing.Refused(), 6);
-        EXPECT_EQ(new CDSList, nullptr);
-    }
     EXPECT_EQ(Content(list), "12");
     list.Insert(Value(3), 0, 0);
     *static_cast<void **>(list.contentsOfItem(1)) = Value(4);
