@@ -110,6 +110,14 @@ TEST_F(Sections, KeepTheirLimits) {
     for (const long size : {-1L, LONG_MIN}) EXPECT_EQ(Load_Sections("[a]", size, &list, Keep), -8306);
     EXPECT_EQ(Load_Sections("[a]", LONG_MAX, &list, Keep), E_OUTOFMEMORY);
     EXPECT_EQ(Unload_Sections(nullptr) + list.Entries(0), 0);
+
+    CSectionEntry section("s");
+    char key[] = "k", long_value[300] = {};
+    for (const long nth : {1L, 2L}) { // the value's own block, the record
+        const FailingMemory failing(nth);
+        EXPECT_EQ(section.Add_Item(key, long_value, sizeof long_value), E_OUTOFMEMORY) << nth;
+    }
+    EXPECT_EQ(section.Get_Item_Count(), 0);
 }
 
 TEST_F(Sections, AreReadThroughTheirInterface) {
