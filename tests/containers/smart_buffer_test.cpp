@@ -77,6 +77,13 @@ TEST_F(SmartBuffer, DoublesUntilItFits) {
         EXPECT_EQ(buffer.Check_Size_Requirements(extra), E_OUTOFMEMORY) << extra;
         EXPECT_EQ(buffer.Write("x", extra), E_OUTOFMEMORY);
     }
+    {
+        const FailingMemory failing(1, true);
+        EXPECT_EQ(buffer.Write(std::string(29, 'y').c_str()), E_OUTOFMEMORY);
+        EXPECT_EQ(buffer.Move_To(0L) | buffer.Write("xx", 1), 0) << "what fits needs none";
+        EXPECT_EQ(buffer.Insert(std::string(29, 'y').c_str(), 29), E_OUTOFMEMORY);
+    }
+    EXPECT_EQ(buffer.Move_To(100), 0);
     EXPECT_EQ(buffer.State(), before);
 }
 

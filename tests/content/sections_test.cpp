@@ -111,13 +111,12 @@ TEST_F(Sections, KeepTheirLimits) {
     EXPECT_EQ(Load_Sections("[a]", LONG_MAX, &list, Keep), E_OUTOFMEMORY);
     EXPECT_EQ(Unload_Sections(nullptr) + list.Entries(0), 0);
 
-    CSectionEntry section("s");
-    char key[] = "k", long_value[300] = {};
-    for (const long nth : {1L, 2L}) { // the value's own block, the record
+    for (long nth = 1; nth <= 7; ++nth) { // the accumulator, two sections, three records, a long value
+        LoadedSections sections;
         const FailingMemory failing(nth);
-        EXPECT_EQ(section.Add_Item(key, long_value, sizeof long_value), E_OUTOFMEMORY) << nth;
+        sections.Load("[a]k=v\nlong=" + name(300) + "\n[b]k=v");
+        EXPECT_EQ(sections.result, E_OUTOFMEMORY) << nth;
     }
-    EXPECT_EQ(section.Get_Item_Count(), 0);
 }
 
 TEST_F(Sections, AreReadThroughTheirInterface) {

@@ -157,6 +157,12 @@ TEST_F(Templates, SayWhatFailed) {
         const FailingMemory failing(nth);
         EXPECT_EQ(Expanded(std::string(5000, 't')), "error " + std::to_string(E_OUTOFMEMORY));
     }
+    {
+        const FailingMemory failing(1);
+        tokenizer.Add_Binding_Table(0x54545454, &host);
+    }
+    EXPECT_EQ(Expanded("$'TTTT','ABCD'$"), "error -8314");
+    EXPECT_EQ(host.references, 2);
     CHashTable uninitialised;
     tokenizer.Use_Variable_Table(&uninitialised);
     char result[8] = "xxxxxxx";

@@ -76,6 +76,12 @@ TEST(StringHelpers, FindsFoldedTextAndAnswersZeroWithoutMemory) {
     const long requests = Requests();
     EXPECT_EQ(strstr_ncs("short", other.c_str()), nullptr);
     EXPECT_EQ(Requests(), requests) << "a longer sub is told without a copy";
+    for (const int nth : {1, 2}) {
+        const FailingMemory first(nth);
+        EXPECT_EQ(strcmp_ncs(text.c_str(), other.c_str()), 0) << nth;
+        const FailingMemory second(nth);
+        EXPECT_EQ(strstr_ncs(text.c_str(), "a"), nullptr) << nth;
+    }
 }
 
 TEST(StringHelpers, TellsWideTextsOfOneLengthApart) {

@@ -83,9 +83,11 @@ TEST(LogLine, IsTakenApartOrPassedOver) {
 
 TEST(BroadcastCode, IsANumberOrFourCharacters) {
     const std::tuple<const char *, bool, long> rows[] = {
-        {"17", true, 17},         {"0x8002", true, 0x8002},   {"-1", true, -1},
-        {"4294967295", true, -1}, {"CONN", true, 0x434F4E4E}, {"'1234'", true, 0x31323334},
-        {"", false, 0},           {"abc", false, 0},          {"4294967296", false, 0}};
+        {"17", true, 17},           {"0x8002", true, 0x8002},
+        {"-1", true, -1},           {"4294967295", true, -1},
+        {"CONN", true, 0x434F4E4E}, {"'1234'", true, 0x31323334},
+        {"'1234'5", false, 0},      {"", false, 0},
+        {"abc", false, 0},          {"4294967296", false, 0}};
     for (const auto &[text, good, expected] : rows) {
         long code = 0;
         EXPECT_EQ(tools::Read_Code(text, code), good) << text;
