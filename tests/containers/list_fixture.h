@@ -36,8 +36,8 @@ inline void Add_Numbers(CDSList &list, int first, int last) {
     for (int number = first; number <= last; ++number) list.Add(number, 0);
 }
 
-/// Every way to add an entry.
-inline constexpr std::size_t Push_Volatile = 4;
+/// Every way to add an entry; those from First_Copying on ask for memory of their own.
+inline constexpr std::size_t First_Copying = 3, Push_Volatile = 4;
 inline char Text_X[] = "\1x"; // with its length in front, and without
 inline unsigned char *const Pascal_X = reinterpret_cast<unsigned char *>(Text_X);
 inline bool (*const Additions[])(CDSList &list, long key) = {

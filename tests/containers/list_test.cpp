@@ -242,6 +242,15 @@ TEST_F(Lists, AreEmptyHandedWithoutItemsOrMemory) {
         EXPECT_EQ(Outcome(Additions[Push_Volatile], empty), "refused");
     }
     list.making = OddList::From_Pool;
+    {
+        const NoLeak no_leak;
+        const FailingMemory failing(1, true);
+        for (std::size_t i = First_Copying; i < std::size(Additions); ++i) {
+            EXPECT_EQ(Outcome(Additions[i], list), "refused") << i;
+        }
+        EXPECT_EQ(failing.Refused(), 6);
+        EXPECT_EQ(new CDSList, nullptr);
+    }
     EXPECT_EQ(Content(list), "12");
     list.Insert(Value(3), 0, 0);
     *static_cast<void **>(list.contentsOfItem(1)) = Value(4);

@@ -3,6 +3,7 @@
 #include <kelmara/containers/hash_table.h>
 #include <kelmara/containers/iterator.h>
 
+#include <tests/content/damaged_texts.h>
 #include <tests/support/file_verbs.h>
 #include <tests/support/registry_verbs.h>
 #include <tests/support/test_memory.h>
@@ -111,6 +112,11 @@ TEST_F(DefineFile, IsFoundInTheSuitesFolders) {
     CHashTable table;
     EXPECT_EQ(Tokenize_Define_File("second.def", &table), 2) << "no way back";
     ASSERT_EQ(Go_To("c:\\"), 0);
+}
+
+TEST_F(DefineFile, StandsDamage) {
+    const std::string good = "#define A 'AB\r\n#define 'b c' x\n#define C\t'ABCD'";
+    For_Each_Damage(good, [&](const std::string &text) { Defines(text); });
 }
 
 TEST_F(DefineFile, ReleasesEverythingWhereMemoryEnds) {

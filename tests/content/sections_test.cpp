@@ -1,6 +1,6 @@
 #include <kelmara/content/sections.h>
 
-#include <tests/content/exact_bytes.h>
+#include <tests/content/damaged_texts.h>
 #include <tests/support/test_memory.h>
 
 #include <gtest/gtest.h>
@@ -168,6 +168,17 @@ TEST_F(Sections, AreReadThroughTheirInterface) {
     sections.At(0).AddRef(); // does not hold it
     sections.list.Add(static_cast<void *>(nullptr), 0);
     EXPECT_EQ(Unload_Sections(&sections.list) + sections.list.Entries(0), 0);
+}
+
+TEST_F(Sections, StandDamagedTexts) {
+    const std::string good = "; phones\r\n[Main]\r\nName = \"a; b\"\nkey=x=[y]\r[Other] k=\r\nlast=1;c";
+    For_Each_Damage(good, [](const std::string &text) {
+        for (const bool strip_quotes : {Strip, Keep}) {
+            LoadedSections sections(text, strip_quotes);
+            EXPECT_TRUE(sections.result == 0 || sections.result == -8306) << text;
+            sections.Shown();
+        }
+    });
 }
 
 TEST_F(Sections, ComeWithTwoHelpers) {

@@ -5,7 +5,7 @@
 #include <platform/files.h>
 #include <platform/kernel.h>
 
-#include <tests/content/exact_bytes.h>
+#include <tests/content/damaged_texts.h>
 #include <tests/support/file_verbs.h>
 #include <tests/support/registry_verbs.h>
 #include <tests/support/test_memory.h>
@@ -153,16 +153,6 @@ TEST_F(Templates, SayWhatFailed) {
     EXPECT_EQ(Expanded("$'TTBB','ABCD'$"), "error 5");
     EXPECT_EQ(Expanded("&phone&"), "error " + std::to_string(E_UNEXPECTED));
 
-    for (const long nth : {1L, 2L}) { // the first buffer, and more of it
-        const FailingMemory failing(nth);
-        EXPECT_EQ(Expanded(std::string(5000, 't')), "error " + std::to_string(E_OUTOFMEMORY));
-    }
-    {
-        const FailingMemory failing(1);
-        tokenizer.Add_Binding_Table(0x54545454, &host);
-    }
-    EXPECT_EQ(Expanded("$'TTTT','ABCD'$"), "error -8314");
-    EXPECT_EQ(host.references, 2);
     CHashTable uninitialised;
     tokenizer.Use_Variable_Table(&uninitialised);
     char result[8] = "xxxxxxx";
@@ -207,6 +197,13 @@ TEST_F(Templates, KeepTheirLimits) {
     }
 }
 
+TEST_F(Templates, StandDamage) {
+    Set_Up();
+    const std::string good = "Dear ^name^, 10%% of %TEMP%: $'TTBB','ABCD'$ or &phone&, <NAME> <VERSION>";
+    EXPECT_EQ(Expanded(good), "Dear Ann, 10% of C:\\WINDOWS\\TEMP\\: table:ABCD or host:PHON, Dialler 3");
+    For_Each_Damage(good, [&](const std::string &text) { Expanded(text); });
+}
+
 TEST_F(Templates, HoldWhatTheyAreGiven) {
     Host other("other:");
     {
@@ -244,6 +241,27 @@ TEST_F(Templates, HoldWhatTheyAreGiven) {
     EXPECT_EQ(Expanded("&phone&"), "error -2147024809") << "no table";
     EXPECT_EQ(tokenizer.Use_Define_File("phone.def"), 0);
     tokenizer.Use_Token_Table(nullptr);
+}
+
+TEST_F(Templates, ReleaseEverythingWhereMemoryEnds) {
+    Set_Up();
+    const std::string text =
+        std::string(2040, 't') + "^NAME^" + std::string(2040, 't') + "&phone&%%%TEMP%<NAME>";
+    int failures = 0;
+    for (long nth = 1;; ++nth) {
+        const NoLeak no_leak;
+        const FailingMemory failing(nth);
+        const std::string result = Expanded(text);
+        if (failing.Refused() == 0) break;
+        EXPECT_EQ(result, "error " + std::to_string(E_OUTOFMEMORY));
+        ++failures;
+    }
+    EXPECT_EQ(failures, 3) << "the first buffer, and two times more of it";
+    const FailingMemory failing(1);
+    tokenizer.Add_Binding_Table(7, &host);
+    IBindingHostInterface *found = nullptr;
+    EXPECT_EQ(tokenizer.Get_Binding_Interface(7, &found), -8314);
+    EXPECT_EQ(host.references, 2);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // Section files, define files and templates: what a command says of a text is what the library makes of it.
 
+#include <tests/content/damaged_texts.h>
 #include <tests/support/test_machine.h>
 #include <tests/tools/command_run.h>
 
@@ -16,21 +17,6 @@ namespace {
 
 using namespace tools;
 using ContentCommands = MachineTest;
-
-/// Calls `use(text)` for each of its beginnings, and for it with each single bit turned and each single byte
-/// left out.
-template <class Use>
-void For_Each_Damage(const std::string &text, Use use) {
-    for (std::size_t place = 0; place < text.size(); ++place) {
-        use(text.substr(0, place));
-        use(text.substr(0, place) + text.substr(place + 1));
-        for (int bit = 0; bit < 8; ++bit) {
-            std::string turned = text;
-            turned[place] = static_cast<char>(turned[place] ^ 1 << bit);
-            use(turned);
-        }
-    }
-}
 
 /// Texts of parts, some long, in no order that makes sense.
 std::string Random_Text(std::mt19937 &random, const std::vector<std::string> &parts) {

@@ -95,7 +95,7 @@ TEST(RegText, FaultsTellTheirLine) {
 }
 
 TEST(RegText, NoCutIsTakenForAnotherText) {
-    const std::string good =
+    std::string good =
         "REGEDIT4\r\n\r\n[HKCU\\a];x\r\n@=\"a\\\\b\"\r\n\"n\"=dword:0000002a ; n\r\n"
         "\"b\"=hex:01,02,\\\r\n  03,04\r\n\"e\"=hex(2):41,00\r\n[-HKCU\\b]\r\n[HKLM\\c]\r\n\"o\"=-\r\n";
     const std::vector<std::string> whole = Asked(good);
@@ -108,6 +108,13 @@ TEST(RegText, NoCutIsTakenForAnotherText) {
         }
         ASSERT_LE(part.size(), whole.size());
         EXPECT_TRUE(std::equal(part.begin(), part.end(), whole.begin())) << "cut at " << size;
+    }
+    for (char &byte : good) {
+        for (int bit = 0; bit < 8; ++bit) {
+            byte = static_cast<char>(byte ^ 1 << bit);
+            Fault_Of(good); // ends, and with nothing but a fault
+            byte = static_cast<char>(byte ^ 1 << bit);
+        }
     }
 }
 
