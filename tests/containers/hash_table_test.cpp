@@ -63,7 +63,17 @@ std::string Walked(Table &table) {
     return text;
 }
 
-using Tables = Lists;
+class Tables : public Lists {
+  protected:
+    /// Takes all items that the pool has, until the test ends.
+    void Drain_Items() {
+        const long free = Free_Items();
+        for (long i = 0; i < free; ++i) m_Drain.Add(1, 0);
+    }
+
+  private:
+    CDSList m_Drain;
+};
 
 TEST_F(Tables, FindTheOlderOfTwoByTheWholeKey) {
     Table table(3);
@@ -228,6 +238,24 @@ TEST_F(Tables, AddNothingWithoutMemory) {
         EXPECT_EQ(table.Pool_Free, 0);
         EXPECT_EQ(Walked(table), "2:one second=two");
     }
+}
+
+TEST_F(Tables, AddNothingWithoutListItems) {
+    Table table(8);
+    table.Add("first", one, 3);
+    Drain_Items();
+    for (long nth = 1; nth <= 3; ++nth) { // the pool's records, a block, its stack
+        const NoLeak no_leak;
+        Heap().Fail(nth);
+        EXPECT_NO_THROW(table.Add_Volatile("second", two, 3));
+        Heap().Fail(0);
+        EXPECT_EQ(Found(table, "second"), "absent") << nth;
+        EXPECT_EQ(table.Get_Num_Entries(), 1);
+        EXPECT_EQ(table.Pool_Free, 7);
+        EXPECT_EQ(table.Buckets[table.Determine_Location("second")]->Count, 0);
+    }
+    table.Add("second", two, 3);
+    EXPECT_EQ(Walked(table), "2:one second=two");
 }
 
 enum Index { Kept, Refused, Lost };

@@ -14,6 +14,50 @@
 
 namespace {
 
+TEST_F(Lists, ServeAsListStackAndQueue) {
+    CDSList list;
+    Add_Numbers(list, 2, 4);
+    EXPECT_TRUE(list.Push(1, 0));
+    EXPECT_EQ(Content(list), "1234");
+    EXPECT_EQ(list.Pop(0), Value(1));
+    EXPECT_TRUE(list.Add(5, 0)) << "behind an item that Pop left as the head";
+    EXPECT_EQ(list.Contains(Value(4), 0), 2);
+    EXPECT_EQ(list.Contains(Value(1), 0), -1);
+    EXPECT_EQ(list.GetEntry(3, 0), Value(5));
+    for (long index : {-1L, 4L}) EXPECT_EQ(list.GetEntry(index, 0), nullptr) << index;
+    for (long value : {2L, 3L, 4L, 5L, 0L}) EXPECT_EQ(list.Pop(0), Value(value));
+    EXPECT_TRUE(list.Push(7, 0)) << "an emptied list starts anew at both ends";
+    EXPECT_TRUE(list.Add(8, 0));
+    EXPECT_EQ(Content(list), "78");
+}
+
+TEST_F(Lists, InsertAndRemoveByIndexAndByValue) {
+    const std::pair<long, std::string> rows[] = {{-7, "9123"}, {-1, "9123"}, {0, "1923"},
+                                                 {1, "1293"},  {2, "1239"},  {99, "1239"}};
+    for (const auto &[index, content] : rows) {
+        CDSList inserted, empty;
+        Add_Numbers(inserted, 1, 3);
+        EXPECT_TRUE(inserted.Insert(Value(9), index, 0) && empty.Insert(Value(9), index, 0));
+        EXPECT_EQ(Content(inserted), content) << index;
+        EXPECT_EQ(Content(empty), "9");
+        CIterator walk; // and back, over the other links
+        walk.Iterate(&inserted, static_cast<short>(4));
+        for (auto at = content.rbegin(); at != content.rend(); ++at)
+            EXPECT_EQ(walk.Previous(), Value(*at - '0'));
+    }
+    CDSList list;
+    for (int number : {5, 0, 6, 5, 7}) list.Add(number, 0);
+    EXPECT_EQ(list.RemoveAt(3), Value(5));
+    EXPECT_EQ(Content(list), "0657") << "the first of the same value goes";
+    EXPECT_EQ(list.RemoveAt(99), nullptr);
+    EXPECT_EQ(Content(list), "657") << "no value is a null value: the first entry of that went";
+    for (long index : {-1L, 4L}) EXPECT_EQ(list.RemoveAt(index), nullptr);
+    EXPECT_EQ(list.Entries(0), 3);
+    EXPECT_EQ(list.Remove(Value(7), 0), Value(7));
+    list.Add(8, 0);
+    EXPECT_EQ(Content(list), "658") << "the tail moved with what was removed";
+}
+
 TEST_F(Lists, RefuseEveryOtherKey) {
     CDSList list;
     list.Add(1, 0);

@@ -88,7 +88,15 @@ TEST_F(SmartBuffer, DoublesUntilItFits) {
 }
 
 TEST_F(SmartBuffer, IsEditedAtTheCursor) {
-    Buffer buffer("01ab--");
+    Buffer buffer("0123456789");
+    EXPECT_EQ(buffer.Move_To(2) | buffer.Write("ab"), 0);
+    EXPECT_EQ(buffer.State(), "01ab456789 | cursor 4 of 16");
+    EXPECT_EQ(buffer.Insert("--", 2), 0);
+    EXPECT_EQ(buffer.State(), "01ab--456789 | cursor 6 of 16");
+    EXPECT_EQ(buffer.Delete(3), 0);
+    EXPECT_EQ(buffer.State(), "01ab--789 | cursor 6 of 16");
+    EXPECT_EQ(buffer.Delete(100) | buffer.Delete(-1) | buffer.Delete(1), 0);
+    EXPECT_EQ(buffer.State(), "01ab-- | cursor 6 of 16");
     EXPECT_EQ(buffer.Insert(nullptr, 5) | buffer.Write("x", -5) | buffer.Write(nullptr, 5), 0);
     EXPECT_EQ(buffer.State(), "01ab-- | cursor 6 of 16");
     EXPECT_EQ(buffer.Move_To(17) & buffer.Move_To(-1), -1);
@@ -189,6 +197,11 @@ TEST_F(SmartBuffer, IsLoadedAndWrittenBack) {
 
     EXPECT_EQ(file.MoveTo(7, 0) | buffer.Initialize_From_File(&file), 0);
     EXPECT_EQ(buffer.Data(), std::string("789\0\0\0\0\0\0\0", 10)) << "from the file's position on";
+    {
+        const FailingMemory failing(1);
+        EXPECT_EQ(buffer.Initialize_From_File(&file), E_OUTOFMEMORY);
+        EXPECT_EQ(buffer.Block(), nullptr);
+    }
     EXPECT_EQ(file.Open("empty", true, false) | buffer.Initialize_From_File(&file), 0);
     EXPECT_EQ(buffer.Flush_To_File(&file), 1392) << "no bytes";
     EXPECT_EQ(buffer.Write("abc"), 0);

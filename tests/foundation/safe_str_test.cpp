@@ -58,18 +58,51 @@ TEST(SafeStr, CopiesTextsOfEveryLengthAndGrowsToWhatIsNeeded) {
     EXPECT_EQ(string.Max_Len(), 512);
 }
 
+TEST(SafeStr, ConstructorsThrowAnIntAndEverythingElseALong) {
+    const NoLeak no_leak;
+    static const std::string longer = Letters(1000);
+    const std::string text = Letters(512);
+    const CSafeStr full(text.c_str());
+    {
+        const FailingMemory failing(1, true);
+        EXPECT_THROW(CSafeStr{text.c_str()}, int);
+        EXPECT_THROW(CSafeStr{full}, int);
+        EXPECT_EQ(new CSafeStr(full), nullptr);
+    }
+    {
+        const FailingMemory failing(2); // there is memory for the object, but not for its text
+        EXPECT_THROW(new CSafeStr(full), int);
+    }
+    void (*const changes[])(CSafeStr &) = {
+        [](CSafeStr &string) { string = longer.c_str(); },
+        [](CSafeStr &string) { string += longer.c_str(); },
+        [](CSafeStr &string) { string += 12; },
+        [](CSafeStr &string) { string += 'c'; },
+        [](CSafeStr &string) { string.Set_Data(longer.data(), 1000); },
+        [](CSafeStr &string) { string.Quote_Wrap(); },
+    };
+    for (int length : {511, 600}) { // inside the object, and in a block that must grow
+        for (const auto &change : changes) {
+            CSafeStr string(Letters(length).c_str());
+            string.Prime_Increment();
+            {
+                const FailingMemory failing(1);
+                EXPECT_THROW(change(string), long) << &change - changes;
+            }
+            EXPECT_EQ(Text_Of(string), Letters(length));
+            change(string);
+            EXPECT_GT(string.Length(), length);
+        }
+    }
+}
+
 TEST(SafeStr, CursorMovesWithTheText) {
     const NoLeak no_leak;
     CSafeStr string("ab"), unprimed("abc");
     string.Prime_Increment();
     for (char c : Letters(1000)) string += c;
+    EXPECT_EQ(Text_Of(string), "ab" + Letters(1000));
     EXPECT_EQ(Last_Request(), 1003);
-    {
-        const FailingMemory failing(1);
-        EXPECT_THROW(string += 'c', long);
-    }
-    string += 'd';
-    EXPECT_EQ(Text_Of(string), "ab" + Letters(1000) + "d");
     unprimed += 'd';
     for (int i = 0; i < 600; ++i) unprimed += '\0'; // which the Cursor passes and the text's length does not
     EXPECT_EQ(Text_Of(unprimed), "abcd");

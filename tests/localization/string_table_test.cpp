@@ -335,6 +335,34 @@ TEST_F(StringTables, StandLackOfMemory) {
     EXPECT_LE(LibraryHeap::Live_Blocks(), blocks + 1) << "the file's buffer";
 }
 
+TEST_F(StringTables, StandLackOfTheMemoryServices) {
+    const std::string long_text(600, 't');
+    const std::string bytes =
+        Header(3) + Entry("ONE", "first") + Entry("TWO", long_text) + Entry("ONE", "other");
+    machine.Write("drive_c/t.ltx", bytes);
+    {
+        Table table(false);
+        Load(table, bytes);
+        for (int lookup = 0; lookup < Lookups_To_Index; ++lookup) Found(table, "ONE");
+    }
+    const NoLeak no_leak;
+    bool done = false;
+    for (long nth = 1; !done; ++nth) {
+        ASSERT_LT(nth, 100);
+        Table table(false);
+        CKMFile file;
+        ASSERT_EQ(file.Open("t.ltx", false, false), 0);
+        FailingMemory failing(nth);
+        const long result = table.Load_Table(&file);
+        EXPECT_EQ(result, failing.Refused() ? E_OUTOFMEMORY : 0) << nth;
+        EXPECT_EQ(table.Count_Entries(), result == 0 ? 3 : 0);
+        for (int lookup = 0; lookup < 3 * Lookups_To_Index; ++lookup) {
+            ASSERT_EQ(Found(table, "ONE"), result == 0 ? "first" : "") << nth;
+        }
+        done = !failing.Refused();
+    }
+}
+
 TEST_F(StringTables, NeedNoMemoryToBeSearched) {
     const std::string bytes = Header(2) + Entry("ONE", "first") + Entry("TWO", std::string(600, 't'));
     Table table(false);
