@@ -21,9 +21,10 @@ DamagedBlock &Block() {
     return *block;
 }
 
+int visits; // of one input
+
 // Prolonging a walk has an end of its own, which is long in coming.
 bool Visit(long slot, long id, char *data, long user) {
-    static int visits = 0;
     REQUIRE(slot >= 0 && slot < Atom_Capacity && data);
     if (++visits % 300 == 0) return false;
     const unsigned what = static_cast<unsigned>(user);
@@ -68,6 +69,7 @@ void Use(FuzzInput &input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     FuzzInput input(data, size);
+    visits = 0;
     Block();
     while (input.More()) Use(input);
     Block().Put_Back();

@@ -99,8 +99,9 @@ class SharedWindows {
     /// Shows the rows of a table that is only looked at.
     static bool See(const SeenBlock &block, bool (*visit)(const MachineTopWindow *, void *), void *context);
 
+    struct Table; // as it lies in memory
+
   private:
-    struct Table;
     class TableLock;
     friend void Let_Shared_Windows_Go();
     SharedWindows(std::unique_ptr<SharedBlock> block, Table &table);

@@ -5,23 +5,37 @@
 #include <tests/support/registry_verbs.h>
 #include <tools/command.h>
 
+#include <platform/machine_contents.h>
+
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <unistd.h>
 
 namespace {
 
 namespace fs = std::filesystem;
 
+std::string Registry_File() {
+    return Machine_Folder() + std::string("/registry/registry.log");
+}
+
 const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
 
-bool Run(std::vector<const char *> arguments) {
+// A command ends with one of three exit codes, whatever fails.
+int Exit_Code_Of(std::vector<const char *> arguments) {
     dup2(nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
     arguments.insert(arguments.begin(), "kelmara");
     tools::CommandTree tree;
     tools::Add_All(tree);
-    return tree.Run(static_cast<int>(arguments.size()), arguments.data()) == 0;
+    const int code = tree.Run(static_cast<int>(arguments.size()), arguments.data());
+    if (code < 0 || code > 2) std::abort();
+    return code;
+}
+
+bool Run(const std::vector<const char *> &arguments) {
+    return Exit_Code_Of(arguments) == 0;
 }
 
 const std::string Strings = "one\tONE\t1\tcomment\ntwo\tTWO\t2\t \n";
@@ -31,6 +45,11 @@ bool Compile() {
 }
 bool Set() {
     return Run({"ltx", "set", Target, "TWO", "new"});
+}
+// Once it is gone there is none of that identifier.
+bool Delete() {
+    const int code = Exit_Code_Of({"ltx", "delete", Target, "TWO"});
+    return code == 0 || (code == 1 && Look_At_Target() == "new");
 }
 bool Merge() {
     return Run({"ltx", "merge", "c:\\text", "c:\\translation", Target});
@@ -92,6 +111,33 @@ std::string Look_At_Import() {
         for (const char *name : {"a", "b"}) values.emplace_back(each->Get(name).c_str());
     }
     return Together(values);
+}
+
+// A record in the middle that is none any more.
+void Prepare_Repair() {
+    for (const char *name : {"before", "damaged", "behind"}) TestKey("Faults").Set(name, name);
+    std::fstream file(Registry_File(), std::ios::binary | std::ios::in | std::ios::out);
+    const std::string stored{std::istreambuf_iterator<char>(file), {}};
+    file.seekp(static_cast<long>(stored.find("damaged"))) << '!';
+}
+
+bool Repair() {
+    return Run({"machine", "check", "--repair"});
+}
+
+/// With what was damaged kept beside it.
+std::string Look_At_Repaired() {
+    MachineRegistry registry = {};
+    if (const LONG error = Look_At_Registry(&registry)) return "error " + std::to_string(error);
+    const TestKey key("Faults");
+    for (const std::string name : {"before", "behind"}) {
+        if (key.Get(name) != name) return "lost: " + name;
+    }
+    if (registry.damaged > 0) return "old";
+    for (const auto &entry : fs::directory_iterator(fs::path(Registry_File()).parent_path())) {
+        if (entry.path().filename().string().starts_with("registry.log.damaged-")) return "new";
+    }
+    return "nothing kept";
 }
 
 // --- manual pages -----------------------------------------------------------------------------------------
@@ -158,11 +204,13 @@ std::vector<SavePath> Command_Save_Paths() {
         {"ltx compile", "old", [] { Prepare<Compile>(), Put(Target, "old"), Put(Former, "old"); }, Compile,
          Look_At_Target},
         {"ltx set", "old", Prepare<Set>, Set, Look_At_Target},
+        {"ltx delete", "old", Prepare<Delete>, Delete, Look_At_Target},
         {"ltx merge", "old", Prepare<Merge>, Merge, Look_At_Target},
         {"expand", "old", Prepare<Expand>, Expand, Look_At_Target},
         {"reg export", "old", Prepare<Export>, Export, Look_At_Target},
         {"completion", "old", Prepare<Complete>, Complete, Look_At_Target},
         {"reg import", "old", Prepare_Import, Import, Look_At_Import, Takes_Back},
+        {"machine check repair", "old", Prepare_Repair, Repair, Look_At_Repaired},
         {"manual pages", "old", Prepare_Pages, Write_Pages, Look_At_Pages, In_Steps},
         {"machine clone", "none", Prepare_Machine, Clone, Look_At_Clone},
     };

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 inline constexpr int Workers = 8, Shared_Locks = 3;
+inline constexpr unsigned Starting = 100; // the first operation of a worker, under way until it is ready
 
 inline unsigned Milliseconds() {
     timespec now;
@@ -38,7 +39,7 @@ struct KillBoard {
     }
     void Note_Wait(int worker) {
         Worker &of = workers[worker];
-        const unsigned taken = Milliseconds() - of.begun;
+        const unsigned begun = of.begun, taken = Milliseconds() - begun; // in this order: it may begin anew
         if (of.under_way == 0 || taken <= of.longest) return;
         of.longest = taken;
         of.longest_is = of.under_way.load();

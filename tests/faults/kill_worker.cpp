@@ -9,14 +9,17 @@
 #include <kelmara/shared_state/instances.h>
 #include <platform/kernel.h>
 
+#include <csignal>
 #include <cstring>
 #include <random>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 namespace {
 
 class Worker {
   public:
-    Worker(const std::string &board, int number, unsigned seed)
+    Worker(SharedBoard &board, int number, unsigned seed)
         : board_(board), number_(number), random_(seed), name_("worker " + std::to_string(number)) {
         Expect(atoms_.Initialize("KILL-TEST") == 0, "no atoms");
         for (int i = 0; i < Shared_Locks; ++i)
@@ -118,7 +121,7 @@ class Worker {
         ReleaseMutex(locks_[which]);
     }
 
-    SharedBoard board_;
+    SharedBoard &board_;
     const int number_;
     std::mt19937 random_;
     const std::string name_;
@@ -129,7 +132,15 @@ class Worker {
 
 } // namespace
 
+// The board, the worker's number, the seed, and the process that kills it: by its end too.
 SECOND_PROCESS(kill_worker) {
     const auto &arguments = process.Arguments();
-    Worker(arguments[0], std::stoi(arguments[1]), static_cast<unsigned>(std::stoul(arguments[2]))).Work();
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != std::stoi(arguments[3])) return 1;
+    SharedBoard board(arguments[0]);
+    const int number = std::stoi(arguments[1]);
+    board->Begin(number, Starting);
+    Worker worker(board, number, static_cast<unsigned>(std::stoul(arguments[2])));
+    board->End(number);
+    worker.Work();
 }

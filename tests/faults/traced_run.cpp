@@ -20,6 +20,15 @@ void Set_Registers(pid_t id, user_regs_struct registers) {
     if (ptrace(PTRACE_SETREGS, id, nullptr, &registers) != 0) std::abort();
 }
 
+// Nothing of the parent's may run in a child, such as what takes its machine away.
+[[noreturn]] void End_With(const std::function<int()> &work) {
+    try {
+        _exit(work());
+    } catch (...) {
+        _exit(70);
+    }
+}
+
 } // namespace
 
 TracedRun::TracedRun(const std::function<int()> &work) {
@@ -27,7 +36,7 @@ TracedRun::TracedRun(const std::function<int()> &work) {
     if (id_ == 0) {
         ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
         raise(SIGSTOP);
-        _exit(work());
+        End_With(work);
     }
     if (id_ < 0 || waitpid(id_, &status_, 0) != id_ || !WIFSTOPPED(status_)) std::abort();
     ptrace(PTRACE_SETOPTIONS, id_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
@@ -108,8 +117,10 @@ std::string Seen_By_Another(const std::function<std::string()> &work) {
     const pid_t id = fork();
     if (id < 0) std::abort();
     if (id == 0) {
-        const std::string seen = work();
-        _exit(write(ends[1], seen.data(), seen.size()) == static_cast<ssize_t>(seen.size()) ? 0 : 1);
+        End_With([&] {
+            const std::string seen = work();
+            return write(ends[1], seen.data(), seen.size()) == static_cast<ssize_t>(seen.size()) ? 0 : 1;
+        });
     }
     close(ends[1]);
     std::string seen;

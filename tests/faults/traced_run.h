@@ -39,7 +39,7 @@ class TracedRun {
     /// The call, which has its size as its third argument, does half of it.
     void Cut_Short();
     void Kill();
-    /// Once it has ended; minus the signal's number.
+    /// Once it has ended: 70 for work that threw; minus a signal's number.
     int Exit_Code() const;
 
   private:
@@ -48,5 +48,5 @@ class TracedRun {
     bool in_call_ = false;
 };
 
-/// Runs the work in a plain child and gives what it returns.
+/// Runs the work in a plain child and gives what it returns; "failed" when it throws or crashes.
 std::string Seen_By_Another(const std::function<std::string()> &work);

@@ -3,6 +3,8 @@
 
 #include <platform/kernel.h>
 
+#include <gtest/gtest.h>
+
 #include <fstream>
 #include <string>
 
@@ -16,6 +18,9 @@ inline bool Is_Asleep(int thread, int process = 0) {
     return status >> word && word == "S";
 }
 
+/// Fails after 30 seconds, also for one that has ended.
 inline void Wait_Until_Asleep(int thread, int process = 0) {
-    while (!Is_Asleep(thread, process)) Sleep(1);
+    for (int left = 30000; !Is_Asleep(thread, process); Sleep(1)) {
+        if (--left == 0) return ADD_FAILURE() << "thread " << thread << " never waits", void();
+    }
 }
