@@ -1,10 +1,9 @@
 // What an atom costs beside the lock that guards it, and what an allocation costs beside the bare call.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/kelmara.h>
-
-#include <platform/machine.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -129,12 +128,10 @@ void Measure_Growth() {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     Measure_Allocation();
     Measure_Growth();
     Measure_Atoms();
-    Remove_Machine(folder.c_str());
     return 0;
 }

@@ -2,10 +2,10 @@
 // is to grow with the number of controls, not with its square.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/dialogs/auto_position.h>
 
-#include <platform/machine.h>
 #include <platform/user.h>
 
 #include <string>
@@ -79,14 +79,12 @@ void Measure_Growth() {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     Measure_Growth();
     measure::Heading("auto position", "each control read");
     Dialog dialog(200);
     measure::Compare(
         "200 controls, nothing changed", [&] { dialog.Update(); }, [&] { dialog.Read(); }, 1.5);
-    Remove_Machine(folder.c_str());
     return 0;
 }

@@ -2,10 +2,10 @@
 // from the client to the window.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/dialogs/bound_control_cache.h>
 
-#include <platform/machine.h>
 #include <platform/user.h>
 
 #include <cstring>
@@ -59,11 +59,9 @@ void Measure() {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     measure::Heading("bound controls", "the same window calls");
     Measure();
-    Remove_Machine(folder.c_str());
     return 0;
 }

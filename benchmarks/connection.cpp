@@ -2,18 +2,18 @@
 // bare threads that wake each other; and what two monitors at rest cost.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/own_machine.h>
 #include <benchmarks/two_threads.h>
 
 #include <kelmara/connectivity/connection_utility.h>
 #include <reference_suite/installer/install_suite.h>
 
 #include <platform/kernel.h>
-#include <platform/machine.h>
 #include <platform/user.h>
 
-#include <ctime>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -22,10 +22,16 @@ class Monitored : public CConnectionUtility {
     using CConnectionUtility::m_Connect_Event;
 };
 
-long long Nanoseconds(clockid_t clock) {
-    timespec now;
-    clock_gettime(clock, &now);
-    return now.tv_sec * 1000000000LL + now.tv_nsec;
+/// What this process works in a second in which nothing happens.
+void Measure_Rest() {
+    std::vector<double> seconds(measure::Few_Rounds);
+    for (double &worked : seconds) {
+        const auto before = measure::ProcessorClock::now();
+        Sleep(1000);
+        worked = (measure::ProcessorClock::now() - before).count();
+    }
+    measure::Report_Alone("two monitors at rest, a second of it", measure::Median(seconds),
+                          measure::Few_Rounds, 1e6);
 }
 
 void Measure(Monitored &utility) {
@@ -46,19 +52,14 @@ void Measure(Monitored &utility) {
             while (WaitForSingleObject(event, 0) == WAIT_OBJECT_0) Sleep(0); // it is reset behind the post
         },
         MEASURED { threads.There_And_Back(); }, 50);
-    const long long before = Nanoseconds(CLOCK_PROCESS_CPUTIME_ID);
-    Sleep(2000);
-    const long long after = Nanoseconds(CLOCK_PROCESS_CPUTIME_ID);
-    measure::Report_Alone("two monitors at rest, a second of it", static_cast<double>(after - before) / 2, 1,
-                          1e6);
+    Measure_Rest();
     DestroyWindow(window);
 }
 
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     const auto build = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
     if (const std::string problem = Install_Suite(build / "suite"); !problem.empty()) {
@@ -71,6 +72,5 @@ int main() {
         Measure(utility);
     }
     CoUninitialize();
-    Remove_Machine(folder.c_str());
     return 0;
 }

@@ -1,12 +1,11 @@
-// Files and directories beside the host's own calls: opening, writing and reading a file, and making a way of
-// directories and clearing it.
+// Files beside the host's own calls: opening, writing and reading one, as it grows as well; and clearing
+// directories.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/system/directories.h>
 #include <kelmara/system/file.h>
-
-#include <platform/machine.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -56,6 +55,28 @@ void Measure_Files(const std::string &drive) {
         1.5);
 }
 
+void Measure_Sizes() {
+    measure::Growth_Heading("files");
+    measure::Growth write("make a file of n bytes, close it", 1.1),
+        read("open a file of n bytes, read it", 1.1);
+    measure::Growth copy("copy a file of n bytes", 1.1);
+    for (const long size : measure::Sizes(10000000)) {
+        std::vector<char> block(static_cast<std::size_t>(size), 'x');
+        write.At(size, [&] {
+            CKMFile file;
+            Must(file.Open("c:\\sized", true, true) == 0 && file.Write(block.data(), size, false) == 0);
+        });
+        read.At(size, [&] {
+            CKMFile file;
+            Must(file.Open("c:\\sized", false, false) == 0 && file.Read(block.data(), size) == 0);
+        });
+        copy.At(size, [&] {
+            CKMFile file;
+            Must(file.Open("c:\\sized", false, false) == 0 && file.Duplicate("c:\\copy") == 0);
+        });
+    }
+}
+
 void Fill(const std::string &folder, long count) {
     fs::create_directories(folder);
     for (long i = 0; i < count; ++i) std::ofstream(folder + "/file" + std::to_string(i));
@@ -76,13 +97,11 @@ void Measure_Directories(const std::string &drive) {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    const std::string drive = folder + "/drive_c";
-    fs::create_directories(drive);
+    const measure::OwnMachine machine;
+    const std::string drive = machine.Folder() + "/drive_c";
     measure::Use_Plain_Memory();
     Measure_Files(drive);
+    Measure_Sizes();
     Measure_Directories(drive);
-    Remove_Machine(folder.c_str());
     return 0;
 }

@@ -1,13 +1,15 @@
-// What the start of a program costs with a full table of instances, all of which live.
+// What the start of a program costs with a full table of instances, all of which live, and as the table
+// fills.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/kelmara.h>
 
 #include <platform/kernel.h>
-#include <platform/machine.h>
 #include <platform/user.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -16,6 +18,8 @@
 #include <unistd.h>
 
 namespace {
+
+constexpr long Counts[] = {1, 7, Instance_Capacity};
 
 HWND New_Window(const std::string &title) {
     static WNDCLASSA window_class = {};
@@ -34,17 +38,29 @@ std::string Last_Window_File() {
     return std::string(std::getenv("KELMARA_MACHINE")) + "/last-window";
 }
 
-// A program that fills the table with its windows, tells of the last, and waits for its user.
-int Fill_The_Table() {
-    HWND window = nullptr;
-    for (long i = 0; i < Instance_Capacity - 1; ++i)
-        if (!First_Instance(Key(i).c_str(), "main", window = New_Window(Key(i)))) return 1;
-    window = New_Window(Key(Instance_Capacity - 1));
-    std::ofstream(Last_Window_File()) << reinterpret_cast<std::uintptr_t>(window);
-    if (!First_Instance(Key(Instance_Capacity - 1).c_str(), "main", window)) return 1;
+HANDLE More_Wanted() {
+    return CreateEventA(nullptr, FALSE, FALSE, "Benchmark-More");
+}
+
+void Wait_For_The_User_Or(HANDLE event) {
     MSG message;
-    while (GetMessageA(&message, nullptr, 0, 0) > 0) DispatchMessageA(&message);
-    return 0;
+    while (MsgWaitForMultipleObjects(1, &event, FALSE, INFINITE, QS_ALLEVENTS) != WAIT_OBJECT_0)
+        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
+}
+
+// A program that fills the table with its windows, to the next count each time that it is asked, and waits
+// for its user. It tells of the last window.
+int Fill_The_Table() {
+    const HANDLE more = More_Wanted();
+    for (long made = 0;; Wait_For_The_User_Or(more)) {
+        const long count = *std::ranges::upper_bound(Counts, made);
+        for (; made < count; ++made) {
+            const HWND window = New_Window(Key(made));
+            if (made == Instance_Capacity - 1)
+                std::ofstream(Last_Window_File()) << reinterpret_cast<std::uintptr_t>(window);
+            if (!First_Instance(Key(made).c_str(), "main", window)) return 1;
+        }
+    }
 }
 
 pid_t Start_The_Other() {
@@ -52,8 +68,27 @@ pid_t Start_The_Other() {
     char *arguments[] = {words[0].data(), words[1].data(), nullptr};
     pid_t id = -1;
     posix_spawn(&id, "/proc/self/exe", nullptr, nullptr, arguments, environ);
-    while (!Instance_Available(Key(Instance_Capacity - 1).c_str(), "main")) Sleep(1);
     return id;
+}
+
+// The table is full behind it.
+void Measure_Growth() {
+    measure::Growth_Heading("instances");
+    measure::Growth none("Instance_Available, none of n", 1.1),
+        last("Instance_Available, the last of n", 0.2);
+    measure::Growth first("First_Instance, the last of n", 0.2);
+    const HWND window = New_Window("Another one");
+    const HANDLE more = More_Wanted();
+    for (const long count : Counts) {
+        const std::string key = Key(count - 1);
+        while (!Instance_Available(key.c_str(), "main")) Sleep(1);
+        none.At(count, [] { measure::Keep(Instance_Available("new", "main")); });
+        last.At(count, [&] { measure::Keep(Instance_Available(key.c_str(), "main")); });
+        first.At(count, [&] { measure::Keep(First_Instance(key.c_str(), "main", window)); });
+        if (count < Instance_Capacity) SetEvent(more);
+    }
+    CloseHandle(more);
+    DestroyWindow(window);
 }
 
 HANDLE table_lock;
@@ -98,17 +133,15 @@ void Measure(HWND window, HWND last_window) {
 
 int main(int argc, char **argv) {
     if (argc == 2 && std::strcmp(argv[1], "fill") == 0) return Fill_The_Table();
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    setenv("KELMARA_MACHINE", folder.c_str(), 1);
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     const HANDLE other = OpenProcess(PROCESS_ALL_ACCESS, FALSE, static_cast<DWORD>(Start_The_Other()));
+    Measure_Growth();
     std::uintptr_t last = 0;
     std::ifstream(Last_Window_File()) >> last;
     table_lock = CreateMutexA(nullptr, FALSE, "Benchmark");
     Measure(New_Window("The new one"), reinterpret_cast<HWND>(last));
     TerminateProcess(other, 0);
     WaitForSingleObject(other, INFINITE);
-    Remove_Machine(folder.c_str());
     return 0;
 }

@@ -1,17 +1,16 @@
 // What a log call costs where no companion is named: beside the one read of the registry that it makes.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/shared_state/log.h>
 
-#include <platform/machine.h>
 #include <platform/registry.h>
 
 #include <string>
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     HKEY suite = nullptr;
     constexpr char key_name[] = "Software\\Dunmerit Software\\KelMara";
     RegCreateKeyExA(HKEY_LOCAL_MACHINE, key_name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &suite, nullptr);
@@ -33,6 +32,5 @@ int main() {
     measure::Compare(
         "a message, no companion named", MEASURED { Broadcast_Message(1, "message", measure::Hidden(7L)); },
         read, 1.25);
-    Remove_Machine(folder.c_str());
     return 0;
 }

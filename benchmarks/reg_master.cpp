@@ -2,10 +2,10 @@
 // set, which waits for the disk, beside a bare write and flush of the same bytes.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/system/reg_master.h>
 
-#include <platform/machine.h>
 #include <platform/registry.h>
 
 #include <cstdlib>
@@ -100,8 +100,7 @@ void Measure_Growth() {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     {
         CRegMaster registry;
@@ -110,9 +109,8 @@ int main() {
             Must(registry.SetRegEntry(("value " + std::to_string(i)).c_str(), data, Data_Size));
         Must(registry.SetRegEntry("number", 1));
         Measure_Calls(registry);
-        Measure_Flush(registry, folder);
+        Measure_Flush(registry, machine.Folder());
     }
     Measure_Growth();
-    Remove_Machine(folder.c_str());
     return 0;
 }

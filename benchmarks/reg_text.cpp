@@ -1,9 +1,9 @@
 // What it costs to carry 10,000 values as text: an export into memory, an import that makes them all, one
 // that finds them all as they should be, and their deletion.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
-#include <platform/machine.h>
 #include <tools/reg/export.h>
 #include <tools/reg/plan.h>
 
@@ -14,17 +14,16 @@ namespace {
 
 using namespace tools::reg;
 
-constexpr int Keys = 100, Values = 100;
+constexpr long All_Values = 10000, Values_Of_A_Key = 100;
 constexpr double Wanted = 5e8; // nanoseconds
 
-std::string Text_Of_All() {
+std::string Text_Of(long values) {
     std::string text = "REGEDIT4\n";
-    for (int key = 0; key < Keys; ++key) {
-        text += "[HKEY_CURRENT_USER\\Measured\\Key " + std::to_string(key) + "]\n";
-        for (int value = 0; value < Values; ++value) {
-            text += "\"Value " + std::to_string(value) + "\"=";
-            text += value % 2 ? "\"a text of some forty characters, or so\"\n" : "dword:0000002a\n";
-        }
+    for (long value = 0; value < values; ++value) {
+        if (value % Values_Of_A_Key == 0)
+            text += "[HKEY_CURRENT_USER\\Measured\\Key " + std::to_string(value / Values_Of_A_Key) + "]\n";
+        text += "\"Value " + std::to_string(value % Values_Of_A_Key) + "\"=";
+        text += value % 2 ? "\"a text of some forty characters, or so\"\n" : "dword:0000002a\n";
     }
     return text;
 }
@@ -35,6 +34,31 @@ void Import(const std::string &text) {
     Make_Changes(plan.Take_Changes());
 }
 
+void Delete_All() {
+    Import("REGEDIT4\n[-HKCU\\Measured]\n");
+}
+
+void Export_All() {
+    measure::Keep(Export_Key(Key_Path_Of("HKCU\\Measured")));
+}
+
+void Measure_Growth() {
+    measure::Growth_Heading("registry text");
+    measure::Growth anew("import n values, delete them", 1.15), again("import n values, nothing new", 1.15);
+    measure::Growth out("export n values", 1.15);
+    for (const long values : measure::Sizes(All_Values)) {
+        const std::string text = Text_Of(values);
+        anew.At(values, [&] {
+            Import(text);
+            Delete_All();
+        });
+        Import(text);
+        again.At(values, [&] { Import(text); });
+        out.At(values, Export_All);
+        Delete_All();
+    }
+}
+
 template <class Before, class Work>
 void Measure(const char *what, Before before, Work work) {
     measure::Measure_Calls(what, before, work, Wanted, measure::Few_Rounds);
@@ -43,18 +67,15 @@ void Measure(const char *what, Before before, Work work) {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    setenv("KELMARA_MACHINE", folder.c_str(), 1);
+    const measure::OwnMachine machine;
     measure::Heading("registry text", "none: 500 ms are allowed");
-    const std::string text = Text_Of_All();
+    const std::string text = Text_Of(All_Values);
     const auto nothing = [] {};
-    const auto delete_all = [] { Import("REGEDIT4\n[-HKCU\\Measured]\n"); };
+    const auto delete_all = Delete_All;
     const auto import_all = [&] { Import(text); };
     Measure("import 10,000 values, all new", delete_all, import_all);
     Measure("import 10,000 values, nothing new", nothing, import_all);
-    Measure("export 10,000 values", nothing,
-            [] { measure::Keep(Export_Key(Key_Path_Of("HKCU\\Measured"))); });
+    Measure("export 10,000 values", nothing, Export_All);
     Measure("delete 10,000 values", import_all, delete_all);
-    Remove_Machine(folder.c_str());
+    Measure_Growth();
 }

@@ -2,8 +2,8 @@
 // and flush of the same bytes; and that neither reads nor sets pay for what else the registry holds.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
-#include <platform/machine.h>
 #include <platform/registry.h>
 
 #include <cstdlib>
@@ -154,12 +154,9 @@ void Measure_Growth() {
 
 int main(int count, char **arguments) {
     if (count > 1 && std::strcmp(arguments[1], "--answer") == 0) return Answer();
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    setenv("KELMARA_MACHINE", folder.c_str(), 1);
+    const measure::OwnMachine machine;
     Measure_Calls(arguments[0]);
-    Measure_Flush(folder);
+    Measure_Flush(machine.Folder());
     Measure_Growth();
-    Remove_Machine(folder.c_str());
     return 0;
 }

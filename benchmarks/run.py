@@ -4,12 +4,15 @@
 
 Each program runs twice, and of a row the run counts whose rounds differ less. --keep writes benchmarks/baseline.json
 as well; --compare tells what has moved against it, or against FILE: ratios to the peer by more than a quarter,
-exponents by more than a quarter of 1. Absolute figures are not compared, they are the machine's."""
+exponents by more than a quarter of 1. Absolute figures are not compared, they are the machine's. Ends with 1 when a
+program failed, took too long or found nothing: what the others found is told all the same, but not kept."""
 import argparse
+import contextlib
 import json
 import os
 import pathlib
 import platform
+import signal
 import subprocess
 import sys
 import tempfile
@@ -20,6 +23,7 @@ from figures import time_of  # noqa: E402
 
 BASELINE = ROOT / "benchmarks/baseline.json"
 RUNS = 2
+TIME_LIMIT = 300  # seconds, of one run of a program; the longest takes a tenth of that
 MOVED = 1.25  # of a ratio
 MOVED_EXPONENT = 0.25
 
@@ -31,7 +35,10 @@ def options():
     parser.add_argument("--keep", action="store_true", help="keep the figures as what later runs are compared with")
     parser.add_argument("--compare", nargs="?", type=pathlib.Path, const=BASELINE, metavar="FILE",
                         help="tell what has moved against the kept figures")
-    return parser.parse_args()
+    chosen = parser.parse_args()
+    if chosen.compare and not chosen.compare.is_file():
+        parser.error(f"there is no file '{chosen.compare}'")
+    return chosen
 
 
 def machine():
@@ -51,26 +58,47 @@ def doubt(row):
     return row.get("spread", row["ours"])
 
 
+def end(running):
+    """And what it started: it has a process group of its own."""
+    with contextlib.suppress(ProcessLookupError):
+        os.killpg(running.pid, signal.SIGKILL)
+
+
+def problem_of(program, environment):
+    """What went wrong, with what the program said; None when it ended well."""
+    with subprocess.Popen([program], env=environment, cwd=ROOT, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          text=True, errors="replace", start_new_session=True) as running:
+        try:
+            said, _ = running.communicate(timeout=TIME_LIMIT)
+        except subprocess.TimeoutExpired:
+            end(running)
+            return f"took longer than {TIME_LIMIT} seconds\n{running.communicate()[0]}"
+        except BaseException:
+            end(running)
+            raise
+    return f"ended with {running.returncode}\n{said}" if running.returncode != 0 else None
+
+
 def run(program):
-    """The rows of one run, in their order; None when it ended badly."""
+    """The rows of one run, in their order; none when it did not end well."""
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder) / "rows"
-        ended = subprocess.run([program], env={**os.environ, "KELMARA_BENCH_FILE": str(path)}, capture_output=True, text=True)
-        if ended.returncode != 0:
-            print(f"{program.name} ended with {ended.returncode}\n{ended.stdout}{ended.stderr}", file=sys.stderr)
-            return None
-        return [json.loads(line) for line in path.read_text().splitlines()] if path.exists() else []
+        problem = problem_of(program, {**os.environ, "KELMARA_BENCH_FILE": str(path)})
+        lines = path.read_text().splitlines() if path.exists() and not problem else []
+    if problem or not lines:
+        print(f"{program.name}: {problem or 'ended well, but found nothing'}", file=sys.stderr)
+    return [json.loads(line) for line in lines]
 
 
 def measure(programs):
-    """All rows, and whether every program ended well."""
+    """All rows, and whether every program found some each time."""
     best, well = {}, True
     for program in programs:
         print(program.name, file=sys.stderr, flush=True)
         for _ in range(RUNS):
             rows = run(program)
-            well = well and rows is not None
-            for row in rows or []:
+            well = well and bool(rows)
+            for row in rows:
                 if key(row) not in best or doubt(row) < doubt(best[key(row)]):
                     best[key(row)] = row
     return sorted(best.values(), key=lambda row: (row["component"], row.get("peer", "~"), "points" in row)), well
@@ -121,7 +149,7 @@ def compare(rows, path, of_all):
 
 def main():
     wanted = options()
-    programs = sorted((wanted.build / "benchmarks").glob(f"benchmark_{wanted.name or '*'}"))
+    programs = sorted((wanted.build.resolve() / "benchmarks").glob(f"benchmark_{wanted.name or '*'}"))
     if not programs or (wanted.keep and wanted.name):
         sys.exit(f"no benchmark '{wanted.name}'" if not programs else "only a run of all is kept")
     rows, well = measure(programs)
@@ -133,7 +161,13 @@ def main():
     if wanted.keep and well:
         BASELINE.write_text(text)
         print(f"kept: {BASELINE.relative_to(ROOT)}; ./dev docs pages brings it into the documents")
-    sys.exit(0 if well else 1)
+    if not well:
+        sys.exit("not every program found what it looks for: see above" + ("; nothing is kept" if wanted.keep else ""))
 
 
-main()
+for ending in (signal.SIGTERM, signal.SIGHUP):  # and the program that is being measured ends with this one
+    signal.signal(ending, lambda number, _: sys.exit(128 + number))
+try:
+    main()
+except KeyboardInterrupt:
+    sys.exit(130)

@@ -2,12 +2,12 @@
 // under a name in a file, which other processes see; a set that is on the disk, and one that need not be.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/localization/string_table.h>
 #include <kelmara/system/file.h>
 
-#include <platform/machine.h>
 #include <platform/registry.h>
 
 #include <build/sqlite/sqlite3.h>
@@ -212,12 +212,9 @@ void Measure_String_Table(const std::string &folder) {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    fs::create_directories(folder + "/drive_c");
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
-    Measure_Registry(folder);
-    Measure_String_Table(folder);
-    Remove_Machine(folder.c_str());
+    Measure_Registry(machine.Folder());
+    Measure_String_Table(machine.Folder());
     return 0;
 }

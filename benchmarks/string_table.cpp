@@ -6,12 +6,11 @@
 // way that leads to the same file, and each row has a process of its own.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/localization/string_table.h>
 #include <kelmara/system/file.h>
-
-#include <platform/machine.h>
 
 #include <climits>
 #include <clocale>
@@ -119,16 +118,10 @@ std::string Mo_File(Catalogue catalogue) {
 class Files {
   public:
     explicit Files(const Catalogue &catalogue) {
-        char name[] = "/tmp/benchmark_XXXXXX";
-        m_Folder = mkdtemp(name);
-        if (!Enter_Machine(m_Folder.c_str())) std::abort();
-        fs::create_directories(m_Folder + "/drive_c");
         fs::create_directories(m_Folder + "/de/LC_MESSAGES");
         std::ofstream(m_Folder + "/de/LC_MESSAGES/peer.mo", std::ios::binary) << Mo_File(catalogue);
         Write_Table(catalogue);
     }
-    ~Files() { fs::remove_all(m_Folder); }
-
     std::size_t Table_Size() const { return fs::file_size(m_Folder + "/drive_c/ours.ltx"); }
     std::size_t Peer_Size() const { return fs::file_size(m_Folder + "/de/LC_MESSAGES/peer.mo"); }
 
@@ -153,7 +146,9 @@ class Files {
         if (table.Save_Changes(&file) != 0) std::abort();
     }
 
-    std::string m_Folder, m_Name;
+    const measure::OwnMachine m_Machine;
+    const std::string m_Folder = m_Machine.Folder();
+    std::string m_Name;
     int m_Openings = 0;
 };
 
@@ -261,8 +256,9 @@ void Measure_Growth() {
 }
 } // namespace
 
+/// The rows of a process that fails are lost; the others' stand.
 template <class Work>
-void In_Own_Process(Work work) {
+bool In_Own_Process(Work work) {
     const pid_t child = fork();
     if (child == 0) {
         work();
@@ -271,6 +267,7 @@ void In_Own_Process(Work work) {
     int status = 0;
     waitpid(child, &status, 0);
     if (status != 0) std::printf("the row above is not whole: status %d\n", status);
+    return status == 0;
 }
 
 } // namespace
@@ -279,7 +276,7 @@ int main() {
     measure::Use_Plain_Memory();
     if (!setlocale(LC_ALL, "C.UTF-8")) {
         std::printf("The locale C.UTF-8 is missing: without a locale the peer translates nothing.\n");
-        return 0;
+        return 1;
     }
     setenv("LANGUAGE", "de", 1);
     const Catalogue catalogue = Make_Catalogue();
@@ -288,9 +285,11 @@ int main() {
     std::printf("%d strings, ours %zu bytes, the peer's %zu\n", String_Count, files.Table_Size(),
                 files.Peer_Size());
     std::fflush(stdout);
-    In_Own_Process([&] { Measure_Opening("open 5,000 strings and find one", catalogue, files); });
-    In_Own_Process([&] { Measure_Opening_In_Kept_Memory(catalogue, files); });
-    In_Own_Process([&] { Measure_Lookups(catalogue, files); });
-    In_Own_Process([] { Measure_Growth(); });
-    return 0;
+    const bool done[] = {
+        In_Own_Process([&] { Measure_Opening("open 5,000 strings and find one", catalogue, files); }),
+        In_Own_Process([&] { Measure_Opening_In_Kept_Memory(catalogue, files); }),
+        In_Own_Process([&] { Measure_Lookups(catalogue, files); }),
+        In_Own_Process([] { Measure_Growth(); }),
+    };
+    return std::ranges::count(done, false) == 0 ? 0 : 1;
 }

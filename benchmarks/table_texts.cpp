@@ -2,9 +2,10 @@
 // 5,000 lines: beside msgfmt with as many messages, where that is installed. Where there is no machine the
 // command makes one for its own time, and removes it.
 
-#include <benchmarks/measure.h>
+#include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
-#include <platform/machine.h>
+#include <tools/ltx/table_text.h>
 
 #include <fcntl.h>
 #include <filesystem>
@@ -21,24 +22,34 @@ namespace fs = std::filesystem;
 
 constexpr int Line_Count = 5000;
 
+/// The text in both forms.
+struct Texts {
+    std::string ours, peers;
+};
+
+Texts Texts_Of(long lines) {
+    std::mt19937 random(1);
+    Texts texts = {"", "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=ASCII\\n\"\n\n"};
+    for (long line = 0; line < lines; ++line) {
+        std::string string;
+        for (auto length = 20 + random() % 60; length > 0; --length)
+            string += static_cast<char>(random() % 6 != 0 ? 'a' + random() % 26 : ' ');
+        const std::string number = std::to_string(line);
+        const std::string identifier = "KMSTR_" + std::to_string(random() % 1000) + "_" + number;
+        texts.ours += string + "\t" + identifier + "\t0\tbutton " + number + "\n";
+        texts.peers +=
+            "#. button " + number + "\nmsgid \"" + identifier + "\"\nmsgstr \"" + string + "\"\n\n";
+    }
+    return texts;
+}
+
 /// A folder with the text in both forms.
 class Folder {
   public:
     Folder() {
-        if (mkdtemp(path_.data()) == nullptr) std::abort();
-        std::mt19937 random(1);
-        std::ofstream text(File("texts.txt")), peer(File("texts.po"));
-        peer << "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=ASCII\\n\"\n\n";
-        for (int line = 0; line < Line_Count; ++line) {
-            std::string string;
-            for (auto length = 20 + random() % 60; length > 0; --length)
-                string += static_cast<char>(random() % 6 != 0 ? 'a' + random() % 26 : ' ');
-            const std::string identifier =
-                "KMSTR_" + std::to_string(random() % 1000) + "_" + std::to_string(line);
-            text << string << '\t' << identifier << "\t0\tbutton " << line << '\n';
-            peer << "#. button " << line << "\nmsgid \"" << identifier << "\"\nmsgstr \"" << string
-                 << "\"\n\n";
-        }
+        const Texts texts = Texts_Of(Line_Count);
+        std::ofstream(File("texts.txt")) << texts.ours;
+        std::ofstream(File("texts.po")) << texts.peers;
     }
     ~Folder() { fs::remove_all(path_); }
     Folder(const Folder &) = delete;
@@ -46,7 +57,7 @@ class Folder {
     std::string File(const char *name) const { return path_ + "/" + name; }
 
   private:
-    std::string path_ = "/tmp/kelmara-benchmark-XXXXXX";
+    const std::string path_ = measure::New_Folder();
 };
 
 void Run(std::initializer_list<std::string> arguments) {
@@ -57,6 +68,16 @@ void Run(std::initializer_list<std::string> arguments) {
     int status = -1;
     if (posix_spawnp(&child, argv[0], nullptr, nullptr, argv, environ) == 0) waitpid(child, &status, 0);
     if (status != 0) std::abort();
+}
+
+// The command's work, without the process around it and without the disk.
+void Measure_Growth() {
+    measure::Growth_Heading("texts of tables");
+    measure::Growth compile("ltx compile of n lines", 1.15);
+    for (const long lines : measure::Sizes(100000)) {
+        const std::string text = Texts_Of(lines).ours;
+        compile.At(lines, [&] { measure::Keep(tools::ltx::Compiled("text", text)); });
+    }
 }
 
 } // namespace
@@ -84,5 +105,6 @@ int main() {
     setenv("KELMARA_MACHINE", machine.c_str(), 1);
     if (!Enter_Machine(machine.c_str())) return 1;
     measure_compile("the same on a machine that is there");
+    Measure_Growth();
     return 0;
 }

@@ -2,13 +2,13 @@
 // service alone takes for it.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/own_machine.h>
 
 #include <reference_suite/installer/install_suite.h>
 
 #include <kelmara/kelmara.h>
 
 #include <platform/kernel.h>
-#include <platform/machine.h>
 #include <platform/telephony.h>
 
 #include <cstring>
@@ -129,13 +129,11 @@ void Measure_Translation() {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     const auto program = std::filesystem::read_symlink("/proc/self/exe");
     if (!Install_Suite(program.parent_path().parent_path() / "suite").empty()) return 1;
     measure::Use_Plain_Memory();
     Measure_Splitting();
     Measure_Translation();
-    Remove_Machine(folder.c_str());
     return 0;
 }

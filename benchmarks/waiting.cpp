@@ -2,10 +2,10 @@
 // two bare words of the host that the same two threads sleep on, which is the least that it can take.
 
 #include <benchmarks/measure.h>
+#include <benchmarks/own_machine.h>
 #include <benchmarks/two_threads.h>
 
 #include <platform/kernel.h>
-#include <platform/machine.h>
 #include <platform/runtime.h>
 #include <platform/user.h>
 
@@ -28,8 +28,7 @@ unsigned Post_For_Each_Event(void *) {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     stop = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     event = CreateEventA(nullptr, FALSE, FALSE, nullptr);
@@ -54,6 +53,5 @@ int main() {
     WaitForSingleObject(poster, INFINITE);
     for (const HANDLE each : {poster, stop, event}) CloseHandle(each);
     DestroyWindow(window);
-    Remove_Machine(folder.c_str());
     return 0;
 }

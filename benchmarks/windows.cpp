@@ -2,12 +2,12 @@
 // and files rest on.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/dialogs/active_help.h>
 #include <kelmara/dialogs/bound_control_cache.h>
 
 #include <platform/kernel.h>
-#include <platform/machine.h>
 #include <platform/user.h>
 
 #include <string>
@@ -75,11 +75,9 @@ void Measure_Messages_And_Handles() {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     Measure_Windows();
     Measure_Messages_And_Handles();
-    Remove_Machine(folder.c_str());
     return 0;
 }

@@ -2,13 +2,13 @@
 // they make.
 
 #include <benchmarks/growth.h>
+#include <benchmarks/own_machine.h>
 
 #include <kelmara/dialogs/window_user_data.h>
 #include <kelmara/foundation/safe_str.h>
 #include <kelmara/localization/world_beat.h>
 #include <kelmara/system/file.h>
 
-#include <platform/machine.h>
 #include <platform/user.h>
 
 #include <filesystem>
@@ -101,13 +101,10 @@ void Measure_Record() {
 } // namespace
 
 int main() {
-    std::string folder = "/tmp/kelmara-benchmark-XXXXXX";
-    if (!mkdtemp(folder.data()) || !Enter_Machine(folder.c_str())) return 1;
-    std::filesystem::create_directories(folder + "/drive_c");
+    const measure::OwnMachine machine;
     measure::Use_Plain_Memory();
     Measure_Dialog();
     Measure_Record();
     Measure_Growth();
-    Remove_Machine(folder.c_str());
     return 0;
 }

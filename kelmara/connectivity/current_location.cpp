@@ -51,22 +51,22 @@ bool Open_Current_Location(CRegMaster &location) {
     return false;
 }
 
-// Whatever its size: the part that counts is kept. Empty where there is none, or no memory for it.
-void Read_Name(CRegMaster &location, char (&name)[Name_Size]) {
+// Whatever its size: the part that counts is kept. Empty where there is none, false without memory for it.
+bool Read_Name(CRegMaster &location, char (&name)[Name_Size]) {
     *name = 0;
     unsigned long size = 0;
-    if (!location.GetRegEntry("Name", nullptr, &size) || size == 0 || size >= LONG_MAX) return;
+    if (!location.GetRegEntry("Name", nullptr, &size) || size == 0) return true;
+    if (size >= LONG_MAX) return false;
     const OwnedBlock whole(ds_malloc_clear(static_cast<long>(size + 1)));
-    if (whole.Get() && location.GetRegEntry("Name", whole.Get(), size))
-        Copy_Cut(whole.Get(), name, Name_Size - 1);
+    if (!whole.Get() || !location.GetRegEntry("Name", whole.Get(), size)) return false;
+    Copy_Cut(whole.Get(), name, Name_Size - 1);
+    return true;
 }
 
 // A CRegMaster that finds no memory for its list throws an `int`.
 bool Read_From_Registry(char (&name)[Name_Size]) try {
     CRegMaster location;
-    if (!Open_Current_Location(location)) return false;
-    Read_Name(location, name);
-    return true;
+    return Open_Current_Location(location) && Read_Name(location, name);
 } catch (int) {
     return false;
 }

@@ -29,7 +29,7 @@ KELMARA_API unsigned long Set_Current_Dial_Location(const char *name);
 /// characters. Windows 95 has it in "telephon.ini", all others in the registry; the service is not asked.
 /// True if a name was written, which is an empty one for a location without a name; one of more than 255
 /// characters is cut to 255 in any case. False, with `out` untouched, when no location is the current one,
-/// when the file's entries have no comma, and for a null `out` or a `size` below 0.
+/// when the file's entries have no comma, without memory, and for a null `out` or a `size` below 0.
 KELMARA_API bool Get_Current_Dial_Location(char *out, int size);
 
 /// 0 when any line device has a name in plain characters, whichever it is; 0xFFFFFFFF when none has. All the

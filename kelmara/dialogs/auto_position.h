@@ -118,7 +118,8 @@ class KELMARA_API CAutoPositionManager {
 
     /// Moves and sizes what has to follow a change of the window's size, a text, a control or a neighbour,
     /// and does it over until nothing changes any more. A layout that has not settled after 8 sweeps for each
-    /// record and 64 more stays as it is then, and the debug log is told; the result is 0 all the same.
+    /// record and 64 more stays as it is then, and the debug log is told; the result is 0 all the same. A
+    /// control whose text cannot be measured, without memory, keeps its width until the next update.
     long Update_Controls();
 
     /// Moves all direct children sideways, together, so that they stand in the middle of the window, and

@@ -10,6 +10,7 @@
 #include <kelmara/shared_state/log.h>
 
 #include <cstring>
+#include <optional>
 
 namespace {
 
@@ -30,12 +31,12 @@ class ControlTurn {
     bool Run();
 
   private:
-    void Fit_To_Text();
+    bool Fit_To_Text();
     void Follow_Parent();
     void Follow_Neighbour();
     void Invalidate() const;
 
-    long Fitted_Width();
+    std::optional<long> Fitted_Width();
     EdgeOffsets Offsets() const { return {m_Record.m_RightOffset, m_Record.m_BottomOffset}; }
     void Keep_From_Edges() const;
 
@@ -62,15 +63,16 @@ ControlTurn::ControlTurn(const ParentState &parent, ControlsListEntry &record)
 }
 
 bool ControlTurn::Run() {
+    if (m_TextChanged) m_TextChanged = Fit_To_Text();
     if (!m_TextChanged && !m_NeighbourMoved && !m_Parent.changed && !m_ClientChanged) return false;
-    if (m_TextChanged) Fit_To_Text();
     if (m_Parent.changed) Follow_Parent();
     if (m_ClientChanged || m_NeighbourMoved) Follow_Neighbour();
     if (!m_Parent.changed) Invalidate();
     return true;
 }
 
-long ControlTurn::Fitted_Width() {
+// None where the text cannot be measured: it always has some width.
+std::optional<long> ControlTurn::Fitted_Width() {
     long text_width;
     if (m_Record.m_Flags & APM_WIDEST_STRING) {
         text_width = m_Record.m_MaxTextWidth;
@@ -83,16 +85,20 @@ long ControlTurn::Fitted_Width() {
         Strip_Char(shown, '&');
         text_width = Text_Width(m_Parent.window, shown);
     }
+    if (text_width == 0 && !(m_Record.m_Flags & APM_WIDEST_STRING)) return std::nullopt;
     const long width = Sum(text_width, m_Record.m_Padding);
     return m_Record.m_MinWidth != 0 && width < m_Record.m_MinWidth ? m_Record.m_MinWidth : width;
 }
 
 // The record keeps the size from before, so that the next sweep finds it changed and places the control.
-void ControlTurn::Fit_To_Text() {
-    const long width = Fitted_Width();
-    Put(m_Control, Fitted(m_Record.m_Flags, m_Place, width));
+// False for a text that cannot be measured: it stays changed, for the next update.
+bool ControlTurn::Fit_To_Text() {
+    const auto width = Fitted_Width();
+    if (!width) return false;
+    Put(m_Control, Fitted(m_Record.m_Flags, m_Place, *width));
     m_Client = Client_Of(m_Control);
     std::strcpy(m_Record.m_Text, m_Text);
+    return true;
 }
 
 void ControlTurn::Keep_From_Edges() const {

@@ -35,7 +35,7 @@ class WindowFont {
     int Width(const char *text) const {
         SIZE size = {};
         if (!m_Context) return 0;
-        GetTextExtentPoint32A(m_Context, text, static_cast<int>(std::strlen(text)), &size);
+        if (!GetTextExtentPoint32A(m_Context, text, static_cast<int>(std::strlen(text)), &size)) return 0;
         return static_cast<int>(std::max(size.cx, 0L) + m_Metrics.tmOverhang) + GetSystemMetrics(SM_CXBORDER);
     }
     int Height() const { return static_cast<int>(m_Metrics.tmHeight); }

@@ -38,10 +38,11 @@ class ClassText {
     char m_Key[Class_Text_Size + 6] = {};
 };
 
+// Null without memory for it: a path that is there already must not go for nothing.
 class ModulePath {
   public:
     explicit ModulePath(HINSTANCE component) { GetModuleFileNameA(component, m_Path, sizeof m_Path); }
-    operator const char *() const { return m_Path; }
+    operator const char *() const { return *m_Path ? m_Path : nullptr; }
 
   private:
     char m_Path[Longest_Module_Path + 1] = {};

@@ -4,8 +4,9 @@
 //
 // Each call writes or deletes as much as the machine lets it, goes on behind what fails, and answers 0
 // whatever came of it. Texts may be null or empty: a null one is not written, and no key is made or deleted
-// for an identifier without a name. What belongs into a key that cannot be had is left out. They use the
-// registry wrapper, so one thread of the process at a time.
+// for an identifier without a name. What belongs into a key that cannot be had is left out, as is the
+// path of a module that cannot be told. They use the registry wrapper, so one thread of the process at a
+// time.
 
 #include <kelmara/api.h>
 

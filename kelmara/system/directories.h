@@ -19,15 +19,16 @@ KELMARA_API void MakeRealFilePath(char *path);
 KELMARA_API void DirCreate(const char *path);
 
 /// Deletes what is in `path`, links but not what they lead to, and stays in it: the current directory is
-/// `path` afterwards. 0, or -1 at the first thing that cannot be deleted or entered, or whose path is too
-/// long; the current directory is then where that lies, and the rest stays. -1 with nothing deleted when
-/// `path` cannot be entered, has a forward slash or is a bare drive ("c:"). A `path` that is itself a link
-/// stands for the directory it leads to.
+/// `path` afterwards. A directory that cannot be listed counts as empty. 0, or -1 at the first thing that
+/// cannot be deleted or entered, or whose path is too long; the current directory is then where that lies,
+/// and the rest stays. -1 with nothing deleted when `path` cannot be entered, has a forward slash or is a
+/// bare drive ("c:"). A `path` that is itself a link stands for the directory it leads to.
 KELMARA_API int ClearDir(const char *path);
 
 /// ClearDir, and deletes `path` too; of a link, the link alone. The current directory is in the end what it
 /// was. 0, or -1; where `path` has a forward slash, is a bare drive, cannot be entered, or is or holds the
-/// current directory, and where that cannot be told, nothing is deleted.
+/// current directory, and where that cannot be told, nothing is deleted. -1 also when the machine cannot
+/// go back to it.
 KELMARA_API int DirDestroyAll(const char *path);
 
 /// The directory that INF files know as `id`, in `path`, which has room for 269 characters and a terminator:

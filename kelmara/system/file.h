@@ -66,7 +66,7 @@ class KELMARA_API CKMFile : public CAutoDeleteableObject {
     int Duplicate(const char *path);
 
     /// Closes the file and deletes what Open_With_Rollback was writing. Any other file is closed and stays.
-    /// 0, or 1006.
+    /// 0, or 1006; whether it could be deleted is not told.
     int Rollback();
 
     /// 0, or 1006. 52 when a pending file cannot have its name because somebody has it: what was written is

@@ -14,6 +14,8 @@ constexpr mode_t Writable_By_Group_Or_Others = 0022;
 constexpr mode_t Shut_And_In_Question = 0702;
 constexpr unsigned Patience_For_Another_Taker = 2000; // milliseconds
 constexpr int Most_Attempts = 3;
+constexpr useconds_t Wait_For_Its_Maker = 1000;
+constexpr int Waits_For_One_Maker = 10, Most_Waits = 25;
 
 bool Is_Of_User(const struct stat &status, mode_t kind) {
     return (status.st_mode & S_IFMT) == kind && status.st_uid == geteuid();
@@ -47,7 +49,8 @@ bool Give_To_Owner(int descriptor, mode_t mode) {
 bool Give_To_Owner(const std::string &path) {
     struct stat status;
     if (lstat(path.c_str(), &status) != 0 || !Is_Of_User(status, S_IFREG)) return false;
-    if ((status.st_mode & 0777) == 0) return Change_Mode(path, Owner_Reads_And_Writes);
+    const bool just_made = status.st_size == 0 && (status.st_mode & Open_To_Anybody_Else) == 0;
+    if (just_made || (status.st_mode & 0777) == 0) return Change_Mode(path, Owner_Reads_And_Writes);
     return (status.st_mode & Owner_Reads_And_Writes) == Owner_Reads_And_Writes;
 }
 
@@ -92,9 +95,18 @@ bool Take_If_Empty(const std::string &path) {
     return taken;
 }
 
+// One with anything in it may have been shut by its owner.
+void Give_To_Owner_If_Empty(const std::string &path) {
+    const OpenFolder folder = Open_Folder_Itself(path);
+    if (folder && Is_Empty_Folder(folder.get())) fchmod(dirfd(folder.get()), Owner_Alone);
+}
+
 bool Close_To_Others(const std::string &path, mode_t mode) {
-    const mode_t owners = mode & Owner_Alone; // none under a umask that takes from the owner, too
-    if ((mode & Open_To_Anybody_Else) == 0 && owners != 0) return true;
+    const mode_t owners = mode & Owner_Alone; // not all under a umask that takes from the owner, too
+    if ((mode & Open_To_Anybody_Else) == 0 && owners != 0) {
+        if (owners != Owner_Alone) Give_To_Owner_If_Empty(path);
+        return true;
+    }
     return Change_Mode(path, owners != 0 ? owners : Owner_Alone);
 }
 
@@ -110,6 +122,7 @@ long Make_Or_Close(const std::string &path) {
     if (!Is_Of_User(status, S_IFDIR)) return ERROR_ACCESS_DENIED;
     const bool closed = Is_Own_Folder(status) ? Close_To_Others(path, status.st_mode) : Take_If_Empty(path);
     if (closed) return NO_ERROR;
+    if (errno == EMFILE || errno == ENFILE) return ERROR_TOO_MANY_OPEN_FILES;
     return lstat(path.c_str(), &status) != 0 ? ERROR_PATH_NOT_FOUND : ERROR_ACCESS_DENIED;
 }
 
@@ -154,6 +167,19 @@ bool Make_Owners_Folder(const std::string &path) {
     rmdir(path.c_str());
     errno = EPERM;
     return false;
+}
+
+void Make_Owners_Parent(const std::string &path) {
+    struct stat status;
+    for (int wait = 1; wait <= Most_Waits; ++wait) {
+        if (Make_Owners_Folder(path)) return;
+        if (errno == ENOENT) continue;
+        const bool shut =
+            lstat(path.c_str(), &status) == 0 && Is_Of_User(status, S_IFDIR) && (status.st_mode & 0777) == 0;
+        if (!shut) return;
+        usleep(Wait_For_Its_Maker);
+        if (wait % Waits_For_One_Maker == 0 && rmdir(path.c_str()) != 0 && errno != ENOENT) return;
+    }
 }
 
 long Make_Private_Folder(const std::string &path) {

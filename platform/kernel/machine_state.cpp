@@ -2,15 +2,14 @@
 
 #include <platform/files/ownership.h>
 #include <platform/kernel.h>
+#include <platform/kernel/machine_folder.h>
 #include <platform/kernel/machine_number.h>
-#include <platform/kernel/open_folder.h>
 #include <platform/kernel/outcome.h>
 
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <list>
 #include <memory>
@@ -21,9 +20,6 @@
 
 namespace {
 
-constexpr char Not_Empty[] = ": neither a machine nor empty; it is left as it is";
-constexpr char Not_Alone[] = ": not a folder of this user alone; it is left as it is";
-
 struct Machine {
     std::string folder;
     std::string shared_memory_folder;
@@ -33,7 +29,9 @@ struct Machine {
 struct State {
     std::mutex lock;
     std::list<Machine> entered; // the last one is in force; earlier ones keep their texts valid
-    long refused = NO_ERROR;    // why the folder of the environment could not be had; said once
+    long failed = NO_ERROR;     // why the folder of the environment could not be had
+    bool for_good = false;      // refused, or none is named: not tried again
+    std::string said;           // of it; not said again
     unsigned serial = 1;
 };
 
@@ -52,31 +50,6 @@ std::string Default_Folder() {
     return std::string(home) + "/.local/share/kelmara";
 }
 
-// Makes the folders that lead to `path`; what they are is the host's affair.
-void Make_Parents(const std::string &path) {
-    for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1)) {
-        Make_Owners_Folder(path.substr(0, slash));
-    }
-}
-
-// A folder that holds anything else is somebody's own. What another process makes of it at this moment, or
-// was killed in the middle of, is not. `unseen`: the answer for a folder that cannot be looked into.
-bool May_Become_A_Machine(const std::string &folder, bool unseen) {
-    const auto is_one = [&] {
-        return faccessat(AT_FDCWD, (folder + "/machine.id").c_str(), F_OK, AT_EACCESS) == 0;
-    };
-    const OpenFolder opened = Open_Folder(folder);
-    if (!opened) return unseen || is_one();
-    for (;;) {
-        errno = 0;
-        const dirent *const entry = readdir(opened.get());
-        if (!entry) return errno == 0 || is_one();
-        const std::string name = entry->d_name;
-        if (name != "." && name != ".." && !Is_Machine_Number_Under_Way(name)) return is_one();
-    }
-}
-
 // Empty when the folder has no number, or the number cannot be read.
 std::string Shared_Memory_Folder_Of(const std::string &folder, const std::string &number) {
     struct stat status;
@@ -88,63 +61,29 @@ std::string Shared_Memory_Folder_Of(const std::string &folder, const std::string
     return name;
 }
 
-long Whole_Path(const std::string &named, std::string &folder) {
-    folder = named;
-    if (folder[0] != '/') {
-        char here[PATH_MAX];
-        if (!getcwd(here, sizeof here)) {
-            Report_Machine_Trouble(named + ": the current directory that it counts from is gone");
-            return ERROR_PATH_NOT_FOUND;
-        }
-        folder = std::string(here) + "/" + folder;
-    }
-    while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
-    return NO_ERROR;
-}
-
-long Make_Machine_Folder(const std::string &folder) {
-    Make_Parents(folder);
-    struct stat before;
-    const bool there = lstat(folder.c_str(), &before) == 0;
-    if (!May_Become_A_Machine(folder, true)) {
-        Report_Machine_Trouble(folder + Not_Empty);
-        return ERROR_ACCESS_DENIED;
-    }
-    const long error = Make_Private_Folder(folder);
-    if (error != NO_ERROR) {
-        Report_Machine_Trouble(folder + (error == ERROR_ACCESS_DENIED ? Not_Alone : ": cannot be made"));
-    }
-    if (error != NO_ERROR || May_Become_A_Machine(folder, false)) return error;
-    // It could not be looked into before.
-    const bool as_it_was =
-        !there || fchmodat(AT_FDCWD, folder.c_str(), before.st_mode & 07777, AT_SYMLINK_NOFOLLOW) == 0;
-    Report_Machine_Trouble(folder + (as_it_was ? Not_Empty : ": neither a machine nor empty"));
-    return ERROR_ACCESS_DENIED;
-}
-
-long Prepare(const std::string &named, Machine &machine) {
+// `trouble`: what is to be said of a failure.
+long Prepare(const std::string &named, Machine &machine, std::string &trouble) {
     if (named.empty()) {
-        Report_Machine_Trouble("no folder: set KELMARA_MACHINE, or HOME");
+        trouble = "no folder: set KELMARA_MACHINE, or HOME";
         return ERROR_PATH_NOT_FOUND;
     }
     std::string folder;
-    if (const long error = Whole_Path(named, folder); error != NO_ERROR) return error;
-    if (const long error = Make_Machine_Folder(folder); error != NO_ERROR) return error;
+    if (const long error = Make_Machine_Folder(named, folder, trouble); error != NO_ERROR) return error;
     char real[PATH_MAX];
     if (!realpath(folder.c_str(), real)) {
-        Report_Machine_Trouble(folder + ": its path cannot be followed");
+        trouble = folder + ": its path cannot be followed";
         return ERROR_PATH_NOT_FOUND;
     }
     machine.folder = real;
     if (!Is_Own_Folder(machine.folder)) { // another one by now
-        Report_Machine_Trouble(machine.folder + Not_Alone);
+        trouble = machine.folder + Not_Of_This_User_Alone;
         return ERROR_ACCESS_DENIED;
     }
     const std::string number = Read_Or_Make_Machine_Number(machine.folder);
     const bool refused = number.empty() && errno == Not_This_Users_Own;
     machine.shared_memory_folder = Shared_Memory_Folder_Of(machine.folder, number);
     if (machine.shared_memory_folder.empty()) {
-        Report_Machine_Trouble(machine.folder + "/machine.id: cannot be read or written");
+        trouble = machine.folder + "/machine.id: cannot be read or written";
         return refused ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND;
     }
     return NO_ERROR;
@@ -163,14 +102,27 @@ long Refusal_Of(const std::string &folder) {
     return refused ? ERROR_ACCESS_DENIED : NO_ERROR;
 }
 
+void Keep_Failure(State &state, bool for_good, const std::string &trouble) {
+    state.for_good = for_good;
+    if (trouble == state.said) return;
+    Report_Machine_Trouble(trouble);
+    state.said = trouble;
+}
+
 // Null when there is no machine to be had. The caller holds the lock.
 const Machine *Current(State &state) {
     if (!state.entered.empty()) return &state.entered.back();
-    if (state.refused != NO_ERROR) return nullptr;
+    if (state.for_good) return nullptr;
     Machine machine;
-    state.refused = Prepare(Default_Folder(), machine);
-    if (state.refused != NO_ERROR) return nullptr;
+    const std::string named = Default_Folder();
+    std::string trouble;
+    state.failed = Prepare(named, machine, trouble);
+    if (state.failed != NO_ERROR) {
+        Keep_Failure(state, state.failed == ERROR_ACCESS_DENIED || named.empty(), trouble);
+        return nullptr;
+    }
     state.entered.push_back(machine);
+    if (!state.said.empty()) ++state.serial; // something may have been kept without a machine
     return &state.entered.back();
 }
 
@@ -199,7 +151,7 @@ std::string Shared_Memory_Folder_Path() {
 long Why_No_Machine(long otherwise) {
     State &state = The_State();
     std::lock_guard guard(state.lock);
-    return state.entered.empty() && state.refused == ERROR_ACCESS_DENIED ? state.refused : otherwise;
+    return state.entered.empty() && state.failed == ERROR_ACCESS_DENIED ? state.failed : otherwise;
 }
 
 void Report_Machine_Trouble(const std::string &text) {
@@ -211,7 +163,7 @@ extern "C" {
 unsigned long Machine_In_Force() try {
     State &state = The_State();
     std::lock_guard guard(state.lock);
-    if (state.entered.empty() && (state.refused != NO_ERROR || !Is_Whole_Machine(Default_Folder()))) return 0;
+    if (state.entered.empty() && (state.for_good || !Is_Whole_Machine(Default_Folder()))) return 0;
     return Current(state) ? state.serial : 0;
 } catch (const std::bad_alloc &) {
     return 0;
@@ -221,7 +173,7 @@ LONG Machine_Refusal() try {
     State &state = The_State();
     std::lock_guard guard(state.lock);
     if (!state.entered.empty()) return NO_ERROR;
-    return state.refused != NO_ERROR ? state.refused : Refusal_Of(Default_Folder());
+    return state.for_good ? state.failed : Refusal_Of(Default_Folder());
 } catch (const std::bad_alloc &) {
     return ERROR_NOT_ENOUGH_MEMORY;
 }
@@ -230,7 +182,7 @@ const char *Machine_Folder() try {
     State &state = The_State();
     std::lock_guard guard(state.lock);
     const Machine *machine = Current(state);
-    if (!machine) SetLastError(static_cast<DWORD>(state.refused));
+    if (!machine) SetLastError(static_cast<DWORD>(state.failed));
     return machine ? machine->folder.c_str() : nullptr;
 } catch (const std::bad_alloc &) {
     return nullptr;
@@ -261,7 +213,10 @@ bool Remove_Machine(const char *folder) try {
 
 bool Enter_Machine(const char *folder) try {
     Machine machine;
-    if (!Succeed_Or_Tell(folder ? Prepare(folder, machine) : ERROR_INVALID_PARAMETER)) return false;
+    std::string trouble;
+    const long error = folder ? Prepare(folder, machine, trouble) : ERROR_INVALID_PARAMETER;
+    if (!trouble.empty()) Report_Machine_Trouble(trouble);
+    if (!Succeed_Or_Tell(error)) return false;
     State &state = The_State();
     std::lock_guard guard(state.lock);
     state.entered.push_back(machine);

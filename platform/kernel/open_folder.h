@@ -5,6 +5,7 @@
 #include <dirent.h>
 #include <memory>
 #include <string>
+#include <string_view>
 
 using OpenFolder = std::unique_ptr<DIR, decltype([](DIR *folder) { closedir(folder); })>;
 
@@ -14,9 +15,11 @@ inline OpenFolder Open_Folder(const std::string &host_path) {
 
 /// False for one that cannot be read to its end, too; read from its start, whatever was read before.
 inline bool Is_Empty_Folder(DIR *folder) {
-    int entries = 0;
     errno = 0;
-    for (rewinddir(folder); entries <= 2 && readdir(folder); ++entries)
-        continue; // "." and ".." are always there
-    return entries <= 2 && errno == 0;
+    rewinddir(folder);
+    while (const dirent *const entry = readdir(folder)) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") return false; // not every host's folder lists these
+    }
+    return errno == 0;
 }

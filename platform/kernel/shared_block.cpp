@@ -24,35 +24,6 @@ constexpr std::size_t Longest_Name = sizeof(SharedBlockHeader::name) - 1;
 
 constexpr unsigned Patience_For_Names = 5000; // milliseconds
 
-// The machine's lock of names: threads of this process keep each other out by the mutex, processes by the
-// file. The kernel takes the file's lock back from a process that is killed; one that is stopped is waited
-// for within limits.
-class NamesLock {
-  public:
-    explicit NamesLock(const std::string &path, unsigned patience = Patience_For_Names)
-        : guard_(Process_Lock(), std::chrono::milliseconds(patience)) {
-        if (!guard_) return;
-        file_ = Open_Own_File(path, O_RDWR | O_CREAT);
-        held_ = file_ && Lock_File_In_Time(file_.Get(), LOCK_EX, patience) == 0;
-    }
-    // Not left to the closing: a process forked meanwhile has the file open too.
-    ~NamesLock() {
-        if (held_) Lock_File(file_.Get(), LOCK_UN);
-    }
-    NamesLock(const NamesLock &) = delete;
-    NamesLock &operator=(const NamesLock &) = delete;
-    bool Held() const { return held_; }
-
-  private:
-    static std::timed_mutex &Process_Lock() {
-        static std::timed_mutex *lock = new std::timed_mutex;
-        return *lock;
-    }
-    std::unique_lock<std::timed_mutex> guard_;
-    FileDescriptor file_;
-    bool held_ = false;
-};
-
 long Error_Of_Errno(int code) {
     switch (code) {
     case EMFILE:
@@ -65,6 +36,39 @@ long Error_Of_Errno(int code) {
         return ERROR_ACCESS_DENIED;
     }
 }
+
+// The machine's lock of names: threads of this process keep each other out by the mutex, processes by the
+// file. The kernel takes the file's lock back from a process that is killed; one that is stopped is waited
+// for within limits.
+class NamesLock {
+  public:
+    explicit NamesLock(const std::string &path, unsigned patience = Patience_For_Names)
+        : guard_(Process_Lock(), std::chrono::milliseconds(patience)) {
+        if (!guard_) return;
+        file_ = Open_Own_File(path, O_RDWR | O_CREAT);
+        const int failed = file_ ? Lock_File_In_Time(file_.Get(), LOCK_EX, patience) : errno;
+        error_ = failed == 0             ? NO_ERROR
+                 : failed == EWOULDBLOCK ? ERROR_SHARING_VIOLATION
+                                         : Error_Of_Errno(failed);
+    }
+    // Not left to the closing: a process forked meanwhile has the file open too.
+    ~NamesLock() {
+        if (Held()) Lock_File(file_.Get(), LOCK_UN);
+    }
+    NamesLock(const NamesLock &) = delete;
+    NamesLock &operator=(const NamesLock &) = delete;
+    bool Held() const { return error_ == NO_ERROR; }
+    long Error() const { return error_; }
+
+  private:
+    static std::timed_mutex &Process_Lock() {
+        static std::timed_mutex *lock = new std::timed_mutex;
+        return *lock;
+    }
+    std::unique_lock<std::timed_mutex> guard_;
+    FileDescriptor file_;
+    long error_ = ERROR_SHARING_VIOLATION; // where others have it all the time
+};
 
 bool Reserve(int descriptor, std::uint32_t size) {
     const off_t bytes = static_cast<off_t>(Shared_Block_Contents_Offset) + size;
@@ -138,6 +142,20 @@ void Throw_Away_What_Nobody_Holds(const std::string &folder) {
     }
 }
 
+bool Is_Nothing_There(const std::string &path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) != 0 && errno == ENOENT;
+}
+
+// Where no block comes of it, the folder goes again unless something is in it. Under the lock of names.
+struct FolderInUse {
+    const std::string &path;
+    const std::unique_ptr<SharedBlock> &block;
+    ~FolderInUse() {
+        if (!block) rmdir(path.c_str());
+    }
+};
+
 // True once for each machine of this process.
 bool Is_First_Opening(const std::string &folder) {
     static std::string *seen = new std::string; // under the lock of names
@@ -196,12 +214,14 @@ SharedBlock::Opened SharedBlock::Open(SharedBlockKind kind, const std::string &n
     std::string lock_path = machine + "/names.lock";
     std::string path = folder + "/" + Block_File_Name(name);
 
-    NamesLock names(lock_path);
-    if (!names.Held()) {
-        opened.error = ERROR_ACCESS_DENIED;
+    const NamesLock names(lock_path);
+    if ((opened.error = names.Error()) != NO_ERROR) return opened;
+    if (making.existing_only && Is_Nothing_There(folder)) {
+        opened.error = ERROR_FILE_NOT_FOUND;
         return opened;
     }
     if ((opened.error = Make_Private_Folder(folder)) != NO_ERROR) return opened;
+    const FolderInUse in_use{folder, opened.block};
     if (Is_First_Opening(folder)) Throw_Away_What_Nobody_Holds(folder);
 
     FileDescriptor existing = Open_Own_File(path, O_RDWR, Open_To_Anybody_Else);

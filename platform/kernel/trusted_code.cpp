@@ -59,7 +59,8 @@ struct Owners {
     bool Has(uid_t owner) const { return owner == file || owner == folder; }
 };
 
-// None when it has lost its name while they were looked for.
+// None when it has lost its name while they were looked for, or the host does not tell, for want of a
+// descriptor: asked each time.
 Owners Owners_Of_This_Library() {
     const std::string path = Path_Of_This_Library();
     const Owners owners(path, path);
@@ -69,9 +70,8 @@ Owners Owners_Of_This_Library() {
 bool Gives_Code(uid_t owner) {
     if (owner == 0 || owner == geteuid()) return true;
     // Of the program itself, also where its name has gone to another file since.
-    static const Owners program("/proc/self/exe", Target_Of("/proc/self/exe")),
-        library = Owners_Of_This_Library();
-    return program.Has(owner) || library.Has(owner);
+    static const Owners program("/proc/self/exe", Target_Of("/proc/self/exe"));
+    return program.Has(owner) || Owners_Of_This_Library().Has(owner);
 }
 
 bool May_Give_Code(const struct stat &status) {

@@ -86,6 +86,14 @@ StoreFile::Opened StoreFile::Make(const std::string &path, RegistryFileHeader he
     return made;
 }
 
+long StoreFile::Find_Size(std::uint32_t &size) const {
+    struct stat status;
+    if (fstat(descriptor_.Get(), &status) != 0) return Registry_Error_Of_Errno(errno, ERROR_READ_FAULT);
+    if (status.st_size > Largest_Registry_File) return ERROR_BADDB;
+    size = static_cast<std::uint32_t>(status.st_size);
+    return NO_ERROR;
+}
+
 long StoreFile::Write(std::uint32_t offset, const unsigned char *bytes, std::size_t size) const {
     for (std::size_t done = 0; done < size;) {
         const ssize_t wrote =

@@ -29,6 +29,9 @@ class StoreFile {
     const RegistryFileHeader &Header() const { return header_; }
     bool Is(const struct stat &status) const { return status.st_ino == inode_ && status.st_dev == device_; }
 
+    /// Of the file that is open, whatever has its name by now. ERROR_BADDB for one that is too large.
+    long Find_Size(std::uint32_t &size) const;
+
     struct Scanned {
         std::uint32_t end = 0;     // behind the last whole record
         std::uint32_t damaged = 0; // bytes before `end` that are in no whole record

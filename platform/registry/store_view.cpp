@@ -18,12 +18,10 @@ constexpr int Most_Kept = 1000; // with damage, of one generation
 
 long Look(const std::string &path, MachineRegistry &registry) {
     Replica replica;
-    struct stat status;
     if (const long error = replica.Open(path)) return error;
     if (!replica.file) return ERROR_FILE_NOT_FOUND;
-    if (stat(path.c_str(), &status) != 0) return Registry_Error_Of_Errno(errno, ERROR_READ_FAULT);
-    if (status.st_size > Largest_Registry_File) return ERROR_BADDB;
-    const auto size = static_cast<std::uint32_t>(status.st_size);
+    std::uint32_t size = 0;
+    if (const long error = replica.file->Find_Size(size)) return error;
     KeyTree &tree = *replica.tree;
     const StoreFile::Scanned scanned =
         replica.file->Scan(Records_Offset, size, [&](const RegistryRecord &record) { tree.Apply(record); });
@@ -36,6 +34,7 @@ long Look(const std::string &path, MachineRegistry &registry) {
     const KeyTree::Counts counts = tree.Count();
     registry.keys = counts.keys;
     registry.values = counts.values;
+    struct stat status;
     registry.left_aside = lstat(Path_Aside(path).c_str(), &status) == 0;
     return NO_ERROR;
 }

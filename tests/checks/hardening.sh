@@ -26,9 +26,12 @@ done
 for kind in lib/libkelmara.so. lib/libkelmara_platform.so. suite/ bin/ tests/test_ tests/modules/; do
     [[ " ${checked[*]}" == *" ./$kind"* ]] || complain "$kind" "nothing of it was built, or found"
 done
-for library in lib/libkelmara.so lib/libkelmara_platform.so; do
-    names=$(readelf -W --dyn-syms "$library")
-    [[ $names == *__stack_chk_fail* ]] || complain "$library" "has no guard words on the stack"
-    [[ $names == *_chk@* ]] || complain "$library" "does not check its copies"
+# Guard words and checked copies show only where code has arrays on its stack and copies to them: in the two
+# libraries both, in what else is shipped the guard words, but for a module that has no such array.
+for file in "${checked[@]}"; do
+    [[ $file =~ ^\./(lib|suite|bin)/ && $file != ./suite/kmmemory.so ]] || continue
+    names=$(readelf -W --dyn-syms "$file")
+    [[ $names == *__stack_chk_fail* ]] || complain "$file" "has no guard words on the stack"
+    [[ $file != ./lib/libkelmara* || $names == *_chk@* ]] || complain "$file" "does not check its copies"
 done
 exit $failed

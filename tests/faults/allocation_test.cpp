@@ -3,7 +3,9 @@
 //
 // All that the library exports and that asks for memory has a row in operations/, but for these:
 //   - a working log or wait companion, which is loaded once for the process: the rows load one that is none;
-//   - objects that hold lists and ask for nothing more, which are made as a list is;
+//   - objects that hold lists and ask for nothing more, which are made as a list is, CActiveHelpControl too;
+//   - overloads that are reached through others: CSafeStr::Copy_Any_Text through its assignments and
+//     constructors, the CSmartBuffer::Write of bytes through that of texts;
 //   - the loading of the telephony service, which the process remembers: the first row has it done;
 //   - Debugger and DllMain, which end a process or come with its loading.
 
@@ -23,7 +25,11 @@
 #include <platform/com.h>
 #include <reference_suite/installer/icon_file.h>
 
+#include <algorithm>
+#include <map>
 #include <optional>
+#include <set>
+#include <sstream>
 
 namespace {
 
@@ -32,9 +38,34 @@ std::string Text_Of(const Outcome &outcome) {
     return Kinds[outcome.kind] + std::to_string(outcome.value);
 }
 
+using Parts = std::map<std::string, std::string>; // of a state, by name or place
+
+Parts Parts_Of(const std::string &state) {
+    Parts parts;
+    std::istringstream text(state);
+    for (std::string part; std::getline(text, part, '|');) {
+        const std::size_t end = part.find('=');
+        parts[end == std::string::npos ? std::to_string(parts.size()) : part.substr(0, end)] = part;
+    }
+    return parts;
+}
+
+std::set<std::string> Names_In(std::initializer_list<const Parts *> states) {
+    std::set<std::string> names;
+    for (const Parts *parts : states)
+        for (const auto &part : *parts) names.insert(part.first);
+    return names;
+}
+
+std::string Part_Of(const Parts &parts, const std::string &name) {
+    const auto found = parts.find(name);
+    return found == parts.end() ? "" : found->second;
+}
+
 /// What may lack: tells whether it was asked for the failing one.
 struct Source {
     const char *word, *name;
+    unsigned long least; // fault points, some nine in ten of those that there are
     void (*fail)(unsigned long at, bool for_ever);
     bool (*end)(); // whether the fault was met
 };
@@ -106,6 +137,7 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
         heap.emplace();
         TestKey("Software\\Dunmerit Software\\KelMara", HKEY_LOCAL_MACHINE)
             .Set("Content", std::string("c:\\", 4));
+        machine.Write("drive_c/windows/system32/winreg.dll", "");
         machine.Write("drive_c/texts.def", "#define ONE 1\r\n#define TWO 2\r\n");
         machine.Write("drive_c/icon.ico", Icon_File({{32, 32}}, [](int, int, int) {
                           return RGBQUAD{1, 2, 3, 4};
@@ -143,15 +175,25 @@ class AllocationFaults : public FileTest, public ::testing::WithParamInterface<S
         const bool stated = std::count(operation.stated.begin(), operation.stated.end(), outcome) > 0;
         EXPECT_TRUE(done || stated) << where() << " gives " << Text_Of(outcome);
         const std::string left = trial.state();
-        if (operation.leaves == Leaves::Before && left != (done ? after_ : before))
-            ADD_FAILURE() << where() << " gives " << Text_Of(outcome) << " and leaves " << left;
-        if (operation.leaves == Leaves::Either && left != after_ && left != before)
-            ADD_FAILURE() << where() << " leaves " << left;
-        if (done || operation.leaves == Leaves::Partly) return true;
+        EXPECT_TRUE(May_Be_Left(operation.leaves, done, before, left))
+            << where() << " gives " << Text_Of(outcome) << " and leaves " << left << " of " << before;
+        if ((done && left == after_) || !operation.leaves.repeats) return true;
         EXPECT_EQ(Text_Of(Outcome_Of(trial)), Text_Of(Gives(operation.done)))
             << where() << " never works again";
         EXPECT_EQ(trial.state(), after_) << where() << ", tried again";
         return true;
+    }
+
+    bool May_Be_Left(const Leaves &leaves, bool done, const std::string &before,
+                     const std::string &left) const {
+        if (done && (leaves.told || left == after_)) return left == after_;
+        if (left == before || !leaves.in_parts) return left == before;
+        const Parts was = Parts_Of(before), is = Parts_Of(left), becomes = Parts_Of(after_);
+        return std::ranges::all_of(Names_In({&was, &is, &becomes}), [&](const std::string &name) {
+            const std::string part = Part_Of(is, name);
+            return part == Part_Of(was, name) || part == Part_Of(becomes, name) ||
+                   std::ranges::count(leaves.also, part) > 0;
+        });
     }
 
     unsigned long Sweep(const Operation &operation) {
@@ -192,15 +234,16 @@ TEST_P(AllocationFaults, GiveWhatIsStatedAndLeaveWhatWasThere) {
             operations += met > 0;
         }
     }
-    EXPECT_GT(points, 40u);
+    EXPECT_GE(points, GetParam().least);
     Print_Figure((std::string("operations that need ") + GetParam().name).c_str(), operations);
     Print_Figure((std::string("fault points in ") + GetParam().name).c_str(), points);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sources, AllocationFaults,
-                         ::testing::Values(Source{"Services", "memory services", Fail_Services, End_Services},
-                                           Source{"Heap", "the library's heap", Fail_Heap, End_Heap},
-                                           Source{"New", "the machine's memory", Fail_New, End_New}),
+                         ::testing::Values(Source{"Services", "memory services", 315, Fail_Services,
+                                                  End_Services},
+                                           Source{"Heap", "the library's heap", 125, Fail_Heap, End_Heap},
+                                           Source{"New", "the machine's memory", 6600, Fail_New, End_New}),
                          [](const auto &source) { return source.param.word; });
 
 } // namespace

@@ -2,8 +2,6 @@
 
 #include <tests/foundation/guarded_text.h>
 
-#include <random>
-
 namespace {
 
 struct OpenPatternString : CPatternString {
@@ -62,20 +60,6 @@ TEST(Patterns, ScanPastTargetsAndAreTakenForWhatTheyHave) {
         if (c != 256) every_character += std::string("|T") + static_cast<char>(c);
     }
     Expect_Reach("any", {{"^*x" + every_character, 0}, {"^>0" + every_character, 3}});
-}
-
-TEST(Patterns, StayWithinTheTextWhateverTheySay) {
-    std::mt19937 random(7);
-    const auto any_text = [&](const std::string &characters) {
-        std::string text;
-        for (auto left = random() % 14; left > 0; --left) text += characters[random() % characters.size()];
-        return text;
-    };
-    for (int i = 0; i < 20000; ++i) {
-        const std::string text = any_text("ab,^\" -1"), pattern = any_text("^^^**>>TTWLQ0||-1a,b");
-        const int reach = Reach(text, pattern);
-        ASSERT_TRUE(reach >= Fails && reach <= int(text.size())) << text << " by " << pattern;
-    }
 }
 
 TEST(PatternStrings, HandOutFieldByField) {

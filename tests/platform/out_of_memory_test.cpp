@@ -193,6 +193,7 @@ TEST_F(OutOfMemoryTest, Is_A_Code_And_Leaves_No_Handle) {
              return Host_Path("c:\\kept.txt", text, sizeof text) && Windows_Path("/", text, sizeof text);
          }},
     });
+    EXPECT_GE(points, 3050u); // some nine in ten of those that there are
     EXPECT_FALSE(failed_load_left_a_module);
 }
 

@@ -245,6 +245,7 @@ TEST_F(OutOfMemoryTest, Is_A_Code_Of_Windows_And_Objects_Too) {
         {"offer of a class", Offers},
         {"shell", Shows_My_Computer},
     });
+    EXPECT_GE(points, 1000u); // some nine in ten of those that there are
     CoUninitialize();
     EXPECT_EQ(server.Wait(), 0) << "nothing was left in it";
 }

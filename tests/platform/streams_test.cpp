@@ -128,9 +128,10 @@ TEST_F(Streams, AndTheMakingOfNamesFailInTimeWhereALockIsHeld) {
     EXPECT_TRUE(CreateDirectoryA("c:\\first", nullptr));
     const int lock = open(On("names.lock").c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_EQ(flock(lock, LOCK_EX), 0);
-    auto mutex = std::async(std::launch::async, [] { return CreateMutexA(nullptr, FALSE, "second"); });
+    auto mutex = std::async(std::launch::async,
+                            [] { return Error_Of(CreateMutexA(nullptr, FALSE, "second") != nullptr); });
     EXPECT_EQ(Error_Of(CreateDirectoryA("c:\\second", nullptr)), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(mutex.get(), nullptr);
+    EXPECT_EQ(mutex.get(), ERROR_SHARING_VIOLATION);
     flock(lock, LOCK_UN);
     close(lock);
     EXPECT_TRUE(CreateDirectoryA("c:\\second", nullptr));

@@ -5,6 +5,7 @@
 
 #include <platform/registry.h>
 
+#include <algorithm>
 #include <vector>
 
 constexpr char Missing[] = "(missing)";
@@ -72,6 +73,17 @@ class TestKey {
         return names;
     }
 };
+
+/// Each key and value below, its path from there in front of its data, with a '|' behind.
+inline std::string All_Below(const TestKey &key, const std::string &path = "") {
+    std::string all;
+    std::vector<std::string> values = key.Values(); // in the order in which they came
+    std::ranges::sort(values);
+    for (const std::string &name : values) all += path + name + "=" + key.Get(name) + "|";
+    for (const std::string &name : key.Subkeys())
+        all += "[" + path + name + "]=|" + All_Below(TestKey(name, key), path + name + "\\");
+    return all;
+}
 
 class RegistryTest : public MachineTest {
   protected:

@@ -97,7 +97,7 @@ std::string Client_Of(HWND window) {
 }
 
 std::string Title_Of(HWND window) {
-    char title[600];
+    char title[4000];
     GetWindowTextA(window, title, sizeof title);
     return title;
 }

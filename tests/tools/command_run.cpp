@@ -23,14 +23,15 @@ class ScratchFolder {
     void Write(const char *name, const std::string &content) const {
         std::ofstream(File(name), std::ios::binary) << content;
     }
-    std::string Read(const char *name) const {
-        std::ifstream file(File(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
 
   private:
     std::string path_;
 };
+
+std::string Read(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 void Direct(int descriptor, const std::string &file, int flags) {
     const int opened = open(file.c_str(), flags | O_CLOEXEC, 0600);
@@ -79,6 +80,14 @@ CommandRun::CommandRun(const std::vector<std::string> &arguments, const std::str
     scratch.Write("input", input);
     RunningCommand command(arguments, scratch.File("input"), scratch.File("output"), scratch.File("errors"));
     exit_code = command.Wait();
-    output = scratch.Read("output");
-    errors = scratch.Read("errors");
+    output = Read(scratch.File("output"));
+    errors = Read(scratch.File("errors"));
+}
+
+bool Comes_To_Hold(const std::string &file, const std::string &text) {
+    for (int tries = 0; tries < 1000; ++tries) {
+        if (Read(file).find(text) != std::string::npos) return true;
+        poll(nullptr, 0, 10);
+    }
+    return false;
 }

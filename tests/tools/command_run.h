@@ -22,8 +22,10 @@ struct CommandRun {
 class RunningCommand {
   public:
     /// Of the signals that end a program it ignores one at most: `ignored`.
-    RunningCommand(const std::vector<std::string> &arguments, const std::string &input_file,
-                   const std::string &output_file, const std::string &error_file, int ignored = 0);
+    explicit RunningCommand(const std::vector<std::string> &arguments,
+                            const std::string &input_file = "/dev/null",
+                            const std::string &output_file = "/dev/null",
+                            const std::string &error_file = "/dev/null", int ignored = 0);
     ~RunningCommand();
     RunningCommand(const RunningCommand &) = delete;
     RunningCommand &operator=(const RunningCommand &) = delete;
@@ -36,3 +38,6 @@ class RunningCommand {
   private:
     pid_t id_ = -1;
 };
+
+/// Whether a file that is written to comes to hold the text, within ten seconds at least.
+bool Comes_To_Hold(const std::string &file, const std::string &text);

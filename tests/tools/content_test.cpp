@@ -64,23 +64,10 @@ TEST_F(ContentCommands, SectionsAreExplainedAsTheyAreParsed) {
     for (const bool strip : {true, false}) {
         For_Each_Damage(good, [&](const std::string &text) { Expect_Explained(text, strip); });
         std::mt19937 random(7);
-        const std::vector<std::string> parts = {"[",
-                                                "]",
-                                                "[a]",
-                                                "[b]",
-                                                "=",
-                                                "k",
-                                                ";",
-                                                "\"",
-                                                " ",
-                                                "\t",
-                                                "\r",
-                                                "\n",
-                                                "\r\n",
-                                                "k=v\n",
-                                                std::string(1, '\0'),
-                                                std::string(255, 'n'),
-                                                "[" + std::string(255, 's') + "]"};
+        const std::string name(255, 'n'), zero(1, '\0');
+        const std::vector<std::string> parts = {
+            "[",     "]",  "[a]", "[b]",           "=", "k", ";", "\"", " ", "\t", "\r", "\n", "\r\n",
+            "k=v\n", zero, name,  "[" + name + "]"};
         for (int i = 0; i < 3000; ++i) Expect_Explained(Random_Text(random, parts), strip);
     }
 }

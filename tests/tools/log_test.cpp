@@ -13,8 +13,6 @@
 #include <kelmara/shared_state/log.h>
 
 #include <csignal>
-#include <filesystem>
-#include <poll.h>
 
 namespace {
 
@@ -32,15 +30,7 @@ SECOND_PROCESS(log_writer) {
 }
 
 struct LogCommand : MachineTest {
-    bool Shows(const std::string &text) const {
-        for (int tries = 0; tries < 1000; ++tries) {
-            if (std::filesystem::exists(machine.Path("output")) &&
-                machine.Read("output").find(text) != std::string::npos)
-                return true;
-            poll(nullptr, 0, 10);
-        }
-        return false;
-    }
+    bool Shows(const std::string &text) const { return Comes_To_Hold(machine.Path("output"), text); }
 };
 
 TEST_F(LogCommand, WithoutASuiteThereIsNothingToFollow) {
@@ -92,18 +82,16 @@ TEST(LogLine, IsTakenApartOrPassedOver) {
 }
 
 TEST(BroadcastCode, IsANumberOrFourCharacters) {
-    struct Row {
-        const char *text;
-        bool good;
-        long code;
-    };
-    for (const Row &row :
-         {Row{"17", true, 17}, Row{"0x8002", true, 0x8002}, Row{"-1", true, -1}, Row{"4294967295", true, -1},
-          Row{"CONN", true, 0x434F4E4E}, Row{"'1234'", true, 0x31323334}, Row{"", false, 0},
-          Row{"abc", false, 0}, Row{"4294967296", false, 0}}) {
+    const std::tuple<const char *, bool, long> rows[] = {
+        {"17", true, 17},           {"0x8002", true, 0x8002},
+        {"-1", true, -1},           {"4294967295", true, -1},
+        {"CONN", true, 0x434F4E4E}, {"'1234'", true, 0x31323334},
+        {"'1234'5", false, 0},      {"", false, 0},
+        {"abc", false, 0},          {"4294967296", false, 0}};
+    for (const auto &[text, good, expected] : rows) {
         long code = 0;
-        EXPECT_EQ(tools::Read_Code(row.text, code), row.good) << row.text;
-        EXPECT_EQ(code, row.code) << row.text;
+        EXPECT_EQ(tools::Read_Code(text, code), good) << text;
+        EXPECT_EQ(code, expected) << text;
     }
 }
 

@@ -305,8 +305,7 @@ TEST_F(Ltx, AKilledCommandLeavesTheOldTableOrTheNewOne) {
     const std::string before = Compiled("t", Ordinary), after = Compiled("t", text);
     for (int wait = 0; wait < 40; wait += 4) {
         machine.Write("drive_c/t.ltx", before);
-        RunningCommand command({"ltx", "compile", "c:\\new.txt", "c:\\t.ltx"}, "/dev/null", "/dev/null",
-                               "/dev/null");
+        RunningCommand command({"ltx", "compile", "c:\\new.txt", "c:\\t.ltx"});
         poll(nullptr, 0, wait);
         command.Signal(wait % 8 == 0 ? SIGKILL : SIGTERM);
         command.Wait();

@@ -2,6 +2,7 @@
 
 #include <tests/support/registry_verbs.h>
 #include <tests/support/second_process.h>
+#include <tests/support/window_verbs.h>
 #include <tests/tools/command_run.h>
 
 #include <tools/json.h>
@@ -10,7 +11,6 @@
 
 #include <kelmara/shared_state/instances.h>
 #include <platform/com.h>
-#include <platform/user.h>
 
 #include <csignal>
 #include <filesystem>
@@ -35,12 +35,8 @@ SECOND_PROCESS(busy_writer) {
 }
 
 SECOND_PROCESS(short_lived) {
-    WNDCLASSA made = {};
-    made.lpfnWndProc = DefWindowProcA;
-    made.lpszClassName = "ShortLived";
-    RegisterClassA(&made);
-    First_Instance(process.Arguments()[0].c_str(), "x",
-                   CreateWindowExA(0, "ShortLived", "w", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr));
+    const TestWindow window(0, {0, 0, 9, 9});
+    First_Instance(process.Arguments()[0].c_str(), "x", window);
     First_Instance("Nothing", "x", nullptr);
     process.Tell("ready");
     process.Hear();
@@ -61,17 +57,11 @@ struct MachineCommand : MachineTest {
 
 TEST_F(MachineCommand, InitMakesOnlyWhereNothingIs) {
     const std::string fresh = Outside("fresh");
-    for (const std::vector<std::string> &wrong :
-         std::vector<std::vector<std::string>>{{"--windows", "vista"},
-                                               {"--screen", "800"},
-                                               {"--screen", "800x600x7"},
-                                               {"--screen", "800x600x"},
-                                               {"--drive", "c=cdrom"},
-                                               {"--drive", "d=tape"}}) {
-        std::vector<std::string> arguments = {"machine", "init", fresh};
-        arguments.insert(arguments.end(), wrong.begin(), wrong.end());
-        EXPECT_EQ(CommandRun(arguments).exit_code, 2) << wrong[1];
-    }
+    const std::pair<const char *, const char *> wrong[] = {
+        {"--windows", "vista"},   {"--screen", "800"},    {"--screen", "800x600x7"},
+        {"--screen", "800x600x"}, {"--drive", "c=cdrom"}, {"--drive", "d=tape"}};
+    for (const auto &[option, value] : wrong)
+        EXPECT_EQ(CommandRun({"machine", "init", fresh, option, value}).exit_code, 2) << value;
     EXPECT_EQ(Entries(), 0u);
     EXPECT_EQ(CommandRun({"machine", "init", fresh, "--windows", "98", "--screen", "800x600x16", "--drive",
                           "D=cdrom"})
@@ -101,8 +91,7 @@ TEST_F(MachineCommand, AFailedInitTakesBackWhatItMade) {
     small = {40, usual.rlim_max};
     for (const std::string &folder : {here, Outside("new/new/"), Outside("new/" + std::string(300, 'x'))}) {
         ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-        RunningCommand init({"machine", "init", folder, "--windows", "98", "--screen", "800x600x16"},
-                            "/dev/null", "/dev/null", "/dev/null");
+        RunningCommand init({"machine", "init", folder, "--windows", "98", "--screen", "800x600x16"});
         ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &usual), 0);
         EXPECT_EQ(init.Wait(), 2);
     }
@@ -124,7 +113,7 @@ TEST_F(MachineCommand, MakesItsFoldersUnderAnyUmask) {
                  {"machine", "init", Outside("new/deep")},
                  {"--machine", Outside("new/deep"), "machine", "clone", Outside("clone")},
                  {"--machine", Outside("none"), "number", "parse", "+1 (206) 555-1212"}}) {
-            const int code = RunningCommand(arguments, "/dev/null", "/dev/null", "/dev/null").Wait();
+            const int code = RunningCommand(arguments).Wait();
             made = made && (code == 0 || code == 127); // he may not get at the command
         }
         _exit(made ? 0 : 1);
@@ -181,8 +170,7 @@ TEST_F(MachineCommand, CloneIsWholeAndTheMachinesOwn) {
 TEST_F(MachineCommand, AnInterruptedCloneLeavesNothing) {
     machine.Write("drive_c/locked/large", "");
     fs::resize_file(machine.Path("drive_c/locked/large"), 4ull << 30);
-    RunningCommand clone({"machine", "clone", Outside("clone")}, "/dev/null", machine.Path("output"),
-                         machine.Path("errors"));
+    RunningCommand clone({"machine", "clone", Outside("clone")});
     for (int tries = 0; tries < 1000 && Entries() == 0; ++tries) poll(nullptr, 0, 5);
     EXPECT_EQ(Entries(), 1u);
     clone.Signal(SIGINT);

@@ -65,28 +65,16 @@ TEST_F(NumberCommands, NumbersAreCanonicalOrTellWhyNot) {
 TEST_F(NumberCommands, EveryPartOfWhatIsDialledHasItsRule) {
     const std::string before = Locations_Now();
     const struct {
-        std::string from, number, dialable, call;
-        std::vector<std::string> parts;
+        std::string from, number, dialable, call, parts;
     } rows[] = {
-        {"Home", "+1 (206) 555-0100", "T*70,5550100", "local", {"T", "*70,", "555-0100"}},
-        {"Home",
-         "+44 (0171) 555 0100",
-         "T*70,011441715550100",
-         "international",
-         {"T", "*70,", "011", "44", "171", "555 0100"}},
-        {"Office",
-         "+1 (206) 555-0100",
-         "T9,12065550100",
-         "long distance",
-         {"T", "9,", "1", "206", "555-0100"}},
-        {"Hotel", "+44 (0131) 555 0100", "P0,01315550100", "long distance", {"P", "0,", "0131", "555 0100"}},
-        {"Hotel",
-         "+44 (131) 555 0100",
-         "P0,01315550100",
-         "long distance",
-         {"P", "0,", "0", "131", "555 0100"}},
-        {"Hotel", "+45 55501000", "P0,004555501000", "international", {"P", "0,", "00", "45", "55501000"}},
-        {"Office", "911", "T911", "as written", {"T", "911"}},
+        {"Home", "+1 (206) 555-0100", "T*70,5550100", "local", "T|*70,|555-0100|"},
+        {"Home", "+44 (0171) 555 0100", "T*70,011441715550100", "international",
+         "T|*70,|011|44|171|555 0100|"},
+        {"Office", "+1 (206) 555-0100", "T9,12065550100", "long distance", "T|9,|1|206|555-0100|"},
+        {"Hotel", "+44 (0131) 555 0100", "P0,01315550100", "long distance", "P|0,|0131|555 0100|"},
+        {"Hotel", "+44 (131) 555 0100", "P0,01315550100", "long distance", "P|0,|0|131|555 0100|"},
+        {"Hotel", "+45 55501000", "P0,004555501000", "international", "P|0,|00|45|55501000|"},
+        {"Office", "911", "T911", "as written", "T|911|"},
     };
     for (const auto &[from, number, dialable, call, parts] : rows) {
         const CommandRun run({"number", "dial", number, "--from", from, "--json"});
@@ -95,8 +83,8 @@ TEST_F(NumberCommands, EveryPartOfWhatIsDialledHasItsRule) {
         EXPECT_EQ(json["dialable"], dialable);
         EXPECT_EQ(json["from"], from);
         EXPECT_EQ(json["call"], call);
-        std::vector<std::string> told;
-        for (const Json &step : json["steps"]) told.push_back(step["part"]);
+        std::string told;
+        for (const Json &step : json["steps"]) told += step["part"].get<std::string>() + "|";
         EXPECT_EQ(told, parts) << run.output;
     }
     EXPECT_EQ(Locations_Now(), before);
@@ -115,10 +103,9 @@ TEST_F(NumberCommands, EveryPartOfWhatIsDialledHasItsRule) {
 }
 
 TEST_F(NumberCommands, WhatCannotBeDialledSaysWhy) {
-    const auto expect = [](const std::vector<std::string> &arguments, const std::string &error) {
-        std::vector<std::string> all = {"number", "dial"};
-        all.insert(all.end(), arguments.begin(), arguments.end());
-        const CommandRun run(all);
+    const auto expect = [](std::vector<std::string> arguments, const std::string &error) {
+        arguments.insert(arguments.begin(), {"number", "dial"});
+        const CommandRun run(arguments);
         EXPECT_EQ(run.exit_code, 1);
         EXPECT_EQ(run.errors, "kelmara: " + error + "\n");
         EXPECT_EQ(run.output, "");

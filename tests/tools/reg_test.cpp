@@ -164,7 +164,7 @@ TEST_F(RegCommand, AnInterruptedImportIsWholeOrNothing) {
     for (int key = 0; key < 4000; ++key)
         text += "[HKCU\\Sample\\" + std::to_string(key) + "]\n\"a\"=\"1\"\n\"b\"=\"2\"\n";
     machine.Write("in.reg", text);
-    RunningCommand command({"reg", "import", machine.Path("in.reg")}, "/dev/null", "/dev/null", "/dev/null");
+    RunningCommand command({"reg", "import", machine.Path("in.reg")});
     HKEY key = nullptr;
     for (int tries = 0; tries < 10000 && RegOpenKeyA(HKEY_CURRENT_USER, "Sample\\20", &key) != 0; ++tries)
         usleep(500);
@@ -219,8 +219,8 @@ TEST_F(RegCommand, ExitCodesAndWhatIsLeftBehind) {
              {{"export", "hkcu\\bad2", file}, 2, "", "kelmara: HKEY_CURRENT_USER\\Bad2\\a] ;b: ']' and ';'"},
              {{"export", "hkcu\\none", file}, 1, "", "kelmara: HKEY_CURRENT_USER\\none: no such key"},
          }) {
-        std::vector<std::string> arguments = {"reg"};
-        arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
+        std::vector<std::string> arguments = row.arguments;
+        arguments.insert(arguments.begin(), "reg");
         const CommandRun run(arguments);
         const std::string what = testing::PrintToString(row.arguments) + run.errors;
         EXPECT_EQ(run.exit_code, row.exit_code) << what;

@@ -1,7 +1,7 @@
 // The views of the machine's shared tables: right while programs use them, and without a trace of the viewer.
 
 #include <tests/support/second_process.h>
-#include <tests/support/test_machine.h>
+#include <tests/support/window_verbs.h>
 #include <tests/tools/command_run.h>
 
 #include <tools/json.h>
@@ -10,7 +10,6 @@
 
 #include <kelmara/shared_state/atom_table.h>
 #include <kelmara/shared_state/instances.h>
-#include <platform/user.h>
 
 #include <csignal>
 #include <cstring>
@@ -26,12 +25,7 @@ SECOND_PROCESS(table_user) {
     CAtomTable atoms;
     atoms.Initialize("SUITE");
     atoms.New_Atom(0x434F4E4E, 7, "hello", 6); // 'CONN'
-    WNDCLASSA made = {};
-    made.lpfnWndProc = DefWindowProcA;
-    made.lpszClassName = "TableUser";
-    RegisterClassA(&made);
-    const HWND window = CreateWindowExA(0, "TableUser", "Caf\xE9", WS_VISIBLE | WS_MINIMIZE, 0, 0, 100, 100,
-                                        nullptr, nullptr, nullptr, nullptr);
+    const TestWindow window(WS_VISIBLE | WS_MINIMIZE, {0, 0, 100, 100}, nullptr, 0, {}, "Caf\xE9");
     First_Instance("Suite", "Dialer", window);
     process.Tell("ready");
     while (process.Hear() == "atom") {
@@ -42,17 +36,7 @@ SECOND_PROCESS(table_user) {
 }
 
 struct TablesTest : MachineTest {
-    std::string Output() const {
-        const std::string path = machine.Path("watched");
-        return std::filesystem::exists(path) ? machine.Read("watched") : "";
-    }
-    bool Shows(const std::string &text) const {
-        for (int tries = 0; tries < 1000; ++tries) {
-            if (Output().find(text) != std::string::npos) return true;
-            poll(nullptr, 0, 10);
-        }
-        return false;
-    }
+    bool Shows(const std::string &text) const { return Comes_To_Hold(machine.Path("watched"), text); }
     // Files of the machine's shared memory, whoever made them.
     unsigned long Blocks() const {
         unsigned long count = 0;
@@ -80,7 +64,7 @@ TEST_F(TablesTest, ShowWhatProgramsShare) {
     EXPECT_EQ(instance["state"], "running");
     EXPECT_EQ(instance["window"], window["window"]);
     EXPECT_EQ(window["process"], user.Id());
-    EXPECT_EQ(window["class"], "TableUser");
+    EXPECT_EQ(window["class"], TestWindow::Class());
     EXPECT_EQ(window["title"], "Caf\xC3\xA9");
     EXPECT_TRUE(window["visible"] && window["iconic"] && window["program"] == "test_tools");
     EXPECT_EQ(CommandRun({"instances", "suite"}).exit_code, 1) << "keys count with their case";

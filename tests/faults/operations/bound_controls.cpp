@@ -28,8 +28,8 @@ struct Bound {
     explicit Bound(const char *control_class, DWORD style = 0, const char *value = "one")
         : client(value), window(dialog.Add("before", control_class, 0, style)) {}
     std::string State() const {
-        return std::to_string(GetWindowLongA(window, GWL_WNDPROC) == procedure) + Title_Of(window) +
-               client.value;
+        return std::to_string(GetWindowLongA(window, GWL_WNDPROC) == procedure) + "|" + Title_Of(window) +
+               "|" + client.value + "|";
     }
     Client client;
     PlainDialog dialog;
@@ -57,6 +57,17 @@ struct Attached : Kind {
         this->control->Install_Client_Interface(&this->client);
         this->control->AttachTo(this->window);
     }
+};
+
+/// With the same in the window as the client has.
+template <class Kind>
+struct Showing : Attached<Kind> {
+    Showing() { this->control->Binding_Changed(); }
+};
+
+struct Unbound : Bound {
+    Unbound() : Bound("ListBox") {}
+    CBoundListboxControl *control = cache.GetListboxControl();
 };
 
 struct Listbox : Bound {
@@ -130,11 +141,12 @@ Operation Getting(const char *name) {
 
 /// Attaching, and a value shown, of one kind.
 template <class Kind>
-void Add_Kind(Operations &rows, const char *attach, const char *show, const char *write, UINT message) {
+void Add_Kind(Operations &rows, const char *attach, const char *show, const char *write, UINT message,
+              const Leaves &shown = Partly_Untold) {
     rows.push_back(
         Row<Kind>(attach, 1, {Nothing}, Either, [](auto &of) { return of.control->AttachTo(of.window); }));
-    rows.push_back(Row<Attached<Kind>>(show, 0, {}, Partly, [](auto &of) { of.control->Binding_Changed(); }));
-    rows.push_back(Row<Attached<Kind>>(write, 0, {}, Partly, [=](Attached<Kind> &of) {
+    rows.push_back(Row<Attached<Kind>>(show, 0, {}, shown, [](auto &of) { of.control->Binding_Changed(); }));
+    rows.push_back(Row<Showing<Kind>>(write, 0, {}, Partly_Untold, [=](Showing<Kind> &of) {
         SendMessageA(of.window, message, 1, reinterpret_cast<LPARAM>(Long_Text.c_str() + 1));
     }));
 }
@@ -152,9 +164,11 @@ Operations Bound_Control_Operations() {
         // "A button ... that there is no memory for, stays unbound"
         Row<Group>("Setup_Bound_Notifiers", 0, {}, Either,
                    [](auto &of) { of.group->Setup_Bound_Notifiers(of.dialog); }),
-        Row<SetUp>("Binding_Changed of a group", 0, {}, Partly,
+        Row<SetUp>("Binding_Changed of a group", 0, {}, Partly_Untold,
                    [](auto &of) { of.group->Binding_Changed(); }),
         Row<SetUp>("Clicked", 0, {}, Either, [](auto &of) { of.group->Clicked(of.window); }),
+        Row<Unbound>("AttachTo of a list box", 1, {}, Either,
+                     [](auto &of) { return of.control->AttachTo(of.window); }),
         // "the entry is then the caller's"
         Row<Listbox>("AddBoundListEntry", 0, {Minus_One, Thrown},
                      [](auto &of) {
@@ -171,6 +185,7 @@ Operations Bound_Control_Operations() {
     Add_Kind<Checkbox>(rows, "AttachTo of a check box", "Binding_Changed of a check box", "BM_SETCHECK",
                        BM_SETCHECK);
     Add_Kind<Combobox>(rows, "AttachTo of a combo box", "Binding_Changed of a combo box",
-                       "text of a combo box", WM_SETTEXT);
+                       "text of a combo box", WM_SETTEXT,
+                       Or(Partly_Untold, {""})); // no line for the value: none is chosen
     return rows;
 }

@@ -20,7 +20,19 @@ struct Section {
 
 struct Sections {
     ~Sections() { Unload_Sections(&list); }
-    std::string State() { return std::to_string(list.Entries(0)); }
+    std::string State() {
+        std::string state;
+        for (long i = 0; i < list.Entries(0); ++i) {
+            auto *const section = static_cast<CSectionEntry *>(list.GetEntry(i, 0));
+            char name[256], *item = nullptr, *value = nullptr;
+            section->Get_Section_Name(name), state += name + std::string("=|");
+            for (int of = 0; of < section->Get_Item_Count(); ++of) {
+                section->Get_Next_Item(of, &item, &value, nullptr);
+                state += item + std::string("=") + value + "|";
+            }
+        }
+        return state;
+    }
     CDSList list;
 };
 
@@ -36,7 +48,13 @@ class Host final : public IBindingHostInterface {
 };
 
 struct Defines {
-    std::string State() { return std::to_string(table.Get_Num_Entries()); }
+    std::string State() { return Found("ONE") + Found("TWO"); }
+    std::string Found(const char *name) try {
+        char *text = nullptr;
+        return table.Find(name, &text, nullptr) == 0 ? name + std::string("=") + text + "|" : "";
+    } catch (int) {
+        return ""; // no table yet
+    }
     CHashTable table;
 };
 
@@ -46,7 +64,11 @@ struct Expanding {
         variables.Add("NAME", Name, 4);
         tokenizer.Use_Variable_Table(&variables);
     }
-    std::string State() { return result + std::to_string(host.references); }
+    std::string State() {
+        char known[300] = {};
+        tokenizer.Tokenize("^ONE^|^TWO^|", known, sizeof known);
+        return known + std::string(result) + std::to_string(host.references);
+    }
     Host host;
     CHashTable variables;
     CTokenizer tokenizer;
@@ -64,13 +86,13 @@ Operations Content_Operations() {
                      [](auto &of) { return of.section.Add_Item(Name, Value, sizeof Value); }),
         // "Sections and items before the fault stay in the list"
         Row<Sections>(
-            "Load_Sections", 0, {No_Memory, Minus_One, Thrown}, Partly,
+            "Load_Sections", 0, {No_Memory, Minus_One, Thrown}, Once(Partly),
             [](auto &of) { return Load_Sections(Sections_Text, sizeof Sections_Text - 1, &of.list, true); }),
         // an entry that finds no memory is one that Add leaves out
-        Row<Defines>("Tokenize_Define_File", 0, No_Memory_Or_File, Partly,
+        Row<Defines>("Tokenize_Define_File", 0, No_Memory_Or_File, Partly_Untold,
                      [](auto &of) { return Tokenize_Define_File("c:\\texts.def", &of.table); }),
         Row<Made<CTokenizer>>("tokenizer", 1, Throws, [](auto &of) { return of.thing.emplace(), 1; }),
-        Row<Expanding>("Use_Define_File", 0, No_Memory_Or_File, Partly,
+        Row<Expanding>("Use_Define_File", 0, No_Memory_Or_File, Partly_Untold,
                        [](auto &of) { return of.tokenizer.Use_Define_File("c:\\texts.def"); }),
         Row<Expanding>("Add_Binding_Table", 0, {}, Either,
                        [](auto &of) { of.tokenizer.Add_Binding_Table(0x54545454, &of.host); }),

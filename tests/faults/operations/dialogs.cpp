@@ -18,8 +18,8 @@ struct Subject {
         const auto owned = [this](int slot) {
             return GetWindowUserData(label, slot) > 0 ? "owned " : "free ";
         };
-        return Title_Of(label) + owned(0) + owned(1) + Place_Of(label) + Place_Of(pane) + Place_Of(dialog) +
-               std::to_string(GetWindowLongA(label, GWL_WNDPROC) == procedure);
+        return Title_Of(label) + "|" + owned(0) + owned(1) + "|" + Place_Of(label) + "|" + Place_Of(pane) +
+               "|" + Place_Of(dialog) + "|" + std::to_string(GetWindowLongA(label, GWL_WNDPROC) == procedure);
     }
     PlainDialog dialog;
     HWND label = dialog.Add("Label"), pane = dialog.Add("", "Static", 7);
@@ -73,8 +73,8 @@ struct Bitmap : Picture {
 
 /// Moves done one by one: of those that the machine has no memory for, none is made.
 template <class Operate>
-Operation Moving(const char *name, Operate operate) {
-    return Row<Subject>(name, 0, {}, Partly, operate);
+Operation Moving(const char *name, Operate operate, const Leaves &leaves = Partly_Untold) {
+    return Row<Subject>(name, 0, {}, leaves, operate);
 }
 
 } // namespace
@@ -95,8 +95,10 @@ Operations Dialog_Operations() {
                          const HWND members[] = {of.label, nullptr};
                          return of.layout.Manage_GroupBox(of.pane, 0, members, nullptr);
                      }),
-        Row<Laid_Out>("Update_Controls", 0, {}, Partly, [](auto &of) { of.layout.Update_Controls(); }),
-        Row<Laid_Out>("Center_Child_Controls", 0, {}, Partly,
+        // without the measure of its text the label follows the dialog as wide as it is
+        Row<Laid_Out>("Update_Controls", 0, {}, Or(Partly_Untold, {"110 10 170 40", "105 10 170 40"}),
+                      [](auto &of) { of.layout.Update_Controls(); }),
+        Row<Laid_Out>("Center_Child_Controls", 0, {}, Partly_Untold,
                       [](auto &of) { of.layout.Center_Child_Controls(); }),
         Row<Laid_Out>("Release_Control", 0, {}, [](auto &of) { return of.layout.Release_Control(of.label); }),
         Row<Subject>("Save_Window_Position", 0, {},
@@ -115,7 +117,8 @@ Operations Dialog_Operations() {
                    RECT place;
                    Get_Frame_Rect(of.dialog, 7, &place, true);
                }),
-        Moving("Hide_Bound_Items", [](auto &of) { Hide_Bound_Items(of.dialog, 7); }),
+        Moving(
+            "Hide_Bound_Items", [](auto &of) { Hide_Bound_Items(of.dialog, 7); }, Once(Partly_Untold)),
         Row<Edited>("Filter_Edit_Field", 0, {}, Either,
                     [](auto &of) { Filter_Edit_Field(of.edit, "abc", nullptr); }),
         Row<Bitmap>("CreateBitmapInfoStruct", 1, {Nothing},

@@ -11,21 +11,25 @@
 
 namespace {
 
-std::string Working_Files() {
-    WIN32_FIND_DATAA found;
+std::string Working_File() {
+    WIN32_FIND_DATAA found = {};
     const HANDLE search = FindFirstFileA("c:\\*-*", &found);
     if (search != INVALID_HANDLE_VALUE) FindClose(search);
-    return search != INVALID_HANDLE_VALUE ? " and one in work" : "";
+    return found.cFileName;
 }
 
 struct Saved {
     Saved() { Put(Target, "before"); }
     ~Saved() {
         file.Rollback();
+        DeleteFileA(("c:\\" + Working_File()).c_str());
         DeleteFileA(Target);
         DeleteFileA("c:\\copy");
     }
-    std::string State() const { return Content_Of(Target) + "|" + Content_Of("c:\\copy") + Working_Files(); }
+    std::string State() const {
+        return "target=" + Content_Of(Target) + "|copy=" + Content_Of("c:\\copy") +
+               (Working_File().empty() ? "|" : "|working=1|");
+    }
     CKMFile file;
 };
 
@@ -54,13 +58,15 @@ struct Flushed : Pending {
 struct Folder {
     ~Folder() { RemoveDirectoryA("c:\\a\\b"), RemoveDirectoryA("c:\\a"); }
     std::string State() const {
-        return std::to_string(GetFileAttributesA("c:\\a\\b")) + std::to_string(GetFileAttributesA("c:\\a"));
+        return std::to_string(GetFileAttributesA("c:\\a\\b")) + "|" +
+               std::to_string(GetFileAttributesA("c:\\a"));
     }
 };
 
+/// Back where it came from, whether or not the operation got there.
 struct Filled : Folder {
     Filled() { DirCreate("c:\\a\\b"); }
-    ~Filled() { SetCurrentDirectoryA("c:\\"); }
+    std::string State() const { return SetCurrentDirectoryA("c:\\"), Folder::State(); }
 };
 
 struct Machine {
@@ -83,18 +89,20 @@ Operations File_Operations() {
                    [](auto &of) { return of.file.Open_With_Rollback(Target); }),
         Row<Saved>("Open_Temp_File", 0, {Gives(2)}, [](auto &of) { return of.file.Open_Temp_File(); }),
         // "52 when a pending file cannot have its name ...: what was written is deleted"
-        Row<Pending>("Close", 0, {Gives(52)}, Partly, [](auto &of) { return of.file.Close(); }),
-        Row<Pending>("Rollback", 0, {}, [](auto &of) { return of.file.Rollback(); }),
+        Row<Pending>("Close", 0, {Gives(52)}, Once(Partly), [](auto &of) { return of.file.Close(); }),
+        // "whether it could be deleted is not told"
+        Row<Pending>("Rollback", 0, {}, Once(Either), [](auto &of) { return of.file.Rollback(); }),
         Row<Flushed>("Flush_To_File", 0, {}, [](auto &of) { return of.buffer.Flush_To_File(&of.file); }),
         // "and an empty copy"
-        Row<Reading>("Duplicate", 0, {No_Memory, Gives(2)}, Partly,
+        Row<Reading>("Duplicate", 0, {No_Memory, Gives(2)}, Or(Before, {"copy="}),
                      [](auto &of) { return of.file.Duplicate("c:\\copy"); }),
-        Row<Buffer>("Initialize_From_File", 0, {No_Memory}, Partly,
-                    [](auto &of) { return of.buffer.Initialize_From_File(&of.file); }),
+        Row<Buffer>("Initialize_From_File", 0, {No_Memory},
+                    [](auto &of) { return of.file.MoveTo(0, 0), of.buffer.Initialize_From_File(&of.file); }),
         // "Nothing tells whether it worked"
-        Row<Folder>("DirCreate", 0, {}, Partly, [](auto &) { DirCreate("c:\\a\\b"); }),
+        Row<Folder>("DirCreate", 0, {}, Partly_Untold, [](auto &) { DirCreate("c:\\a\\b"); }),
         Row<Filled>("DirDestroyAll", 0, {Gives(-1)}, Partly, [](auto &) { return DirDestroyAll("c:\\a"); }),
-        Row<Filled>("ClearDir", 0, {Gives(-1)}, Partly, [](auto &) { return ClearDir("c:\\a"); }),
+        // "A directory that cannot be listed counts as empty"
+        Row<Filled>("ClearDir", 0, {Gives(-1)}, Partly_Untold, [](auto &) { return ClearDir("c:\\a"); }),
         // "A directory that the machine cannot tell is an empty text, with 0"
         Row<Machine>("Get_Path_From_Directory_ID", 0, {},
                      [](auto &of) { return Get_Path_From_Directory_ID(17, of.path); }),
@@ -108,7 +116,7 @@ Operations File_Operations() {
                      }),
         Row<Machine>("RunProcess", 0, {Gives(2)}, [](auto &of) { return RunProcess(of.line); }),
         // "a library that could not be loaded is not tried again until another has been asked for"
-        Row<Machine>("Load_Call", 1, {Nothing}, Partly,
+        Row<Machine>("Load_Call", 1, {Nothing}, Once(Before),
                      [](auto &of) { return of.call.Load_Call("kernel32.dll", "Sleep") != nullptr; }),
     };
 }

@@ -22,7 +22,8 @@ struct Subject {
         list.DeleteAllEntriesAsPointers(0);
     }
     std::string State() {
-        return std::to_string(list.Entries(0)) + (copy ? std::to_string(copy->Entries(0)) : "");
+        return std::to_string(list.Entries(0)) + "|" +
+               std::to_string(copy ? copy->Entries(0) : target.Entries(0));
     }
     CDSList list, target, *copy = nullptr;
 };

@@ -31,14 +31,25 @@ constexpr Outcome Gives(long value) {
     return {Outcome::Given, value};
 }
 
-/// What a fault leaves, by the decision of the header.
-enum class Leaves {
-    Before, // told: the state of before. Not told: all is done
-    Either, // the fault may stay untold, and then all is done or nothing
-    Partly, // what was done up to the fault stays
+/// What a fault leaves, by the decision of the header: what was there before, or what stands here. A state is
+/// parts with a '|' behind each, which go by the name in front of their '=', or by their place.
+struct Leaves {
+    bool told = true;      // what it gives with enough memory says that all is done; if not, all may be
+    bool in_parts = false; // what was done up to the fault stays: each part is as before or as afterwards
+    std::vector<std::string> also = {}; // parts that may stand there, too
+    bool repeats = true;                // without the fault it does all when it is called again
 };
-
-using enum Leaves;
+inline const Leaves Before = {}, Either = {.told = false}, Partly = {.in_parts = true},
+                    Partly_Untold = {.told = false, .in_parts = true};
+inline Leaves Or(Leaves leaves, std::vector<std::string> also) {
+    leaves.in_parts = true;
+    leaves.also = std::move(also);
+    return leaves;
+}
+inline Leaves Once(Leaves leaves) {
+    leaves.repeats = false;
+    return leaves;
+}
 
 struct Trial {
     std::function<long()> operate;
@@ -76,7 +87,7 @@ Operation Row(const char *name, long done, std::vector<Outcome> stated, Leaves l
 
 template <class Subject, class Operate>
 Operation Row(const char *name, long done, std::vector<Outcome> stated, Operate operate) {
-    return Row<Subject>(name, done, std::move(stated), Leaves::Before, operate);
+    return Row<Subject>(name, done, std::move(stated), Before, operate);
 }
 
 /// What a constructor makes, to be emplaced by its row.

@@ -64,6 +64,8 @@ Operations Shared_State_Operations() {
     return {
         Row<Atoms>("Initialize of atoms", 0, {Gives(ERROR_NOT_ENOUGH_MEMORY), Gives(-1)},
                    [](auto &of) { return of.table.Initialize("FAULTS"); }),
+        Row<Atoms>("copy of atoms", 1, {Nothing},
+                   [](auto &of) { return CAtomTable(of.holder).Get_Atom_Data(1, 1, nullptr, 0); }),
         Row<Atoms>("New_Atom", 1, {Gives(-1)}, [](auto &of) { return of.holder.New_Atom(1, 2, "two", 4); }),
         Row<Atoms>("Set_Atom_Data", 1, {Nothing},
                    [](auto &of) { return of.holder.Set_Atom_Data(1, 1, "new", 4); }),

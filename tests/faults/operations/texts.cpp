@@ -19,6 +19,16 @@ struct String {
     std::string State() { return static_cast<char *>(text); }
 };
 
+struct Full {
+    Full() { text.Prime_Increment(); }
+    CSafeStr text{std::string(511, 'l').c_str()};
+    std::string State() { return static_cast<char *>(text); }
+};
+
+struct Grown : Full {
+    Grown() { text += "more", text.Prime_Increment(); }
+};
+
 struct Pair {
     CSafeStr line{Long_Text.c_str()}, token{""};
     std::string State() { return static_cast<char *>(line) + std::string("|") + static_cast<char *>(token); }
@@ -77,14 +87,10 @@ Operations Text_Operations() {
         Row<String>("= string", 0, {Thrown}, [](auto &of) { of.text = long_string; }),
         Row<String>("+=", 0, {Thrown}, [](auto &of) { of.text += Long_Text.c_str(); }),
         Row<String>("+= string", 0, {Thrown}, [](auto &of) { of.text += long_string; }),
-        Row<String>("+= Pascal's, three times", 0, {Thrown}, Partly,
-                    [](auto &of) {
-                        for (int i = 0; i < 3; ++i) of.text += Pascal_Text();
-                    }),
-        Row<String>("+= number, often", 0, {Thrown}, Partly,
-                    [](auto &of) {
-                        for (int i = 0; i < 60; ++i) of.text += 1000000000;
-                    }),
+        Row<Grown>("+= Pascal's", 0, {Thrown}, [](auto &of) { of.text += Pascal_Text(); }),
+        Row<Full>("+= number", 0, {Thrown}, [](auto &of) { of.text += 1000000000; }),
+        Row<Full>("+= character", 0, {Thrown}, [](auto &of) { of.text += 'x'; }),
+        Row<Grown>("+= character to a block", 0, {Thrown}, [](auto &of) { of.text += 'x'; }),
         Row<String>("Set_Data", 0, {Thrown}, [](auto &of) { of.text.Set_Data(Long_Text.c_str(), 600); }),
         Row<String>("Shift_Chars", 0, {Thrown}, [](auto &of) { of.text.Shift_Chars(600); }),
         Row<String>("Replace_String", 0, {Thrown},
