@@ -22,6 +22,7 @@ MODULE_EXPORT HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, void **out) 
 }
 
 MODULE_EXPORT HRESULT DllCanUnloadNow() {
+    if (component_class.tidy) component_class.tidy();
     return living_objects == 0 ? S_OK : S_FALSE;
 }
 

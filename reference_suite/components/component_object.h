@@ -22,6 +22,7 @@ struct ComponentClass {
     GUID const &clsid;
     IClassFactory &factory;
     const char *friendly_name, *version_independent_id, *program_id;
+    void (*tidy)() = nullptr; // called before the module says whether it can go; any thread, more than one
 };
 /// Each module defines its own.
 extern const ComponentClass component_class;

@@ -46,7 +46,7 @@ struct ConnectionLife : InstalledComponents {
         utility->Monitor_Disconnections(*window);
     }
     void TearDown() override {
-        utility->Close();
+        if (utility) utility->Close();
         delete utility;
         Heard(0);
         delete window;
@@ -120,6 +120,12 @@ TEST_F(ConnectionLife, EndsAsItsFateWants) {
     EXPECT_EQ(Connect(*utility), Connection_Busy);
     utility->Close();
     EXPECT_EQ(Status() + Heard(0), "Not connected") << "what never was up is not lost";
+}
+
+TEST_F(ConnectionLife, LetsItsModuleGoWhenItEndsAfterAllObjects) {
+    Set_Fate("Lost After", 20);
+    EXPECT_EQ(Connect(*utility), 0);
+    delete std::exchange(utility, nullptr);
 }
 
 SECOND_PROCESS(connecting) {

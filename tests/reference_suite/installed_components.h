@@ -49,7 +49,7 @@ struct Client {
     OwnedInterface<IComponentValuesInterface> values;
 };
 
-/// At its end nothing is left of any object, so that the modules go.
+/// At its end nothing is left of any object, so that the modules go, if only once a thread of theirs has.
 class InstalledComponents : public MachineTest {
   protected:
     static constexpr char Store[] = "Software\\Dunmerit Software\\KelMara\\Components\\";
@@ -60,10 +60,13 @@ class InstalledComponents : public MachineTest {
         CoInitialize(nullptr);
     }
     void TearDown() override {
-        CoFreeUnusedLibraries();
         for (const char *name :
-             {"kmconfiguration.dll", "kmlocation.dll", "kmphonebook.dll", "kmconnection.dll"})
+             {"kmconfiguration.dll", "kmlocation.dll", "kmphonebook.dll", "kmconnection.dll"}) {
+            CoFreeUnusedLibraries();
+            for (int tries = 0; GetModuleHandleA(name) && tries < 1000; ++tries, CoFreeUnusedLibraries())
+                Sleep(5);
             EXPECT_EQ(GetModuleHandleA(name), nullptr) << name;
+        }
         CoUninitialize();
         MachineTest::TearDown();
     }

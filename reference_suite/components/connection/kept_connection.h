@@ -3,7 +3,7 @@
 // it, on a thread of its own unless dialling is waited for.
 //
 // It outlives the objects of the component. While its thread may run, the module counts as in use; Reap ends
-// that, once the thread has. Any thread may call.
+// that, once the thread has; the module reaps before it says whether it can go. Any thread may call.
 
 #include <reference_suite/components/connection/connection_board.h>
 #include <reference_suite/components/connection/connection_fate.h>
