@@ -17,7 +17,7 @@ class MemoryBinding : public CompanionTest {
 
 SECOND_PROCESS(allocator_at_exit) {
     std::atexit([] { ds_free(ds_malloc(1)); });
-    ds_free(ds_malloc(1));
+    ds_free(ds_malloc_clear(1));
     return 7;
 }
 
@@ -68,7 +68,7 @@ void Register_Before_Libraries(int, char **, char **) {
   gnu::used]] void (*const before_libraries)(int, char **, char **) = Register_Before_Libraries;
 
 SECOND_PROCESS(late_releaser) {
-    left_for_the_end = ds_malloc(10);
+    left_for_the_end = ds_realloc(nullptr, 10);
     return 0;
 }
 
@@ -100,7 +100,7 @@ SECOND_PROCESS(host) {
 }
 
 SECOND_PROCESS(late_host) {
-    ds_free(ds_malloc(1));
+    ds_free(ds_malloc_clear(1));
     Set_Local_Memory_Procs(nullptr, nullptr, nullptr, nullptr);
     ds_free(ds_malloc(1));
     return 7;

@@ -179,6 +179,9 @@ TEST(SafeStr, ChangesItsTextInPlace) {
     string.Quote_Wrap();
     string.Quote_Wrap();
     EXPECT_EQ(Text_Of(string), "\"\"");
+    string = Letters(510).c_str();
+    string.Quote_Wrap();
+    EXPECT_EQ(Last_Request(), 513) << "the quotes, and their end no longer fits";
     EXPECT_EQ(CSafeStr("ABCDE").Get_Char_Code(), 0x41424344);
     EXPECT_EQ(CSafeStr("\xFF\x80").Get_Char_Code(), static_cast<long>(0xFF800000u));
 }
