@@ -9,34 +9,12 @@
 // away what all of the killed left. A block that a forked process has inherited is the first one's affair:
 // the fork lets go of its memory and no more.
 
-#include <platform/types.h>
+#include <platform/kernel/file_descriptor.h>
+#include <platform/kernel/shared_block_header.h>
 
 #include <memory>
 #include <string>
 #include <sys/types.h>
-
-/// First page of every block's file. The layout is frozen for a given magic and layout version.
-struct SharedBlockHeader {
-    char magic[8];                // offset 0, "KMSHARED"
-    std::uint32_t layout_version; // offset 8
-    std::uint32_t word_size;      // offset 12, bytes of a pointer of the maker
-    std::uint32_t kind;           // offset 16, a SharedBlockKind
-    std::uint32_t size;           // offset 20, bytes of the contents
-    char name[264];               // offset 24, terminated
-    std::uint64_t thread_numbers; // offset 288, whose numbers of threads these are (the host's PID namespace)
-};
-static_assert(offsetof(SharedBlockHeader, layout_version) == 8 && offsetof(SharedBlockHeader, size) == 20);
-static_assert(offsetof(SharedBlockHeader, name) == 24 && offsetof(SharedBlockHeader, thread_numbers) == 288);
-
-/// What a block's file is called, in the machine's folder of shared memory.
-std::string Block_File_Name(const std::string &name);
-/// False for a file that has none of this layout version and word size.
-bool Read_Block_Header(int descriptor, SharedBlockHeader &header);
-
-inline constexpr std::uint32_t Shared_Block_Layout_Version = 1;
-inline constexpr std::uint32_t Shared_Block_Contents_Offset = 4096;
-
-enum class SharedBlockKind : std::uint32_t { Mutex = 1, Mapping = 2, Internal = 3, Event = 4 };
 
 /// What is done to fresh contents before any other process meets them. A maker killed in `prepare` leaves no
 /// block; one killed in `first_use` leaves a whole one.
@@ -76,15 +54,21 @@ class SharedBlock {
     /// Contents mapped for the block's lifetime; null when that fails.
     void *Contents();
     std::uint32_t Size() const { return size_; }
-    int Descriptor() const { return descriptor_; }
+    int Descriptor() const { return file_.Get(); }
 
   private:
-    SharedBlock(int descriptor, std::string path, std::string lock_path, std::uint32_t size);
+    struct Place {
+        std::string path;      // empty for a private block
+        std::string lock_path; // the machine's lock of names that guards it
+    };
+    SharedBlock(FileDescriptor file, Place place, std::uint32_t size);
+    static Opened Refused(long error);
+    static Opened Share(FileDescriptor existing, const SharedBlockHeader &wanted, Place place);
+    static Opened Make(const SharedBlockHeader &header, SharedBlockMaking making, Place place);
 
-    int descriptor_;
+    FileDescriptor file_;
     pid_t opener_;
-    std::string path_;      // empty for a private block
-    std::string lock_path_; // the machine's lock of names that guards it
+    Place place_;
     std::uint32_t size_;
     void *contents_ = nullptr;
 };
