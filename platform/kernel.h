@@ -79,8 +79,10 @@ inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 /// alone. Last error 0 for a fresh one; ERROR_ALREADY_EXISTS for one that was there, and `initial_owner` is
 /// then ignored. Null on failure: ERROR_INVALID_HANDLE when the name is that of another kind of object,
 /// ERROR_REVISION_MISMATCH when a process of another layout version or word size made it,
-/// ERROR_FILENAME_EXCED_RANGE for a name of 260 characters or more. Names keep their letter case; "Global\"
-/// and "Local\" in front mean nothing.
+/// ERROR_FILENAME_EXCED_RANGE for a name of 260 characters or more, ERROR_TOO_MANY_OPEN_FILES,
+/// ERROR_SHARING_VIOLATION when another process is stopped as it makes a name, ERROR_ACCESS_DENIED where the
+/// machine, or what lies in it under that name, is not this user's alone. Names keep their letter case;
+/// "Global\" and "Local\" in front mean nothing.
 PLATFORM_API HANDLE CreateMutexA(const SECURITY_ATTRIBUTES *security, BOOL initial_owner, LPCSTR name);
 
 /// FALSE and ERROR_NOT_OWNER when the calling thread does not own it. A mutex whose last handle in this

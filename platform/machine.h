@@ -13,8 +13,9 @@
 extern "C" {
 
 /// The machine's folder as a host path, made if it is not there. Null when it cannot be made or is refused;
-/// the reason stands on standard error once, and its code is the last error. What may pass is tried again
-/// with the next call; a refusal (ERROR_ACCESS_DENIED) stays, and so does that no folder is named.
+/// its code is the last error, and the reason is said on standard error, unless it is the last one that was.
+/// What may pass is tried again with the next call; a refusal (ERROR_ACCESS_DENIED) stays, and so does that
+/// no folder is named.
 PLATFORM_API const char *Machine_Folder();
 
 /// Why there is no machine in the folder that the environment names, and can be none: ERROR_ACCESS_DENIED

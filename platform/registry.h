@@ -6,10 +6,11 @@
 // Names keep the letter case they were made with and are found without regard to it, in code page 1252.
 // Values come in the order in which they were first set, subkeys in alphabetical order. Calls return a code
 // of errors.h, not by GetLastError:
-//     2 no such key or value, 5 a right that the handle was not opened with, subkeys in the way, or no write
-//     access to the machine's folder, 6 not an open key, 8 out of memory, 87 bad argument, 112 disk full,
-//     161 a path that begins with a backslash, 234 buffer too small, 259 past the last index, 1009 the stored
-//     registry is not one (it is left as it is), 1018 the key was deleted while open: only RegCloseKey works.
+//     2 no such key or value, 4 too many files are open, 5 a right that the handle was not opened with,
+//     subkeys in the way, or no write access to the machine's folder, 6 not an open key, 8 out of memory, 32
+//     another process is stopped with a lock of the machine, 87 bad argument, 112 disk full, 161 a path that
+//     begins with a backslash, 234 buffer too small, 259 past the last index, 1009 the stored registry is not
+//     one (it is left as it is), 1018 the key was deleted while open: only RegCloseKey works.
 // A key handle may be used from any thread. Handles of a machine that the process has left are no open keys
 // (RegCloseKey closes them all the same). Sizes are in bytes; outputs of a call that fails are untouched but
 // for what its comment says. In a path, backslashes at the end and more than one between two names mean

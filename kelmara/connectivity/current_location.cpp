@@ -6,6 +6,7 @@
 
 #include <platform/files.h>
 #include <platform/kernel.h>
+#include <platform/registry.h>
 
 #include <climits>
 #include <cstdio>
@@ -16,6 +17,7 @@ namespace {
 #define LOCATIONS_KEY "Software\\Microsoft\\Windows\\CurrentVersion\\Telephony\\Locations"
 
 constexpr int Name_Size = 256; // of a name that is staged, terminator included
+constexpr int Most_Attempts = 16;
 
 bool Keeps_Locations_In_Registry() {
     OSVERSIONINFOA version = {};
@@ -51,16 +53,27 @@ bool Open_Current_Location(CRegMaster &location) {
     return false;
 }
 
-// Whatever its size: the part that counts is kept. Empty where there is none, false without memory for it.
+LONG Ask_Name(CRegMaster &location, char *name, DWORD &size) {
+    return RegQueryValueExA(location.GetKey(), "Name", nullptr, nullptr, reinterpret_cast<BYTE *>(name),
+                            &size);
+}
+
+// Whatever its size: the part that counts is kept. Empty where there is none, false where it cannot be read.
+// Another process may change it between the two questions.
 bool Read_Name(CRegMaster &location, char (&name)[Name_Size]) {
     *name = 0;
-    unsigned long size = 0;
-    if (!location.GetRegEntry("Name", nullptr, &size) || size == 0) return true;
-    if (size >= LONG_MAX) return false;
-    const OwnedBlock whole(ds_malloc_clear(static_cast<long>(size + 1)));
-    if (!whole.Get() || !location.GetRegEntry("Name", whole.Get(), size)) return false;
-    Copy_Cut(whole.Get(), name, Name_Size - 1);
-    return true;
+    for (int attempt = 0; attempt < Most_Attempts; ++attempt) {
+        DWORD size = 0;
+        LONG result = Ask_Name(location, nullptr, size);
+        if (result == ERROR_FILE_NOT_FOUND) return true;
+        if (result != ERROR_SUCCESS || size >= LONG_MAX) return false;
+        const OwnedBlock whole(ds_malloc_clear(static_cast<long>(size + 1)));
+        if (!whole.Get()) return false;
+        result = Ask_Name(location, whole.Get(), size);
+        if (result == ERROR_SUCCESS) return Copy_Cut(whole.Get(), name, Name_Size - 1), true;
+        if (result != ERROR_MORE_DATA && result != ERROR_FILE_NOT_FOUND) return false;
+    }
+    return false;
 }
 
 // A CRegMaster that finds no memory for its list throws an `int`.

@@ -24,10 +24,18 @@ struct AutoPositionLayout {
 
 namespace {
 
-long Width_Of_Widest(HWND parent, const char *const *strings) {
-    long widest = 0;
-    for (; *strings; ++strings) widest = std::max<long>(widest, Text_Width(parent, *strings));
-    return widest;
+// Any text of a window has some width; none without memory for the measuring.
+bool Is_Measured(HWND parent, long text_width) {
+    return text_width != 0 || !IsWindow(parent);
+}
+
+bool Measure_Widest(HWND parent, const char *const *strings, long &widest) {
+    for (; *strings; ++strings) {
+        const long width = Text_Width(parent, *strings);
+        if (!Is_Measured(parent, width)) return false;
+        widest = std::max(widest, width);
+    }
+    return true;
 }
 
 // Of the direct children of a window.
@@ -61,9 +69,10 @@ long CAutoPositionManager::Manage_Control(HWND control, long flags, HWND neighbo
     record.m_Control = control;
     record.m_Neighbour = neighbour;
     record.m_Flags = flags;
-    Save_Control_State(&record);
-    if (flags & APM_WIDEST_STRING)
-        record.m_MaxTextWidth = Width_Of_Widest(m_Parent, static_cast<const char *const *>(strings));
+    if (const long result = Save_Control_State(&record)) return result;
+    const auto *const texts = static_cast<const char *const *>(strings);
+    if ((flags & APM_WIDEST_STRING) && !Measure_Widest(m_Parent, texts, record.m_MaxTextWidth))
+        return E_OUTOFMEMORY;
     try {
         return m_Controls.AddVolatile(&record, sizeof record, 0) ? 0 : E_OUTOFMEMORY;
     } catch (...) { // the pool's: no memory for an item
@@ -85,7 +94,8 @@ long CAutoPositionManager::Save_Control_State(ControlsListEntry *record) {
     r.m_ClientRect = Client_Of(r.m_Control);
     const long width = Width_Of(r.m_ClientRect);
     const long text_width = Is_Padding_Measured(r.m_Flags) ? Text_Width(m_Parent, r.m_Text) : 0;
-    r.m_Padding = Padding_For(r.m_Flags, width, text_width);
+    const bool has_padding = !Is_Padding_Measured(r.m_Flags) || Is_Measured(m_Parent, text_width);
+    if (has_padding) r.m_Padding = Padding_For(r.m_Flags, width, text_width);
     r.m_MinWidth = (r.m_Flags & APM_KEEP_MIN_WIDTH) ? width : 0;
     if (r.m_Neighbour) {
         r.m_NeighbourPlacement = Placement_Of(r.m_Neighbour);
@@ -94,7 +104,7 @@ long CAutoPositionManager::Save_Control_State(ControlsListEntry *record) {
     }
     r.m_RightOffset = Offset_From_Right(r.m_Flags, place, parent_client).value_or(r.m_RightOffset);
     r.m_BottomOffset = Offset_From_Bottom(r.m_Flags, place, parent_client).value_or(r.m_BottomOffset);
-    return 0;
+    return has_padding ? 0 : E_OUTOFMEMORY;
 }
 
 // --- releasing --------------------------------------------------------------------------------------------

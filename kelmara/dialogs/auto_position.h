@@ -103,6 +103,7 @@ class KELMARA_API CAutoPositionManager {
     /// Measures a control and registers it; `neighbour` may be null, `neighbour_id` 0. `strings`, with
     /// APM_WIDEST_STRING only, is an array of `char *` that ends in a null and is read at once. Controls are
     /// laid out in the order of their registration: a neighbour registered before its follower saves a sweep.
+    /// E_OUTOFMEMORY, and nothing is registered, also where a text that counts cannot be measured.
     long Manage_Control(HWND control, long flags, HWND neighbour, const void *strings);
     long Manage_Control(int id, long flags, int neighbour_id, const void *strings);
 
@@ -119,16 +120,19 @@ class KELMARA_API CAutoPositionManager {
     /// Moves and sizes what has to follow a change of the window's size, a text, a control or a neighbour,
     /// and does it over until nothing changes any more. A layout that has not settled after 8 sweeps for each
     /// record and 64 more stays as it is then, and the debug log is told; the result is 0 all the same. A
-    /// control whose text cannot be measured, without memory, keeps its width until the next update.
+    /// control whose text cannot be measured, as without memory, keeps its width; the next sweep, or update,
+    /// measures it again.
     long Update_Controls();
 
     /// Moves all direct children sideways, together, so that they stand in the middle of the window, and
-    /// measures every control anew. What is centred reaches to that middle in any case.
+    /// measures every control anew; one whose text cannot be, as without memory, keeps its padding. What is
+    /// centred reaches to that middle in any case.
     long Center_Child_Controls();
 
   protected:
     void Update_GroupBoxes();
-    /// Measures a record whose first three fields stand. 0, always.
+    /// Measures a record whose first three fields stand. 0; E_OUTOFMEMORY, and the padding is left as it was,
+    /// where the text cannot be measured.
     long Save_Control_State(ControlsListEntry *record);
     /// The outermost edges of a box's members and its middle.
     void Get_GroupBox_Extremes(GroupBoxsListEntry *group, long *left, long *right, long *bottom, long *top);

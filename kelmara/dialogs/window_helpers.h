@@ -53,11 +53,13 @@ KELMARA_API void Hide_Bound_Items(HWND dialog, int frame_id);
 KELMARA_API void Filter_Edit_Field(HWND edit, const char *allowed, const char *forbidden);
 
 /// In the window's font, or ANSI_VAR_FONT if it has none: how wide a text is on one line with what a slanted
-/// last letter and a border need, how high a line is. A null text is empty.
+/// last letter and a border need, how high a line is. A null text is empty. 0 where it cannot be measured:
+/// for what is no window, and without memory.
 KELMARA_API int Text_Width(HWND window, const char *text);
 KELMARA_API int Text_Height(HWND window);
 /// How high the window must be so that a text wrapped at its blanks fits; a word wider than the window has a
-/// line to itself, and the one before it. 0 for an empty text and null, -1 without memory.
+/// line to itself, and the one before it. 0 for an empty text and null, and for what is no window; -1 without
+/// memory.
 KELMARA_API int Textbox_Height(HWND window, const char *text);
 
 // --- rectangles -------------------------------------------------------------------------------------------

@@ -57,11 +57,14 @@ const char *Next_Word(char *&rest) {
     return word;
 }
 
+// 0 where a word cannot be measured.
 int Count_Lines(const WindowFont &font, char *text, int room) {
     const int blank = font.Width(" ");
+    if (blank == 0) return 0;
     int lines = 1, used = 0;
     while (const char *const word = Next_Word(text)) {
         const int width = font.Width(word);
+        if (width == 0) return 0;
         const bool fits = width <= room - used;
         if (!fits) ++lines;
         used = (fits ? used + width : width) + blank;
@@ -126,5 +129,6 @@ int Textbox_Height(HWND window, const char *text) {
     RECT client = {};
     GetClientRect(window, &client);
     const WindowFont font(window);
-    return font.Height() * Count_Lines(font, words.Get(), static_cast<int>(client.right));
+    const int height = font.Height() * Count_Lines(font, words.Get(), static_cast<int>(client.right));
+    return height != 0 || !IsWindow(window) ? height : -1;
 }

@@ -14,6 +14,7 @@ constinit InstanceTable *g_Table = nullptr;
 constinit std::atomic<bool> g_Is_Set_Up{false};
 
 constinit std::atomic<unsigned long> Machine_Tried{0}; // whose share was asked for last; 0 for none
+constinit bool Has_Failed = false;                     // what was tried last; under the turn
 constinit std::atomic<DWORD> Turn_Of{0};               // the process whose thread has the turn
 constinit CallsUnderWay Calls;
 
@@ -84,12 +85,12 @@ InstanceShareState Make_Ready() {
     if (Is_Ready_On(machine)) return InstanceShareState::Ready;
     const Turn turn;
     if (Is_Ready_On(machine)) return InstanceShareState::Ready;
-    const bool tried_before = machine != 0 && machine == Machine_Tried;
-    if (!tried_before) Let_Go(!Calls.Is_Only_One());
-    const bool done = Init_Instance_Share() == NO_ERROR;
+    const bool failed_before = Has_Failed && (Machine_Tried == 0 || Machine_Tried == machine);
+    if (!failed_before) Let_Go(!Calls.Is_Only_One());
+    Has_Failed = Init_Instance_Share() != NO_ERROR;
     Machine_Tried = Machine_In_Force();
-    if (!done) return InstanceShareState::Failed;
-    return tried_before ? InstanceShareState::Set_Up_Late : InstanceShareState::Ready;
+    if (Has_Failed) return InstanceShareState::Failed;
+    return failed_before ? InstanceShareState::Set_Up_Late : InstanceShareState::Ready;
 }
 
 } // namespace
@@ -98,7 +99,7 @@ void Init_Instance_Share_At_Load() {
     const unsigned long machine = Machine_In_Force();
     if (machine == 0) return;
     const DWORD last_error = GetLastError();
-    Init_Instance_Share();
+    Has_Failed = Init_Instance_Share() != NO_ERROR;
     Machine_Tried = machine;
     SetLastError(last_error);
 }

@@ -22,7 +22,8 @@ enum class InstanceShareState { Ready, Set_Up_Late, Failed };
 class InstanceShareUse {
   public:
     InstanceShareUse();
-    /// Set_Up_Late: an earlier attempt had failed, and this one has not.
+    /// Set_Up_Late: an earlier attempt had failed, on this machine or before there was one, and this one has
+    /// not.
     InstanceShareState State() const { return m_State; }
     /// The table, with the lock held and its count checked; null when the lock cannot be had.
     InstanceTable *Lock(CMutexHolder &lock) const;

@@ -38,7 +38,7 @@ class ClassText {
     char m_Key[Class_Text_Size + 6] = {};
 };
 
-// Null without memory for it: a path that is there already must not go for nothing.
+// Null for one that cannot be told, as without memory: a path that is there already must not go for nothing.
 class ModulePath {
   public:
     explicit ModulePath(HINSTANCE component) { GetModuleFileNameA(component, m_Path, sizeof m_Path); }

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -22,8 +23,8 @@ long Change_Directory(LPCSTR path) {
     if (place.windows_path.size() > Longest_Directory) return ERROR_FILENAME_EXCED_RANGE;
     if (chdir(place.host_path.c_str()) == 0) return NO_ERROR;
     if (errno != ENOTDIR) return Error_At(place.host_path, errno);
-    return faccessat(AT_FDCWD, place.host_path.c_str(), F_OK, AT_EACCESS) == 0 ? ERROR_DIRECTORY
-                                                                               : ERROR_PATH_NOT_FOUND;
+    struct stat status;
+    return stat(place.host_path.c_str(), &status) == 0 ? ERROR_DIRECTORY : ERROR_PATH_NOT_FOUND;
 }
 
 long Find_Current_Directory(std::string &windows_path) {

@@ -83,11 +83,13 @@ bool Close_While_Empty(DIR *folder, mode_t mode) {
     return fchmod(dirfd(folder), empty ? Owner_Alone : mode & 07777) == 0 && empty;
 }
 
-// One process at a time, so that none gives a folder back the mode that it had before another took it.
+// One process at a time, so that none gives a folder back the mode that it had before another took it. False
+// with errno, 0 for one that is not empty or not this user's.
 bool Take_If_Empty(const std::string &path) {
     const OpenFolder folder = Open_Folder_Itself(path);
-    if (!folder || Lock_File_In_Time(dirfd(folder.get()), LOCK_EX, Patience_For_Another_Taker) != 0)
-        return false;
+    if (!folder) return false;
+    errno = Lock_File_In_Time(dirfd(folder.get()), LOCK_EX, Patience_For_Another_Taker);
+    if (errno != 0) return false;
     struct stat status;
     const bool taken = fstat(dirfd(folder.get()), &status) == 0 && Is_Of_User(status, S_IFDIR) &&
                        (Is_Own_Folder(status) || Close_While_Empty(folder.get(), status.st_mode));
@@ -110,20 +112,34 @@ bool Close_To_Others(const std::string &path, mode_t mode) {
     return Change_Mode(path, owners != 0 ? owners : Owner_Alone);
 }
 
+long Error_Of(int reason, long otherwise) {
+    switch (reason) {
+    case EMFILE:
+    case ENFILE:
+        return ERROR_TOO_MANY_OPEN_FILES;
+    case ENOMEM:
+        return ERROR_NOT_ENOUGH_MEMORY;
+    case ENOSPC:
+        return ERROR_DISK_FULL;
+    case EWOULDBLOCK:
+        return ERROR_SHARING_VIOLATION;
+    case EPERM:
+        return ERROR_ACCESS_DENIED;
+    default:
+        return otherwise;
+    }
+}
+
 // ERROR_PATH_NOT_FOUND also for a folder that another process takes away meanwhile.
 long Make_Or_Close(const std::string &path) {
-    if (!Make_Owners_Folder(path) && errno != EEXIST) {
-        return errno == ENOSPC  ? ERROR_DISK_FULL
-               : errno == EPERM ? ERROR_ACCESS_DENIED
-                                : ERROR_PATH_NOT_FOUND;
-    }
+    if (!Make_Owners_Folder(path) && errno != EEXIST) return Error_Of(errno, ERROR_PATH_NOT_FOUND);
     struct stat status;
     if (lstat(path.c_str(), &status) != 0) return ERROR_PATH_NOT_FOUND;
     if (!Is_Of_User(status, S_IFDIR)) return ERROR_ACCESS_DENIED;
     const bool closed = Is_Own_Folder(status) ? Close_To_Others(path, status.st_mode) : Take_If_Empty(path);
     if (closed) return NO_ERROR;
-    if (errno == EMFILE || errno == ENFILE) return ERROR_TOO_MANY_OPEN_FILES;
-    return lstat(path.c_str(), &status) != 0 ? ERROR_PATH_NOT_FOUND : ERROR_ACCESS_DENIED;
+    const int reason = errno;
+    return Is_Nothing_There(path) ? ERROR_PATH_NOT_FOUND : Error_Of(reason, ERROR_ACCESS_DENIED);
 }
 
 } // namespace
@@ -142,6 +158,11 @@ FileDescriptor Open_Own_File(const std::string &path, int flags, mode_t refused)
     }
     return (flags & O_CREAT) == 0 || Give_To_Owner(file.Get(), status.st_mode) ? std::move(file)
                                                                                : FileDescriptor();
+}
+
+bool Is_Nothing_There(const std::string &path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) != 0 && errno == ENOENT;
 }
 
 bool Is_Own_Folder(const std::string &path) {
@@ -163,9 +184,9 @@ bool Make_Owners_Folder(const std::string &path) {
     struct stat status;
     if (lstat(path.c_str(), &status) == 0 && (status.st_mode & 0777) == Owner_Alone) return true;
     if (Change_Mode(path, Owner_Alone)) return true;
-    if (errno == ENOENT) return false;
-    rmdir(path.c_str());
-    errno = EPERM;
+    const int reason = errno;
+    if (reason != ENOENT) rmdir(path.c_str());
+    errno = reason == EMFILE || reason == ENFILE || reason == ENOMEM || reason == ENOENT ? reason : EPERM;
     return false;
 }
 

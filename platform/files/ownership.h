@@ -27,6 +27,9 @@ inline constexpr mode_t Open_To_Anybody_Else = 0077;
 /// to be written: a file of mode 0000, and an empty one that nobody else has a bit of.
 FileDescriptor Open_Own_File(const std::string &path, int flags, mode_t refused = Writable_By_Others);
 
+/// False also where it cannot be told.
+bool Is_Nothing_There(const std::string &path);
+
 /// A folder itself, this user's, that nobody else may write to.
 bool Is_Own_Folder(const std::string &path);
 
@@ -37,13 +40,14 @@ long Refusal_Of_Folder(const std::string &path);
 /// process has taken the folder away again.
 bool Make_Owners_Folder(const std::string &path);
 
-/// Makes a folder on the way to a machine; one that is there is the host's affair. Where this user's has mode
-/// 0000 and is empty, its maker was killed before he gave it to its owner, unless that is done within a
-/// moment: it is made anew.
+/// Makes a folder on the way to a machine; one that is there is the host's affair, but for an empty one of
+/// this user's of mode 0000. Its maker, if that is not changed within a moment, was killed before he gave it
+/// to its owner: it is made anew.
 void Make_Owners_Parent(const std::string &path);
 
 /// Makes a folder for its owner alone, or sees to it that one that is there is. A code of errors.h:
 /// ERROR_ACCESS_DENIED, and nothing changed, for what is no such folder and no empty one of the owner's;
-/// ERROR_TOO_MANY_OPEN_FILES when it cannot be told whether it is empty;
+/// ERROR_TOO_MANY_OPEN_FILES, ERROR_NOT_ENOUGH_MEMORY, and ERROR_SHARING_VIOLATION when another process has
+/// it locked for two seconds: then it cannot be told whether it is empty; ERROR_DISK_FULL;
 /// ERROR_PATH_NOT_FOUND when it cannot be made, or other processes take it away each time.
 long Make_Private_Folder(const std::string &path);

@@ -45,7 +45,8 @@ std::string As_Spelled(const HostPlace &place) {
 // What is missing may be either.
 long Error_Of_Failure(const std::string &from, const std::string &to) {
     const int reason = errno;
-    return Error_At(faccessat(AT_FDCWD, from.c_str(), F_OK, AT_EACCESS) == 0 ? to : from, reason);
+    struct stat status;
+    return Error_At(stat(from.c_str(), &status) == 0 ? to : from, reason);
 }
 
 long Check_Source(const HostPlace &from, bool &folder) {

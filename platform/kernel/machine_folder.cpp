@@ -13,7 +13,26 @@
 namespace {
 
 constexpr char Not_Empty[] = ": neither a machine nor empty; it is left as it is";
-constexpr char Not_Seen[] = ": cannot be looked into, too many files are open";
+
+long Error_Of_Look(int code) {
+    switch (code) {
+    case EMFILE:
+    case ENFILE:
+        return ERROR_TOO_MANY_OPEN_FILES;
+    case ENOMEM:
+        return ERROR_NOT_ENOUGH_MEMORY;
+    case EACCES:
+        return ERROR_ACCESS_DENIED;
+    default: // among them that another process takes it away
+        return ERROR_PATH_NOT_FOUND;
+    }
+}
+
+std::string What_Is_Wrong(long error) {
+    if (error == ERROR_ACCESS_DENIED) return Not_Empty;
+    const char *const reason = error == ERROR_TOO_MANY_OPEN_FILES ? ", too many files are open" : "";
+    return std::string(": cannot be looked into") + reason;
+}
 
 // Makes the folders that lead to `path`; what they are is the host's affair.
 void Make_Parents(const std::string &path) {
@@ -26,18 +45,24 @@ void Make_Parents(const std::string &path) {
 // A folder that holds anything else is somebody's own. What another process makes of it at this moment, or
 // was killed in the middle of, is not. `unseen_will_do`: one that cannot be looked into, too.
 long Objection_To(const std::string &folder, bool unseen_will_do) {
-    const auto is_one = [&] {
-        return faccessat(AT_FDCWD, (folder + "/machine.id").c_str(), F_OK, AT_EACCESS) == 0;
+    const auto unless_it_is_one = [&](long error) {
+        struct stat status;
+        return stat((folder + "/machine.id").c_str(), &status) == 0 ? NO_ERROR : error;
     };
     const OpenFolder opened = Open_Folder(folder);
-    if (!opened && (errno == EMFILE || errno == ENFILE)) return ERROR_TOO_MANY_OPEN_FILES;
-    if (!opened) return unseen_will_do || is_one() ? NO_ERROR : ERROR_ACCESS_DENIED;
+    if (!opened) {
+        const long error = Error_Of_Look(errno);
+        if (error == ERROR_TOO_MANY_OPEN_FILES || error == ERROR_NOT_ENOUGH_MEMORY) return error;
+        return unseen_will_do ? NO_ERROR : unless_it_is_one(error);
+    }
     for (;;) {
         errno = 0;
         const dirent *const entry = readdir(opened.get());
-        const std::string name = entry ? entry->d_name : "";
-        if (entry && (name == "." || name == ".." || Is_Machine_Number_Under_Way(name))) continue;
-        return (!entry && errno == 0) || is_one() ? NO_ERROR : ERROR_ACCESS_DENIED;
+        if (!entry && errno == 0) return NO_ERROR;
+        if (!entry) return unless_it_is_one(Error_Of_Look(errno));
+        const std::string name = entry->d_name;
+        if (name != "." && name != ".." && !Is_Machine_Number_Under_Way(name))
+            return unless_it_is_one(ERROR_ACCESS_DENIED);
     }
 }
 
@@ -60,7 +85,7 @@ long Make_Machine_Folder_At(const std::string &folder, std::string &trouble) {
     struct stat before;
     const bool there = lstat(folder.c_str(), &before) == 0;
     if (const long error = Objection_To(folder, true); error != NO_ERROR) {
-        trouble = folder + (error == ERROR_ACCESS_DENIED ? Not_Empty : Not_Seen);
+        trouble = folder + What_Is_Wrong(error);
         return error;
     }
     if (const long error = Make_Private_Folder(folder); error != NO_ERROR) {
@@ -69,11 +94,12 @@ long Make_Machine_Folder_At(const std::string &folder, std::string &trouble) {
     }
     const long error = Objection_To(folder, false);
     if (error == NO_ERROR) return error;
-    // It could not be looked into before.
-    const bool as_it_was =
-        !there || fchmodat(AT_FDCWD, folder.c_str(), before.st_mode & 07777, AT_SYMLINK_NOFOLLOW) == 0;
-    const char *const refusal = as_it_was ? Not_Empty : ": neither a machine nor empty";
-    trouble = folder + (error == ERROR_ACCESS_DENIED ? refusal : Not_Seen);
+    trouble = folder + What_Is_Wrong(error);
+    // Only what could not be looked into before comes to this; what cannot be now may be a machine by now.
+    const bool is_to_be_as_it_was = there && error == ERROR_ACCESS_DENIED;
+    if (is_to_be_as_it_was &&
+        fchmodat(AT_FDCWD, folder.c_str(), before.st_mode & 07777, AT_SYMLINK_NOFOLLOW) != 0)
+        trouble = folder + ": neither a machine nor empty";
     return error;
 }
 

@@ -75,6 +75,10 @@ long Prepare(const std::string &named, Machine &machine, std::string &trouble) {
         return ERROR_PATH_NOT_FOUND;
     }
     machine.folder = real;
+    if (Is_Nothing_There(machine.folder)) {
+        trouble = machine.folder + ": taken away again";
+        return ERROR_PATH_NOT_FOUND;
+    }
     if (!Is_Own_Folder(machine.folder)) { // another one by now
         trouble = machine.folder + Not_Of_This_User_Alone;
         return ERROR_ACCESS_DENIED;
@@ -122,7 +126,6 @@ const Machine *Current(State &state) {
         return nullptr;
     }
     state.entered.push_back(machine);
-    if (!state.said.empty()) ++state.serial; // something may have been kept without a machine
     return &state.entered.back();
 }
 
@@ -173,7 +176,8 @@ LONG Machine_Refusal() try {
     State &state = The_State();
     std::lock_guard guard(state.lock);
     if (!state.entered.empty()) return NO_ERROR;
-    return state.for_good ? state.failed : Refusal_Of(Default_Folder());
+    const bool refused = state.for_good && state.failed == ERROR_ACCESS_DENIED;
+    return refused ? state.failed : Refusal_Of(Default_Folder());
 } catch (const std::bad_alloc &) {
     return ERROR_NOT_ENOUGH_MEMORY;
 }
@@ -185,6 +189,7 @@ const char *Machine_Folder() try {
     if (!machine) SetLastError(static_cast<DWORD>(state.failed));
     return machine ? machine->folder.c_str() : nullptr;
 } catch (const std::bad_alloc &) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return nullptr;
 }
 
@@ -223,6 +228,7 @@ bool Enter_Machine(const char *folder) try {
     ++state.serial;
     return true;
 } catch (const std::bad_alloc &) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return false;
 }
 }

@@ -79,7 +79,9 @@ HANDLE NamedObjects::Open(ObjectKind kind, SharedBlockKind block_kind, const cha
     if (std::strchr(name, '\\')) return Fail(ERROR_PATH_NOT_FOUND);
     if (!*name) return Fail(ERROR_INVALID_NAME);
 
-    std::string key = Shared_Memory_Folder_Path() + "/" + name;
+    const std::string folder = Shared_Memory_Folder_Path();
+    if (folder.empty()) return Fail(Why_No_Machine(ERROR_PATH_NOT_FOUND));
+    std::string key = folder + "/" + name;
     OpenObjects listing; // made first, so that nothing can fail once there is an object to list
     listing.emplace(key, nullptr);
     Names &names = The_Names();

@@ -48,11 +48,6 @@ void Throw_Away_What_Nobody_Holds(const std::string &folder) {
     }
 }
 
-bool Is_Nothing_There(const std::string &path) {
-    struct stat status;
-    return lstat(path.c_str(), &status) != 0 && errno == ENOENT;
-}
-
 // Where no block comes of it, the folder goes again unless something is in it. Under the lock of names.
 struct FolderInUse {
     const std::string &path;

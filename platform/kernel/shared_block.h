@@ -34,7 +34,8 @@ class SharedBlock {
 
     /// Opens the block of that name or makes one of `size` bytes. A block that exists keeps its own size.
     /// Kinds share one space of names. On failure no empty folder is left in the host's shared memory.
-    /// ERROR_SHARING_VIOLATION when others have the lock of names for five seconds.
+    /// ERROR_SHARING_VIOLATION when other threads, or other processes, have the lock of names for five
+    /// seconds.
     static Opened Open(SharedBlockKind kind, const std::string &name, std::uint32_t size,
                        SharedBlockMaking making = {});
 

@@ -104,7 +104,8 @@ long Find_Folder(LPCSTR directory, std::string &folder) {
 
 // The host says ENOENT also of what a program needs to be loaded.
 long Error_Of_Spawn(const Start &start, int number) {
-    const bool there = faccessat(AT_FDCWD, start.program.c_str(), F_OK, AT_EACCESS) == 0;
+    struct stat status;
+    const bool there = stat(start.program.c_str(), &status) == 0;
     return number == ENOENT && there ? ERROR_BAD_EXE_FORMAT : Error_At(start.program, number);
 }
 

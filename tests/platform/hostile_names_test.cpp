@@ -80,6 +80,18 @@ SECOND_PROCESS(user_in_two_persons) {
     return 0;
 }
 
+// Has no machine before it hears that there is one.
+SECOND_PROCESS(late_user) {
+    std::string answers = std::to_string(TestKey("key").error) + " ";
+    process.Tell("none");
+    process.Hear();
+    const TestKey key("key");
+    answers += key.Get("value") + " ";
+    answers += std::to_string(key.Set("value", "kept")) + " ";
+    process.Tell(answers + key.Get("value"));
+    return 0;
+}
+
 SECOND_PROCESS(loader_of_a_module) {
     Machine_Folder();
     process.Tell("ready");
@@ -128,6 +140,31 @@ TEST_F(HostileNames, CanBeHadAgainOnceThereAreDescriptors) {
         EXPECT_EQ(user.Wait(), 0);
         EXPECT_EQ(std::count(user.Errors().begin(), user.Errors().end(), '\n'), 1) << user.Errors();
     }
+}
+
+TEST_F(HostileNames, WhatIsOpenedByTheCallThatFirstHasTheMachineLives) {
+    const fs::path way = machine.Path("drive_c/way"), folder = machine.Folder();
+    machine.Write("drive_c/way", "not a folder yet");
+    setenv("KELMARA_MACHINE", (way / folder.filename()).c_str(), 1);
+    SecondProcess user("late_user");
+    EXPECT_EQ(user.Hear(), "none");
+    fs::remove(way);
+    fs::create_directory_symlink(folder.parent_path(), way);
+    user.Tell("go");
+    EXPECT_EQ(user.Hear(), std::to_string(ERROR_CANTOPEN) + " " + Missing + " 0 kept");
+}
+
+// As long as another process looks whether it may have it.
+TEST_F(HostileNames, FolderThatIsLockedForAWhileIsNotRefusedForGood) {
+    const std::string folder = machine.Path("drive_c/open");
+    Put_Folder(folder, 0777, {});
+    const int another_taker = open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_EQ(flock(another_taker, LOCK_EX), 0);
+    EXPECT_FALSE(Enter("drive_c/open"));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+    close(another_taker);
+    EXPECT_TRUE(Enter("drive_c/open"));
+    Enter("");
 }
 
 TEST_F(HostileNames, AreJudgedByTheEffectiveUser) {

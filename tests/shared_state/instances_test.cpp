@@ -54,6 +54,14 @@ SECOND_PROCESS(instance_copy) {
     return 0;
 }
 
+SECOND_PROCESS(instance_latecomer) {
+    const auto tell = [&] { process.Tell(std::to_string(Instance_Available("K", "S"))); };
+    tell();
+    process.Hear();
+    tell(), tell();
+    return 0;
+}
+
 namespace {
 
 class Instances : public WindowTest {
@@ -255,6 +263,21 @@ TEST_F(Instances, AreSetUpLateWhereTheTableCouldNotBeHad) {
     EXPECT_EQ(late.Available(), 0) << "sets up";
     EXPECT_EQ(late.Available(), 1);
     raw.emplace();
+}
+
+TEST_F(Instances, AreSetUpLateWhereTheMachineCouldNotBeHad) {
+    copy->First();
+    const std::filesystem::path way = machine.Path("drive_c/way"), folder = machine.Folder();
+    machine.Write("drive_c/way", "not a folder yet");
+    setenv("KELMARA_MACHINE", (way / folder.filename()).c_str(), 1);
+    SecondProcess late("instance_latecomer");
+    EXPECT_EQ(late.Hear(), "0");
+    std::filesystem::remove(way);
+    std::filesystem::create_directory_symlink(folder.parent_path(), way);
+    late.Tell("go");
+    EXPECT_EQ(late.Hear(), "0") << "sets up";
+    EXPECT_EQ(late.Hear(), "1");
+    setenv("KELMARA_MACHINE", folder.c_str(), 1);
 }
 
 TEST_F(Instances, WaitForTheLockButAreLoadedWithoutIt) {

@@ -39,6 +39,23 @@ struct Laid_Out : Subject {
     }
 };
 
+// Tells how wide the label becomes for another text.
+struct Measured : Subject {
+    std::string State() const {
+        auto &measured = const_cast<CAutoPositionManager &>(layout);
+        SetWindowTextA(label, "Another label");
+        measured.Update_Controls();
+        const std::string place = Place_Of(label);
+        SetWindowTextA(label, "Label");
+        measured.Update_Controls();
+        return place;
+    }
+    long Manage(long flags) {
+        const char *const strings[] = {"Label", "A label of some length", nullptr};
+        return layout.Manage_Control(label, flags, nullptr, strings);
+    }
+};
+
 struct Helped : Subject {
     Helped() { help.AddControl(label, "help"); }
     std::string State() const { return Title_Of(pane); }
@@ -90,6 +107,9 @@ Operations Dialog_Operations() {
         Row<Subject>(
             "Manage_Control", 0, {No_Memory},
             [](auto &of) { return of.layout.Manage_Control(of.label, APM_KEEP_RIGHT, nullptr, nullptr); }),
+        Row<Measured>("Manage_Control, padded", 0, {No_Memory}, [](auto &of) { return of.Manage(0); }),
+        Row<Measured>("Manage_Control, as wide as its widest text", 0, {No_Memory},
+                      [](auto &of) { return of.Manage(APM_WIDEST_STRING | APM_NO_PADDING); }),
         Row<Subject>("Manage_GroupBox", 0, {No_Memory},
                      [](auto &of) {
                          const HWND members[] = {of.label, nullptr};
